@@ -1,0 +1,270 @@
+#include <dispatch/dispatch.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "sim/frameworks/dispatch/Clock.h"
+#include "sim/frameworks/dispatch/Timer.h"
+#include "sim/support/SimClock.h"
+#include "sim/support/StateRoot.h"
+#include "sim/support/TemporaryDirectory.h"
+
+namespace halvo::sim {
+namespace {
+
+constexpr std::int64_t kMillisecond = NSEC_PER_MSEC;
+
+void print(const std::string& text) { static_cast<void>(std::fputs(text.c_str(), stderr)); }
+void printContext(void* context) { print(static_cast<const char*>(context)); }
+void leave(void*) { std::exit(0); }
+void* text(const char* literal) { return const_cast<char*>(literal); }
+
+void add(const char* literal) { dispatch_async_f(dispatch_get_main_queue(), text(literal), printContext); }
+void addAfter(std::int64_t milliseconds, void* context, dispatch_function_t work) {
+  dispatch_after_f(dispatch_time(DISPATCH_TIME_NOW, milliseconds * kMillisecond), dispatch_get_main_queue(), context,
+                   work);
+}
+
+dispatch_source_t makeTimer(std::int64_t milliseconds, void* context, dispatch_function_t handler) {
+  dispatch_source_t timer = dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, dispatch_get_main_queue());
+  dispatch_source_set_timer(timer, dispatch_time(DISPATCH_TIME_NOW, milliseconds * kMillisecond),
+                            static_cast<std::uint64_t>(milliseconds * kMillisecond), 0);
+  dispatch_set_context(timer, context);
+  dispatch_source_set_event_handler_f(timer, handler);
+  return timer;
+}
+
+// Each main queue runs in a process of its own, which its last item ends through exit(), static destruction included.
+class MainQueueTest : public testing::Test {
+ protected:
+  MainQueueTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+#define EXPECT_QUEUE(setUp, output) \
+  EXPECT_EXIT(                      \
+      {                             \
+        setUp();                    \
+        dispatch_main();            \
+      },                            \
+      testing::ExitedWithCode(0), output)
+
+TEST_F(MainQueueTest, ItemsRunInTheOrderInWhichTheyWereAdded) {
+  const auto setUp = [] {
+    add("one ");
+    add("two ");
+    add("three");
+    dispatch_async_f(dispatch_get_main_queue(), nullptr, leave);
+  };
+
+  EXPECT_QUEUE(setUp, "^one two three$");
+}
+
+TEST_F(MainQueueTest, AnItemIsFinishedBeforeTheNextBegins) {
+  const auto setUp = [] {
+    const auto nested = [](void*) {
+      add("inner");
+      print("outer-done ");
+    };
+    dispatch_async_f(dispatch_get_main_queue(), nullptr, nested);
+    addAfter(20, nullptr, leave);
+  };
+
+  EXPECT_QUEUE(setUp, "^outer-done inner$");
+}
+
+TEST_F(MainQueueTest, ItemsRunOnTheMainThread) {
+  const auto setUp = [] {
+    const auto check = [](void*) { std::exit(::gettid() == ::getpid() ? 0 : 1); };
+    std::thread([check] { dispatch_async_f(dispatch_get_main_queue(), nullptr, check); }).join();
+  };
+
+  EXPECT_QUEUE(setUp, "");
+}
+
+TEST_F(MainQueueTest, AnotherThreadWakesAQueueThatWaits) {
+  const auto setUp = [] {
+    // Runs once the queue has had nothing to do for a while.
+    std::thread([] {
+      ::usleep(20'000);
+      dispatch_async_f(dispatch_get_main_queue(), nullptr, leave);
+    }).detach();
+  };
+
+  EXPECT_QUEUE(setUp, "^$");
+}
+
+TEST_F(MainQueueTest, DelayedItemsRunInTheOrderOfTheirTimes) {
+  const auto setUp = [] {
+    addAfter(40, nullptr, leave);
+    addAfter(20, text("second "), printContext);
+    addAfter(-5, text("past "), printContext);
+    addAfter(10, text("first "), printContext);
+    add("now ");
+    dispatch_after_f(DISPATCH_TIME_FOREVER, dispatch_get_main_queue(), text("never"), printContext);
+  };
+
+  EXPECT_QUEUE(setUp, "^past now first second $");
+}
+
+TEST_F(MainQueueTest, ATimerRepeats) {
+  const auto setUp = [] {
+    static int runs = 0;
+    const auto count = [](void*) {
+      if (++runs == 3) std::exit(0);
+    };
+    dispatch_activate(makeTimer(5, nullptr, count));
+  };
+
+  EXPECT_QUEUE(setUp, "");
+}
+
+TEST_F(MainQueueTest, ATimerThatWasNeverActivatedDoesNotRun) {
+  const auto setUp = [] {
+    makeTimer(1, text("ran"), printContext);
+    addAfter(20, nullptr, leave);
+  };
+
+  EXPECT_QUEUE(setUp, "^$");
+}
+
+TEST_F(MainQueueTest, ACancelledTimerDoesNotRun) {
+  const auto setUp = [] {
+    dispatch_source_t timer = makeTimer(5, text("ran"), printContext);
+    dispatch_resume(timer);
+    dispatch_source_cancel(timer);
+    addAfter(30, nullptr, leave);
+  };
+
+  EXPECT_QUEUE(setUp, "^$");
+}
+
+TEST_F(MainQueueTest, AReleasedTimerDoesNotRun) {
+  const auto setUp = [] {
+    dispatch_source_t timer = makeTimer(5, text("ran"), printContext);
+    dispatch_activate(timer);
+    dispatch_retain(timer);
+    dispatch_release(timer);
+    dispatch_release(timer);
+    addAfter(30, nullptr, leave);
+  };
+
+  EXPECT_QUEUE(setUp, "^$");
+}
+
+TEST_F(MainQueueTest, TheHandlerGetsTheContextThatWasSetBeforeIt) {
+  const auto setUp = [] {
+    dispatch_source_t timer = makeTimer(5, text("before "), printContext);
+    dispatch_set_context(timer, text("after "));
+    dispatch_activate(timer);
+    addAfter(8, nullptr, leave);
+  };
+
+  EXPECT_QUEUE(setUp, "^before $");
+}
+
+TEST_F(MainQueueTest, PeriodsMissedDuringASlowHandlerMergeAndThePhaseStays) {
+  const auto setUp = [] {
+    static std::array<dispatch_time_t, 2> ran{};
+    static int runs = 0;
+    static const dispatch_time_t begin = uptimeNanoseconds();
+    const auto slow = [](void*) {
+      ran[static_cast<std::size_t>(runs++)] = uptimeNanoseconds() - begin;
+      if (runs == 1) ::usleep(50'000);
+      // Runs late once, for the periods 40 and 60, and not before: then the next grid point is 80.
+      if (runs == 2) std::exit(ran[1] >= 70 * NSEC_PER_MSEC && ran[1] < 80 * NSEC_PER_MSEC ? 0 : 1);
+    };
+    dispatch_source_t timer = makeTimer(20, nullptr, slow);
+    dispatch_source_set_timer(timer, begin + 20 * NSEC_PER_MSEC, 20 * NSEC_PER_MSEC, 0);
+    dispatch_activate(timer);
+  };
+
+  EXPECT_QUEUE(setUp, "");
+}
+
+TEST_F(MainQueueTest, AFastClockShortensTheWait) {
+  const auto setUp = [] {
+    const TemporaryDirectory state;
+    state.write("clock-rate", "1000");
+    setStateRoot(state.path());
+    if (clockRate() != 1000) std::_Exit(2);
+    addAfter(20'000, nullptr, leave);
+  };
+  const auto begin = std::chrono::steady_clock::now();
+
+  EXPECT_QUEUE(setUp, "");
+
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+}
+
+TEST_F(MainQueueTest, MisuseEndsTheProcess) {
+  const auto resumeTwice = [] {
+    dispatch_source_t timer = makeTimer(5, nullptr, printContext);
+    dispatch_activate(timer);
+    dispatch_activate(timer);
+    dispatch_resume(timer);
+  };
+  const auto runOnAnotherThread = [] { std::thread([] { dispatch_main(); }).join(); };
+  const auto runTwice = [] {
+    dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) { dispatch_main(); });
+    dispatch_main();
+  };
+
+  EXPECT_DEATH(resumeTwice(), "not suspended");
+  EXPECT_DEATH(dispatch_resume(dispatch_get_main_queue()), "not suspended");
+  EXPECT_DEATH(dispatch_release(makeTimer(5, nullptr, printContext)), "never activated");
+  EXPECT_DEATH(runOnAnotherThread(), "another thread");
+  EXPECT_DEATH(runTwice(), "from an item");
+}
+
+TEST(DispatchTimeTest, MovesFromTheGivenMomentAndStaysInRange) {
+  EXPECT_EQ(dispatch_time(1000, 5), 1005U);
+  EXPECT_EQ(dispatch_time(1000, -5), 995U);
+  EXPECT_EQ(dispatch_time(1000, -5000), 1U);
+  EXPECT_EQ(dispatch_time(1000, INT64_MIN), 1U);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER - 5, 100), DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER, -100), DISPATCH_TIME_FOREVER);
+}
+
+TEST(DispatchTimeTest, NowIsTheUptime) {
+  const dispatch_time_t before = uptimeNanoseconds();
+
+  const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
+
+  EXPECT_GE(now, before);
+  EXPECT_LE(now, uptimeNanoseconds());
+}
+
+struct GridRow {
+  const char* name;
+  dispatch_time_t due;
+  std::uint64_t interval;
+  dispatch_time_t now;
+  dispatch_time_t next;
+};
+
+class TimerGrid : public testing::TestWithParam<GridRow> {};
+
+TEST_P(TimerGrid, GivesTheFirstPointAfterNow) {
+  const auto& [name, due, interval, now, next] = GetParam();
+
+  EXPECT_EQ(nextGridPoint(due, interval, now), next);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, TimerGrid,
+    testing::Values(GridRow{"OnTime", 100, 15, 100, 115}, GridRow{"ALittleLate", 100, 15, 114, 115},
+                    GridRow{"APeriodLate", 100, 15, 115, 130}, GridRow{"ManyPeriodsLate", 100, 15, 1000, 1015},
+                    GridRow{"OneShot", 100, DISPATCH_TIME_FOREVER, 100, DISPATCH_TIME_FOREVER},
+                    GridRow{"Never", DISPATCH_TIME_FOREVER, 15, 100, DISPATCH_TIME_FOREVER},
+                    GridRow{"BeyondTheClock", DISPATCH_TIME_FOREVER - 5, 15, DISPATCH_TIME_FOREVER - 3,
+                            DISPATCH_TIME_FOREVER}),
+    [](const auto& row) { return row.param.name; });
+
+}  // namespace
+}  // namespace halvo::sim

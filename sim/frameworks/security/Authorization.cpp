@@ -1,0 +1,172 @@
+#include <Security/Authorization.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "sim/frameworks/corefoundation/Object.h"
+#include "sim/frameworks/security/AuthorizationHandle.h"
+#include "sim/frameworks/security/RightEvaluation.h"
+#include "sim/frameworks/testing/Instrumentation.h"
+
+using namespace halvo::sim;
+
+namespace {
+
+constexpr AuthorizationFlags kKnownFlags = kAuthorizationFlagInteractionAllowed | kAuthorizationFlagExtendRights |
+                                           kAuthorizationFlagPartialRights | kAuthorizationFlagDestroyRights |
+                                           kAuthorizationFlagPreAuthorize | kAuthorizationFlagSkipInternalAuth;
+
+// A set of rights as it is handed to the caller: one allocation that owns its names.
+struct OwnedSet {
+  AuthorizationItemSet set{};  // first, so that its address is the allocation's
+  std::vector<std::string> names;
+  std::vector<AuthorizationItem> items;
+};
+
+AuthorizationItemSet* makeSet(std::vector<std::string> names) {
+  auto owned = std::make_unique<OwnedSet>();
+  owned->names = std::move(names);
+  for (const std::string& name : owned->names) owned->items.push_back({name.c_str(), 0, nullptr, 0});
+  owned->set = {static_cast<UInt32>(owned->items.size()), owned->items.data()};
+  countCreated();
+  return &owned.release()->set;
+}
+
+std::vector<std::string> namesOf(const AuthorizationRights* rights) {
+  std::vector<std::string> names;
+  if (rights == nullptr) return names;
+  for (UInt32 i = 0; i < rights->count; ++i) names.emplace_back(rights->items[i].name);
+  return names;
+}
+
+std::string describe(AuthorizationFlags flags, const AuthorizationRights* rights) {
+  std::string names;
+  for (const std::string& name : namesOf(rights)) names += (names.empty() ? "" : ",") + name;
+  return "flags=" + std::to_string(flags) + " rights=" + names;
+}
+
+bool isWellFormed(const AuthorizationRights* rights) {
+  if (rights == nullptr || (rights->count > 0 && rights->items == nullptr)) return false;
+  return std::all_of(rights->items, rights->items + rights->count, [](const auto& item) { return item.name != nullptr; });
+}
+
+struct Outcome {
+  OSStatus status = errAuthorizationSuccess;
+  std::vector<std::string> granted;
+};
+
+// One right that is not granted fails the call, unless the caller takes what it gets.
+Outcome evaluateAll(const AuthorizationRights& rights, AuthorizationFlags flags, Token& token) {
+  const EvaluationRules rules{.mayInteract = (flags & kAuthorizationFlagInteractionAllowed) != 0,
+                              .mayExtend = (flags & kAuthorizationFlagExtendRights) != 0};
+  Outcome outcome;
+  for (const std::string& name : namesOf(&rights)) {
+    const OSStatus status = evaluateRight(name, rules, token);
+    if (status == errAuthorizationSuccess) {
+      outcome.granted.push_back(name);
+    } else if ((flags & kAuthorizationFlagPartialRights) == 0) {
+      outcome.status = status;
+      return outcome;
+    }
+  }
+  return outcome;
+}
+
+OSStatus copyRights(const TokenName& name, const AuthorizationRights* rights, AuthorizationFlags flags,
+                    AuthorizationRights** authorizedRights) {
+  if (!isWellFormed(rights)) return errAuthorizationInvalidSet;
+  if ((flags & ~kKnownFlags) != 0) return errAuthorizationInvalidFlags;
+  auto token = readToken(name);
+  if (!token) return errAuthorizationInvalidRef;
+  const Token before = *token;
+  Outcome outcome = evaluateAll(*rights, flags, *token);
+  // What the user granted stays granted even when another right of the set was refused. A check that changed nothing
+  // leaves the file alone.
+  const bool changed = before.rights != token->rights || before.credentials.size() != token->credentials.size();
+  if (changed && !writeToken(name, *token)) return errAuthorizationInternal;
+  if (outcome.status == errAuthorizationSuccess && authorizedRights != nullptr) {
+    *authorizedRights = makeSet(std::move(outcome.granted));
+  }
+  return outcome.status;
+}
+
+}  // namespace
+
+extern "C" {
+
+OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment*,
+                             AuthorizationFlags flags, AuthorizationRef* authorization) {
+  const auto scripted = observe("AuthorizationCreate", [&] { return describe(flags, rights); });
+  if (scripted) return scripted->store(authorization);
+  if (const auto fault = scriptedFault("create")) return *fault;
+  if (authorization == nullptr && rights == nullptr) return errAuthorizationInvalidPointer;
+  if ((flags & ~kKnownFlags) != 0) return errAuthorizationInvalidFlags;
+  const auto name = createToken();
+  if (!name) return errAuthorizationInternal;
+  auto handle = std::make_unique<AuthorizationOpaqueRef>(*name, true);
+  const OSStatus status = rights == nullptr ? errAuthorizationSuccess : copyRights(*name, rights, flags, nullptr);
+  if (status == errAuthorizationSuccess && authorization != nullptr) *authorization = handle.release();
+  return status;
+}
+
+OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags flags) {
+  if (const auto scripted = observe("AuthorizationFree", [&] { return "flags=" + std::to_string(flags); })) {
+    return scripted->status;
+  }
+  if (authorization == nullptr) return errAuthorizationInvalidRef;
+  if ((flags & ~kAuthorizationFlagDestroyRights) != 0) return errAuthorizationInvalidFlags;
+  if (flags != 0) destroyToken(authorization->name);
+  delete authorization;
+  return errAuthorizationSuccess;
+}
+
+OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const AuthorizationRights* rights,
+                                 const AuthorizationEnvironment*, AuthorizationFlags flags,
+                                 AuthorizationRights** authorizedRights) {
+  const auto scripted = observe("AuthorizationCopyRights", [&] { return describe(flags, rights); });
+  if (scripted) return scripted->store(authorizedRights);
+  if (const auto fault = scriptedFault("copy-rights")) return *fault;
+  if (authorization == nullptr) return errAuthorizationInvalidRef;
+  return copyRights(authorization->name, rights, flags, authorizedRights);
+}
+
+OSStatus AuthorizationMakeExternalForm(AuthorizationRef authorization, AuthorizationExternalForm* extForm) {
+  if (const auto scripted = observe("AuthorizationMakeExternalForm", [] { return std::string(); })) {
+    return scripted->store(extForm);
+  }
+  if (const auto fault = scriptedFault("make-external-form")) return *fault;
+  if (authorization == nullptr) return errAuthorizationInvalidRef;
+  if (extForm == nullptr) return errAuthorizationInvalidPointer;
+  std::memcpy(extForm->bytes, authorization->name.data(), sizeof extForm->bytes);
+  return errAuthorizationSuccess;
+}
+
+OSStatus AuthorizationCreateFromExternalForm(const AuthorizationExternalForm* extForm,
+                                             AuthorizationRef* authorization) {
+  const auto scripted = observe("AuthorizationCreateFromExternalForm", [&] {
+    return "form=" + (extForm == nullptr ? "null" : hexText(extForm->bytes, sizeof extForm->bytes));
+  });
+  if (scripted) return scripted->store(authorization);
+  if (const auto fault = scriptedFault("create-from-external-form")) return *fault;
+  if (extForm == nullptr || authorization == nullptr) return errAuthorizationInvalidPointer;
+  TokenName name{};
+  std::memcpy(name.data(), extForm->bytes, name.size());
+  const auto token = readToken(name);
+  if (!token) return errAuthorizationDenied;
+  *authorization = new AuthorizationOpaqueRef(name, token->creator == ::getpid());
+  return errAuthorizationSuccess;
+}
+
+OSStatus AuthorizationFreeItemSet(AuthorizationItemSet* set) {
+  if (set == nullptr) return errAuthorizationInvalidSet;
+  delete reinterpret_cast<OwnedSet*>(set);
+  countDestroyed();
+  return errAuthorizationSuccess;
+}
+
+}  // extern "C"

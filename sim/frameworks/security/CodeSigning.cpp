@@ -1,0 +1,150 @@
+#include <Security/SecCode.h>
+#include <Security/SecRequirement.h>
+#include <mach/message.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "sim/frameworks/corefoundation/Types.h"
+#include "sim/frameworks/security/Guest.h"
+#include "sim/frameworks/security/Requirement.h"
+#include "sim/frameworks/testing/Instrumentation.h"
+
+using namespace halvo::sim;
+
+struct __SecCode : CFObject {
+  explicit __SecCode(Guest program) : CFObject(kCodeType), guest(std::move(program)) {}
+  const Guest guest;
+};
+
+struct __SecRequirement : CFObject {
+  __SecRequirement(std::string source, std::unique_ptr<const Requirement> compiled)
+      : CFObject(kRequirementType), text(std::move(source)), requirement(std::move(compiled)) {}
+  const std::string text;
+  const std::unique_ptr<const Requirement> requirement;
+};
+
+namespace {
+
+constexpr OSStatus kNoSuchProcess = 100000 + ESRCH;
+constexpr SecCSFlags kValidityFlags = kSecCSConsiderExpiration | kSecCSEnforceRevocationChecks | kSecCSNoNetworkAccess |
+                                      kSecCSReportProgress | kSecCSCheckTrustedAnchors | kSecCSQuickCheck |
+                                      kSecCSApplyEmbeddedPolicy | kSecCSMatchGuestRequirementInKernel;
+
+constinit Constant<__CFString> auditKey(u"audit");
+constinit Constant<__CFString> pidKey(u"pid");
+
+// Answers for the whole dictionary: a status, or the program it names.
+GuestLookup findByAuditToken(CFTypeRef value) {
+  const auto* data = objectAs<__CFData>(value, kDataType);
+  audit_token_t token{};
+  if (data == nullptr || data->bytes.size() != sizeof token) return {errSecCSInvalidAttributeValues, {}};
+  std::memcpy(&token, data->bytes.data(), sizeof token);
+  return findGuest(static_cast<pid_t>(token.val[5]), token.val[7]);
+}
+
+GuestLookup findByProcessNumber(CFTypeRef value) {
+  SInt32 pid = 0;
+  const auto* number = objectAs<__CFNumber>(value, kNumberType);
+  if (number == nullptr || CFNumberGetValue(number, kCFNumberSInt32Type, &pid) == 0) {
+    return {errSecCSInvalidAttributeValues, {}};
+  }
+  return findGuest(pid, std::nullopt);
+}
+
+GuestLookup findByAttributes(CFDictionaryRef attributes) {
+  if (attributes == nullptr || CFDictionaryGetCount(attributes) == 0) return {errSecSuccess, {}};
+  const void* value = nullptr;
+  if (CFDictionaryGetValueIfPresent(attributes, kSecGuestAttributeAudit, &value) != 0) return findByAuditToken(value);
+  if (CFDictionaryGetValueIfPresent(attributes, kSecGuestAttributePid, &value) != 0) return findByProcessNumber(value);
+  return {errSecCSUnsupportedGuestAttributes, {}};
+}
+
+std::string describeLookup(SecCodeRef host, CFDictionaryRef attributes, SecCSFlags flags) {
+  std::string text = std::string("host=") + (host == nullptr ? "null" : "code") + " flags=" + std::to_string(flags);
+  const void* value = attributes == nullptr ? nullptr : CFDictionaryGetValue(attributes, kSecGuestAttributeAudit);
+  if (const auto* data = objectAs<__CFData>(value, kDataType)) {
+    text += " audit=" + hexText(data->bytes.data(), data->bytes.size());
+  }
+  const void* pid = attributes == nullptr ? nullptr : CFDictionaryGetValue(attributes, kSecGuestAttributePid);
+  return pid == nullptr ? text : text + " pid";
+}
+
+std::string describeCheck(SecCSFlags flags, SecRequirementRef requirement) {
+  const auto* object = objectAs<__SecRequirement>(requirement, kRequirementType);
+  return "flags=" + std::to_string(flags) + " requirement=" + (object == nullptr ? "null" : quotedText(object->text));
+}
+
+OSStatus judge(const Guest& guest, const Requirement* requirement) {
+  if (!guestStillRuns(guest)) return kNoSuchProcess;
+  if (guest.process && !guest.signature) return errSecCSUnsigned;
+  if (requirement == nullptr) return errSecSuccess;
+  // The kernel is valid code, but signed by nobody whom a requirement could name.
+  if (!guest.process || !requirement->isMetBy(*guest.signature)) return errSecCSReqFailed;
+  return errSecSuccess;
+}
+
+OSStatus check(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement) {
+  if (code == nullptr) return errSecCSObjectRequired;
+  if ((flags & ~kValidityFlags) != 0) return errSecCSInvalidFlags;
+  const auto* program = objectAs<__SecCode>(code, kCodeType);
+  const auto* condition = objectAs<__SecRequirement>(requirement, kRequirementType);
+  if (program == nullptr || (requirement != nullptr && condition == nullptr)) return errSecCSInvalidObjectRef;
+  return judge(program->guest, condition == nullptr ? nullptr : condition->requirement.get());
+}
+
+}  // namespace
+
+extern "C" {
+
+const CFStringRef kSecGuestAttributeAudit = &auditKey.object;
+const CFStringRef kSecGuestAttributePid = &pidKey.object;
+
+CFTypeID SecCodeGetTypeID(void) { return kCodeType; }
+CFTypeID SecRequirementGetTypeID(void) { return kRequirementType; }
+
+OSStatus SecRequirementCreateWithString(CFStringRef text, SecCSFlags flags, SecRequirementRef* requirement) {
+  const auto source = textOf(text);
+  const auto scripted = observe("SecRequirementCreateWithString", [&] {
+    return "flags=" + std::to_string(flags) + " text=" + (source ? quotedText(*source) : "null");
+  });
+  if (scripted) return scripted->store(requirement);
+  if (text == nullptr || requirement == nullptr) return errSecCSObjectRequired;
+  if (flags != kSecCSDefaultFlags) return errSecCSInvalidFlags;
+  if (!source) return errSecCSInvalidObjectRef;
+  auto compiled = compileRequirement(*source);
+  if (!compiled) return errSecCSReqInvalid;
+  *requirement = new __SecRequirement(*source, std::move(compiled));
+  return errSecSuccess;
+}
+
+OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attributes, SecCSFlags flags,
+                                        SecCodeRef* guest) {
+  const auto scripted =
+      observe("SecCodeCopyGuestWithAttributes", [&] { return describeLookup(host, attributes, flags); });
+  if (scripted) return scripted->store(guest);
+  if (guest == nullptr) return errSecCSObjectRequired;
+  if (flags != kSecCSDefaultFlags) return errSecCSInvalidFlags;
+  // Only the kernel hosts other programs here.
+  const auto* hostCode = objectAs<__SecCode>(host, kCodeType);
+  if (host != nullptr && (hostCode == nullptr || hostCode->guest.process)) return errSecCSNotAHost;
+  GuestLookup found = findByAttributes(attributes);
+  if (found.status == errSecSuccess) *guest = new __SecCode(std::move(found.guest));
+  return found.status;
+}
+
+OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement) {
+  const auto scripted = observe("SecCodeCheckValidity", [&] { return describeCheck(flags, requirement); });
+  return scripted ? scripted->status : check(code, flags, requirement);
+}
+
+OSStatus SecCodeCheckValidityWithErrors(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement,
+                                        CFErrorRef*) {
+  const auto scripted = observe("SecCodeCheckValidityWithErrors", [&] { return describeCheck(flags, requirement); });
+  return scripted ? scripted->status : check(code, flags, requirement);
+}
+
+}  // extern "C"

@@ -1,0 +1,26 @@
+// Small text files in the state folder, read and written by several processes at once.
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace halvo::sim {
+
+// The JSON object in the file; nothing when it is missing, cannot be read or holds anything else.
+std::optional<nlohmann::json> readJSONObject(const std::filesystem::path& file);
+
+// Replaces the file at once, so that no reader sees half of it. Makes the folder above it with `folderMode` if needed.
+bool replaceJSON(const std::filesystem::path& file, const nlohmann::json& json, mode_t folderMode);
+
+// Appends `line` in one write, so that lines of several processes do not mix.
+bool appendLine(const std::filesystem::path& file, std::string_view line);
+
+// The first word of the file; empty when it is missing.
+std::string firstWord(const std::filesystem::path& file);
+
+}  // namespace halvo::sim

@@ -1,0 +1,39 @@
+#include "sim/support/SimClock.h"
+
+#include <cmath>
+#include <ctime>
+#include <fstream>
+
+#include "sim/support/StateRoot.h"
+
+namespace halvo::sim {
+namespace {
+
+double readClockRate() {
+  std::ifstream file(stateRoot() / "clock-rate");
+  double rate = 0;
+  return file >> rate && std::isfinite(rate) && rate > 0 ? rate : 1;
+}
+
+}  // namespace
+
+double clockRate() {
+  static const double rate = readClockRate();
+  return rate;
+}
+
+double uptimeSeconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  return (static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9) * clockRate();
+}
+
+std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated) {
+  // A wait that does not fit stays the longest there is instead of turning negative.
+  constexpr auto kLongest = std::chrono::nanoseconds::max();
+  const double real = std::ceil(static_cast<double>(simulated.count()) / clockRate());
+  if (real >= static_cast<double>(kLongest.count())) return kLongest;
+  return std::chrono::nanoseconds(static_cast<std::chrono::nanoseconds::rep>(real));
+}
+
+}  // namespace halvo::sim

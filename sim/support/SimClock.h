@@ -1,0 +1,18 @@
+// The simulated Mac's clock. Its rate belongs to the machine: the file "clock-rate" in the state folder holds a
+// factor, so that a minute of idleness passes in a second. A machine without the file runs in real time.
+#pragma once
+
+#include <chrono>
+
+namespace halvo::sim {
+
+// How many simulated seconds pass in a real one; read once per process. 1 when the file is absent or unusable.
+double clockRate();
+
+// Seconds since boot of the simulated Mac as this process sees it: the real monotonic clock times the rate.
+double uptimeSeconds();
+
+// The real time that passes while `simulated` goes by.
+std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated);
+
+}  // namespace halvo::sim
