@@ -1,0 +1,53 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "HalvoHelper/security/PkgTrust.h"
+
+namespace halvo {
+namespace {
+
+using enum HalvoPkgDistrust;
+
+struct RawValueRow {
+  const char* name;
+  HalvoPkgDistrust reason;
+  std::string_view rawValue;
+};
+
+class Distrust : public testing::TestWithParam<RawValueRow> {};
+
+TEST_P(Distrust, HasItsRawValue) { EXPECT_EQ(halvoRawValue(GetParam().reason), GetParam().rawValue); }
+
+TEST_P(Distrust, ComesBackFromItsRawValue) {
+  EXPECT_EQ(halvoPkgDistrustFromRawValue(GetParam().rawValue), GetParam().reason);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Distrust,
+                         testing::Values(RawValueRow{"Unreadable", unreadable, "unreadable"},
+                                         RawValueRow{"Unsigned", unsigned_, "unsigned"},
+                                         RawValueRow{"NotNotarized", notNotarized, "not_notarized"},
+                                         RawValueRow{"NotDeveloperID", notDeveloperID, "not_developer_id"},
+                                         RawValueRow{"WrongTeam", wrongTeam, "wrong_team"},
+                                         RawValueRow{"ChainTruncated", chainTruncated, "chain_truncated"},
+                                         RawValueRow{"UnknownAuthority", unknownAuthority, "unknown_authority"},
+                                         RawValueRow{"StagingFailed", stagingFailed, "staging_failed"}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(DistrustTest, HasEightReasonsInTheirOrder) {
+  EXPECT_THAT(kHalvoPkgDistrustRawValues,
+              testing::ElementsAre("unreadable", "unsigned", "not_notarized", "not_developer_id", "wrong_team",
+                                   "chain_truncated", "unknown_authority", "staging_failed"));
+}
+
+class OtherText : public testing::TestWithParam<std::string_view> {};
+
+TEST_P(OtherText, IsNoReason) { EXPECT_EQ(halvoPkgDistrustFromRawValue(GetParam()), std::nullopt); }
+
+INSTANTIATE_TEST_SUITE_P(Table, OtherText,
+                         testing::Values("", "Unsigned", "unsigned_", "unsigned ", " unsigned", "wrongTeam",
+                                         "staging_faile", "trusted", std::string_view("unsigned\0", 9)));
+
+}  // namespace
+}  // namespace halvo

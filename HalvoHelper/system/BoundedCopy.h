@@ -1,0 +1,12 @@
+// Copies one open file to another without ever writing more than a bound.
+#pragma once
+
+#include <cstdint>
+
+namespace halvo {
+
+// Copies from the current offset of `from` to its end. False on any read or write error, and as soon as more than
+// `max` bytes were read: a file may grow while it is copied. Blocks; uses one buffer of 1 MiB.
+[[nodiscard]] bool halvoCopyBounded(int from, int to, std::int64_t max);
+
+}  // namespace halvo

@@ -1,0 +1,111 @@
+#include "HalvoHelper/text/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstddef>
+
+namespace halvo {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+struct LeadByte {
+  std::size_t length;  // of the whole sequence; 0 when the byte cannot begin one
+  char32_t bits;
+  char32_t smallest;  // anything below is an overlong form
+};
+
+LeadByte classify(unsigned char byte) {
+  if (byte < 0x80) return {1, byte, 0};
+  if ((byte & 0xE0) == 0xC0) return {2, byte & 0x1FU, 0x80};
+  if ((byte & 0xF0) == 0xE0) return {3, byte & 0x0FU, 0x800};
+  if ((byte & 0xF8) == 0xF0) return {4, byte & 0x07U, 0x10000};
+  return {0, 0, 0};
+}
+
+// The well-formed code point at the front of a text that is not empty, or nothing.
+std::optional<CodePoint> decode(std::string_view text) {
+  const LeadByte lead = classify(static_cast<unsigned char>(text.front()));
+  if (lead.length == 0 || lead.length > text.size()) return std::nullopt;
+  char32_t value = lead.bits;
+  for (std::size_t i = 1; i < lead.length; ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if ((byte & 0xC0) != 0x80) return std::nullopt;
+    value = (value << 6) | (byte & 0x3FU);
+  }
+  const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
+  if (value < lead.smallest || value > 0x10FFFF || surrogate) return std::nullopt;
+  return CodePoint{value, text.substr(lead.length)};
+}
+
+bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+}  // namespace
+
+CodePoint halvoFirstCodePoint(std::string_view text) {
+  return decode(text).value_or(CodePoint{kReplacement, text.substr(1)});
+}
+
+bool halvoIsValidUTF8(std::string_view text) {
+  while (!text.empty()) {
+    const auto next = decode(text);
+    if (!next) return false;
+    text = next->rest;
+  }
+  return true;
+}
+
+bool halvoIsWhitespace(char32_t c) {
+  constexpr std::array<char32_t, 9> single = {0x20, 0x85, 0xA0, 0x1680, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
+  return (c >= 0x09 && c <= 0x0D) || (c >= 0x2000 && c <= 0x200A) || std::ranges::find(single, c) != single.end();
+}
+
+std::string_view halvoTrimBlanks(std::string_view text) {
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool halvoIsAllWhitespace(std::string_view text) { return halvoSplit(text, halvoIsWhitespace).empty(); }
+
+std::vector<std::string_view> halvoSplit(std::string_view text, bool (*isSeparator)(char32_t)) {
+  std::vector<std::string_view> pieces;
+  std::string_view piece = text.substr(0, 0);
+  while (!text.empty()) {
+    const CodePoint next = halvoFirstCodePoint(text);
+    if (isSeparator(next.value)) {
+      if (!piece.empty()) pieces.push_back(piece);
+      piece = next.rest.substr(0, 0);
+    } else {
+      piece = {piece.data(), static_cast<std::size_t>(next.rest.data() - piece.data())};
+    }
+    text = next.rest;
+  }
+  if (!piece.empty()) pieces.push_back(piece);
+  return pieces;
+}
+
+std::optional<std::int64_t> halvoParseDecimal(std::string_view text) {
+  // from_chars takes a minus but no plus, and would take the minus of "+-1" after our own plus was cut off.
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return std::nullopt;
+  }
+  std::int64_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
+
+std::string halvoLowercasedASCII(std::string_view text) {
+  std::string lowered(text);
+  std::ranges::transform(lowered, lowered.begin(),
+                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  return lowered;
+}
+
+bool halvoHoldsNul(std::string_view text) { return text.find('\0') != std::string_view::npos; }
+
+}  // namespace halvo

@@ -1,0 +1,43 @@
+// Reading text byte by byte and code point by code point, always the same way: no locale, no tables of the platform.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace halvo {
+
+// One code point and the bytes that follow it. An ill-formed byte counts as one code point, U+FFFD.
+struct CodePoint {
+  char32_t value;
+  std::string_view rest;
+};
+[[nodiscard]] CodePoint halvoFirstCodePoint(std::string_view text);
+
+[[nodiscard]] bool halvoIsValidUTF8(std::string_view text);
+
+// The code points with the Unicode property White_Space: blanks, tabs, every line end, no-break spaces and the rest.
+[[nodiscard]] bool halvoIsWhitespace(char32_t codePoint);
+
+// The text without the blanks (U+0020) and tabs (U+0009) at both ends.
+[[nodiscard]] std::string_view halvoTrimBlanks(std::string_view text);
+
+// Whether nothing but whitespace is in `text`.
+[[nodiscard]] bool halvoIsAllWhitespace(std::string_view text);
+
+// The non-empty pieces between the code points for which `isSeparator` holds.
+[[nodiscard]] std::vector<std::string_view> halvoSplit(std::string_view text, bool (*isSeparator)(char32_t));
+
+// A whole decimal number: an optional single sign, then ASCII digits, nothing else; nothing when it does not fit 64
+// bits. Leading zeros do not matter.
+[[nodiscard]] std::optional<std::int64_t> halvoParseDecimal(std::string_view text);
+
+// Lower-cases A to Z only.
+[[nodiscard]] std::string halvoLowercasedASCII(std::string_view text);
+
+// A path with a NUL in it would mean one thing to us and another to the kernel, which stops reading there.
+[[nodiscard]] bool halvoHoldsNul(std::string_view text);
+
+}  // namespace halvo

@@ -1,0 +1,185 @@
+#include "HalvoHelper/text/Text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+namespace halvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct DecimalRow {
+  const char* name;
+  std::string_view text;
+  std::optional<std::int64_t> expected;
+};
+
+class DecimalNumber : public testing::TestWithParam<DecimalRow> {};
+
+TEST_P(DecimalNumber, IsReadWholeOrNotAtAll) { EXPECT_EQ(halvoParseDecimal(GetParam().text), GetParam().expected); }
+
+constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
+constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, DecimalNumber,
+    testing::Values(DecimalRow{"Digits", "501", 501}, DecimalRow{"Zero", "0", 0}, DecimalRow{"LeadingZeros", "007", 7},
+                    DecimalRow{"ManyLeadingZeros", "0000000000000000000000000000000000000005", 5},
+                    DecimalRow{"Plus", "+3", 3}, DecimalRow{"Minus", "-2", -2}, DecimalRow{"MinusZero", "-0", 0},
+                    DecimalRow{"Largest", "9223372036854775807", kMax},
+                    DecimalRow{"LargestWithPlus", "+9223372036854775807", kMax},
+                    DecimalRow{"Smallest", "-9223372036854775808", kMin},
+                    DecimalRow{"OneTooLarge", "9223372036854775808", std::nullopt},
+                    DecimalRow{"OneTooSmall", "-9223372036854775809", std::nullopt},
+                    DecimalRow{"TwentyDigits", "12345678901234567890", std::nullopt},
+                    DecimalRow{"Empty", "", std::nullopt}, DecimalRow{"PlusAlone", "+", std::nullopt},
+                    DecimalRow{"MinusAlone", "-", std::nullopt}, DecimalRow{"TwoPluses", "++1", std::nullopt},
+                    DecimalRow{"PlusMinus", "+-1", std::nullopt}, DecimalRow{"MinusPlus", "-+1", std::nullopt},
+                    DecimalRow{"TwoMinuses", "--1", std::nullopt}, DecimalRow{"LeadingBlank", " 1", std::nullopt},
+                    DecimalRow{"TrailingBlank", "1 ", std::nullopt}, DecimalRow{"TrailingText", "7b", std::nullopt},
+                    DecimalRow{"Text", "beta", std::nullopt}, DecimalRow{"Hexadecimal", "0x10", std::nullopt},
+                    DecimalRow{"Fraction", "1.0", std::nullopt}, DecimalRow{"Exponent", "1e3", std::nullopt},
+                    DecimalRow{"Separator", "1,000", std::nullopt},
+                    DecimalRow{"EmbeddedNul", std::string_view("1\0", 2), std::nullopt},
+                    DecimalRow{"ArabicIndicDigit", "\xD9\xA1", std::nullopt},
+                    DecimalRow{"FullwidthDigit", "\xEF\xBC\x91", std::nullopt}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(TrimBlanksTest, TakesBlanksAndTabsFromBothEnds) { EXPECT_EQ(halvoTrimBlanks(" \t a b\t \t"), "a b"); }
+
+TEST(TrimBlanksTest, LeavesNothingOfATextOfBlanks) { EXPECT_EQ(halvoTrimBlanks(" \t \t "), ""); }
+
+TEST(TrimBlanksTest, LeavesEveryOtherWhitespace) {
+  EXPECT_EQ(halvoTrimBlanks(" \r\xC2\xA0x\n\v\f "), "\r\xC2\xA0x\n\v\f");
+}
+
+TEST(TrimBlanksTest, TakesAnEmptyText) { EXPECT_EQ(halvoTrimBlanks(""), ""); }
+
+struct WhitespaceRow {
+  const char* name;
+  char32_t codePoint;
+  bool expected;
+};
+
+class Whitespace : public testing::TestWithParam<WhitespaceRow> {};
+
+TEST_P(Whitespace, IsTheUnicodeProperty) { EXPECT_EQ(halvoIsWhitespace(GetParam().codePoint), GetParam().expected); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, Whitespace,
+    testing::Values(WhitespaceRow{"Tab", 0x09, true}, WhitespaceRow{"LineFeed", 0x0A, true},
+                    WhitespaceRow{"VerticalTab", 0x0B, true}, WhitespaceRow{"FormFeed", 0x0C, true},
+                    WhitespaceRow{"CarriageReturn", 0x0D, true}, WhitespaceRow{"Blank", 0x20, true},
+                    WhitespaceRow{"NextLine", 0x85, true}, WhitespaceRow{"NoBreakSpace", 0xA0, true},
+                    WhitespaceRow{"OghamSpace", 0x1680, true}, WhitespaceRow{"EnQuad", 0x2000, true},
+                    WhitespaceRow{"HairSpace", 0x200A, true}, WhitespaceRow{"LineSeparator", 0x2028, true},
+                    WhitespaceRow{"ParagraphSeparator", 0x2029, true}, WhitespaceRow{"NarrowNoBreak", 0x202F, true},
+                    WhitespaceRow{"MathematicalSpace", 0x205F, true}, WhitespaceRow{"IdeographicSpace", 0x3000, true},
+                    WhitespaceRow{"Nul", 0x00, false}, WhitespaceRow{"Backspace", 0x08, false},
+                    WhitespaceRow{"ShiftOut", 0x0E, false}, WhitespaceRow{"UnitSeparator", 0x1F, false},
+                    WhitespaceRow{"Exclamation", 0x21, false}, WhitespaceRow{"MongolianVowelSeparator", 0x180E, false},
+                    WhitespaceRow{"ZeroWidthSpace", 0x200B, false}, WhitespaceRow{"WordJoiner", 0x2060, false},
+                    WhitespaceRow{"ByteOrderMark", 0xFEFF, false}, WhitespaceRow{"Replacement", 0xFFFD, false}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(AllWhitespaceTest, HoldsForAnEmptyText) { EXPECT_TRUE(halvoIsAllWhitespace("")); }
+
+TEST(AllWhitespaceTest, HoldsForEveryKindOfSpaceAndLineEnd) {
+  EXPECT_TRUE(halvoIsAllWhitespace(" \t\r\n\v\f\xC2\x85\xC2\xA0\xE2\x80\xA8\xE3\x80\x80"));
+}
+
+TEST(AllWhitespaceTest, FailsForOneOtherCharacter) { EXPECT_FALSE(halvoIsAllWhitespace(" \n . \n ")); }
+
+TEST(AllWhitespaceTest, FailsForAnIllFormedByte) { EXPECT_FALSE(halvoIsAllWhitespace(" \xA0 ")); }
+
+TEST(AllWhitespaceTest, FailsForANul) { EXPECT_FALSE(halvoIsAllWhitespace(std::string_view("\0", 1))); }
+
+struct Utf8Row {
+  const char* name;
+  std::string_view text;
+  bool valid;
+};
+
+class Utf8 : public testing::TestWithParam<Utf8Row> {};
+
+TEST_P(Utf8, IsJudgedStrictly) { EXPECT_EQ(halvoIsValidUTF8(GetParam().text), GetParam().valid); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, Utf8,
+    testing::Values(Utf8Row{"Empty", "", true}, Utf8Row{"Ascii", "abc", true},
+                    Utf8Row{"Nul", std::string_view("a\0b", 3), true}, Utf8Row{"TwoBytes", "\xC3\xA9", true},
+                    Utf8Row{"ThreeBytes", "\xE2\x82\xAC", true}, Utf8Row{"FourBytes", "\xF0\x9F\x94\x8A", true},
+                    Utf8Row{"LastCodePoint", "\xF4\x8F\xBF\xBF", true},
+                    Utf8Row{"BeforeSurrogates", "\xED\x9F\xBF", true}, Utf8Row{"AfterSurrogates", "\xEE\x80\x80", true},
+                    Utf8Row{"ContinuationAlone", "\x80", false}, Utf8Row{"CutTwo", "\xC3", false},
+                    Utf8Row{"CutThree", "\xE2\x82", false}, Utf8Row{"CutFour", "\xF0\x9F\x94", false},
+                    Utf8Row{"LeadThenAscii", "\xC3(", false}, Utf8Row{"OverlongSlash", "\xC0\xAF", false},
+                    Utf8Row{"OverlongThree", "\xE0\x80\xAF", false}, Utf8Row{"OverlongFour", "\xF0\x80\x80\xAF", false},
+                    Utf8Row{"Surrogate", "\xED\xA0\x80", false}, Utf8Row{"LastSurrogate", "\xED\xBF\xBF", false},
+                    Utf8Row{"BeyondUnicode", "\xF4\x90\x80\x80", false},
+                    Utf8Row{"FiveBytes", "\xF8\x88\x80\x80\x80", false}, Utf8Row{"ByteFF", "\xFF", false}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(FirstCodePointTest, GivesValueAndRest) {
+  const CodePoint first = halvoFirstCodePoint("\xE2\x82\xACx");
+
+  EXPECT_EQ(first.value, 0x20ACu);
+  EXPECT_EQ(first.rest, "x");
+}
+
+TEST(FirstCodePointTest, TakesAnIllFormedByteAloneAsTheReplacementCharacter) {
+  const CodePoint first = halvoFirstCodePoint("\xE2\x82x");
+
+  EXPECT_EQ(first.value, 0xFFFDu);
+  EXPECT_EQ(first.rest, "\x82x");
+}
+
+bool isComma(char32_t c) { return c == ','; }
+
+TEST(SplitTest, GivesThePiecesBetweenSeparators) {
+  EXPECT_THAT(halvoSplit("a,bc,\xE2\x82\xAC", isComma), ElementsAre("a", "bc", "\xE2\x82\xAC"));
+}
+
+TEST(SplitTest, DropsEmptyPieces) { EXPECT_THAT(halvoSplit(",,a,,b,,", isComma), ElementsAre("a", "b")); }
+
+TEST(SplitTest, GivesNothingForSeparatorsAlone) { EXPECT_THAT(halvoSplit(",,,", isComma), IsEmpty()); }
+
+TEST(SplitTest, GivesNothingForAnEmptyText) { EXPECT_THAT(halvoSplit("", isComma), IsEmpty()); }
+
+TEST(SplitTest, GivesAWholeTextWithoutSeparator) { EXPECT_THAT(halvoSplit("abc", isComma), ElementsAre("abc")); }
+
+TEST(SplitTest, KeepsIllFormedBytesInTheirPiece) {
+  EXPECT_THAT(halvoSplit("a\xFF"
+                         "b,\x80",
+                         isComma),
+              ElementsAre("a\xFF"
+                          "b",
+                          "\x80"));
+}
+
+TEST(SplitTest, DoesNotSplitInsideACodePoint) {
+  // The second byte of U+012C is 0xAC, and 0x2C is the comma.
+  EXPECT_THAT(halvoSplit("\xC4\xAC,x", isComma), ElementsAre("\xC4\xAC", "x"));
+}
+
+TEST(LowercasedTest, TouchesLatinCapitalsOnly) {
+  EXPECT_EQ(halvoLowercasedASCII("AZ az @[`{ 09 \xC3\x89 \xE2\x84\xAA"), "az az @[`{ 09 \xC3\x89 \xE2\x84\xAA");
+}
+
+TEST(HoldsNulTest, FindsOneAnywhere) {
+  EXPECT_TRUE(halvoHoldsNul(std::string_view("\0ab", 3)));
+  EXPECT_TRUE(halvoHoldsNul(std::string_view("a\0b", 3)));
+  EXPECT_TRUE(halvoHoldsNul(std::string_view("ab\0", 3)));
+}
+
+TEST(HoldsNulTest, FindsNoneInOrdinaryText) {
+  EXPECT_FALSE(halvoHoldsNul("/Applications/Halvo.app"));
+  EXPECT_FALSE(halvoHoldsNul(""));
+}
+
+}  // namespace
+}  // namespace halvo
