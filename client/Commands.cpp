@@ -1,0 +1,154 @@
+#include "client/Commands.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "HalvoHelperXPC/ReplyParsers.h"
+#include "client/AdminGrant.h"
+#include "client/Explanations.h"
+#include "client/LogFollower.h"
+
+namespace halvo {
+namespace {
+
+constexpr const char* kInstallLogPath = "/var/log/halvo-install.log";
+
+struct Streams {
+  std::ostream& out;
+  std::ostream& err;
+};
+
+ExitStatus tell(const Explanation& explanation, const Streams& streams) {
+  if (!explanation.text.empty()) streams.err << explanation.text << std::endl;
+  return explanation.status;
+}
+
+ExitStatus report(const CommandLine& command, const Outcome& outcome, const Streams& streams) {
+  if (const auto* text = std::get_if<std::string>(&outcome)) {
+    streams.out << *text << std::endl;
+    return tell(explainTextReply(*text), streams);
+  }
+  if (const bool* flag = std::get_if<bool>(&outcome)) {
+    streams.out << (*flag ? "true" : "false") << std::endl;
+    return tell(explainBoolReply(command, *flag), streams);
+  }
+  return tell(explainFailure(std::get<ServiceFailure>(outcome)), streams);
+}
+
+std::optional<std::string> contentsOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  return file.bad() ? std::nullopt : std::optional(std::move(text));
+}
+
+// The helper has another working directory than this program.
+std::string absolutePath(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+  return error ? path : absolute.string();
+}
+
+void sendPlain(const CommandLine& command, HalvoHelperProtocol& helper, const TextReply& text) {
+  command.verb == Verb::ping ? helper.ping(text) : helper.enumerateActiveGuiDomains(text);
+}
+
+void sendLegacy(const CommandLine& command, const std::string& manifest, HalvoHelperProtocol& helper,
+                const TextReply& text, const BoolReply& boolean) {
+  switch (command.verb) {
+    case Verb::install:
+      return helper.installSystemPkg(absolutePath(command.path), manifest, command.acceptAudioInterruption, text);
+    case Verb::prepareRemoval:
+      return helper.prepareForRemoval(command.acceptAudioInterruption, text);
+    case Verb::removeBundle:
+      return helper.removeAppBundle(command.path, boolean);
+    case Verb::finalize:
+      // Nothing comes back of this one. Messages of a connection are taken in order, so the answer to a ping says that
+      // it has arrived.
+      helper.finalizeRemoval();
+      return helper.ping([boolean](const std::string&) { boolean(false); });
+    case Verb::ping:
+    case Verb::users:
+      return sendPlain(command, helper, text);
+  }
+}
+
+void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, const std::string& manifest,
+                    HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
+  switch (command.verb) {
+    case Verb::install:
+      return helper.installSystemPkg(form, absolutePath(command.path), manifest, command.acceptAudioInterruption, text);
+    case Verb::prepareRemoval:
+      return helper.prepareForRemoval(form, command.acceptAudioInterruption, text);
+    case Verb::removeBundle:
+      return helper.removeAppBundle(form, command.path, boolean);
+    case Verb::finalize:
+      return helper.finalizeRemoval(form, boolean);
+    case Verb::ping:
+    case Verb::users:
+      return sendPlain(command, helper, text);
+  }
+}
+
+// Asks the helper for its version; answers why the request cannot be made, if so.
+std::optional<Explanation> helperCannotDoIt(Conversation& conversation) {
+  const Outcome ping =
+      conversation.ask([](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); });
+  if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure(*failure);
+  if (halvoHelperSupportsAuthorization(halvoParseHelperVersion(std::get<std::string>(ping)))) return std::nullopt;
+  return Explanation{ExitStatus::helperTooOld,
+                     "The installed helper is too old for this request. Open the new application, which registers its "
+                     "own helper, and try again."};
+}
+
+ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
+                         const Streams& streams) {
+  if (const auto problem = helperCannotDoIt(conversation)) return tell(*problem, streams);
+  const auto grant = command.withoutGrant ? AdminGrant::empty() : AdminGrant::obtain();
+  if (const auto* refusal = std::get_if<AdminGrant::Refusal>(&grant)) {
+    return tell({ExitStatus::unauthorized, "An administrator has to approve this, and none did (status " +
+                                               std::to_string(refusal->status) + "). Nothing was asked of the helper."},
+                streams);
+  }
+  LogFollower log(kInstallLogPath);
+  bool saidSo = false;
+  const auto whileWaiting = [&] {
+    if (!std::exchange(saidSo, true)) streams.err << "Waiting for the helper; interrupting this does not stop it.\n";
+    if (command.verb == Verb::install) log.printNewLines(streams.err);
+  };
+  const Outcome outcome = conversation.ask(
+      [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
+        sendAuthorized(command, std::get<AdminGrant>(grant).externalForm(), manifest, helper, text, boolean);
+      },
+      whileWaiting);
+  return report(command, outcome, streams);
+}
+
+}  // namespace
+
+ExitStatus runCommand(const CommandLine& command, Conversation& conversation, std::ostream& out, std::ostream& err) {
+  const Streams streams{out, err};
+  std::string manifest;
+  if (command.verb == Verb::install) {
+    auto text = contentsOf(command.manifestPath);
+    if (!text) {
+      return tell({ExitStatus::unreadableManifest,
+                   "The manifest " + command.manifestPath + " cannot be read. Check the path and its permissions."},
+                  streams);
+    }
+    manifest = std::move(*text);
+  }
+  const bool changesNothing = command.verb == Verb::ping || command.verb == Verb::users;
+  if (!command.legacy && !changesNothing) return askAuthorized(command, manifest, conversation, streams);
+  const Outcome outcome =
+      conversation.ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
+        sendLegacy(command, manifest, helper, text, boolean);
+      });
+  return report(command, outcome, streams);
+}
+
+}  // namespace halvo

@@ -1,0 +1,45 @@
+#include "client/Conversation.h"
+
+#include <atomic>
+#include <utility>
+
+namespace halvo {
+namespace {
+
+constexpr std::chrono::seconds kPatience(2);
+constexpr std::chrono::milliseconds kBetweenLooks(200);
+
+// Where the first of several possible answers goes. A message without reply and the one behind it may both fail.
+class FirstAnswer {
+ public:
+  void give(Outcome outcome) {
+    if (!given_.exchange(true)) promise_.set_value(std::move(outcome));
+  }
+  std::future<Outcome> future() { return promise_.get_future(); }
+
+ private:
+  std::promise<Outcome> promise_;
+  std::atomic<bool> given_ = false;
+};
+
+}  // namespace
+
+Conversation::Conversation(std::unique_ptr<ServiceClient> client) : client_(std::move(client)) {}
+
+Outcome Conversation::ask(const Request& request, const std::function<void()>& whileWaiting) {
+  const auto answer = std::make_shared<FirstAnswer>();
+  std::future<Outcome> outcome = answer->future();
+  const auto helper = client_->proxy([answer](const ServiceFailure& failure) { answer->give(failure); });
+  request(
+      *helper, [answer](const std::string& reply) { answer->give(reply); },
+      [answer](bool reply) { answer->give(reply); });
+
+  if (outcome.wait_for(kPatience) != std::future_status::ready) {
+    do whileWaiting();
+    while (outcome.wait_for(kBetweenLooks) != std::future_status::ready);
+    whileWaiting();
+  }
+  return outcome.get();
+}
+
+}  // namespace halvo

@@ -1,0 +1,17 @@
+// The exit statuses of halvo-app, as its help text lists them.
+#pragma once
+
+namespace halvo {
+
+enum class ExitStatus {
+  success = 0,
+  refused = 1,
+  unauthorized = 2,
+  unreachable = 3,
+  interrupted = 4,
+  helperTooOld = 5,
+  usage = 64,
+  unreadableManifest = 66,
+};
+
+}  // namespace halvo

@@ -1,0 +1,76 @@
+// Turns the process-wide adapters into the operations that a connection's handler runs.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "HalvoHelper/install/InstallResult.h"
+#include "HalvoHelper/install/Installer.h"
+#include "HalvoHelper/removal/UninstallResult.h"
+#include "HalvoHelper/security/AdminAuthorizer.h"
+#include "HalvoHelper/security/PkgVerifier.h"
+#include "HalvoHelper/service/ActivityTracker.h"
+#include "HalvoHelper/system/AudioActivity.h"
+#include "HalvoHelper/system/Launchctl.h"
+#include "HalvoHelper/system/PrivilegedFS.h"
+#include "HalvoHelper/system/ProcessRunner.h"
+#include "HalvoHelperXPC/HalvoHelperProtocol.h"
+#include "main/OperationLog.h"
+
+namespace halvo {
+
+// The adapters that every operation is built from; made once, shared by all.
+struct SystemAdapters {
+  std::shared_ptr<const ProcessRunner> runner;
+  Launchctl launchctl;
+  std::shared_ptr<const PrivilegedFS> fs;
+  AudioActivity audio;
+  Installer installer;
+  PkgVerifier verifier;
+};
+
+// Where the progress of operations is written; the clients are told these paths.
+struct OperationLogPaths {
+  std::string install = "/var/log/halvo-install.log";
+  std::string uninstall = "/var/log/halvo-uninstall.log";
+};
+
+// Each operation builds a sequence for one call and drops it. Called from several connections' threads at once.
+class OperationWiring : public std::enable_shared_from_this<OperationWiring> {
+ public:
+  // While `adminRightIsSound` is false every authorization is refused without asking `authorizer`: a right whose
+  // definition is not ours proves nothing.
+  OperationWiring(SystemAdapters adapters, std::shared_ptr<const AdminAuthorizer> authorizer, bool adminRightIsSound,
+                  std::shared_ptr<ActivityTracker> tracker, OperationLogPaths logPaths = {});
+
+  // A handler for one connection. It shares the ownership of this wiring.
+  std::shared_ptr<HalvoHelperProtocol> makeHandler() const;
+
+  std::vector<std::int64_t> enumerateDomains() const;
+  bool authorizeAdmin(const AuthorizationBlob& externalForm) const;
+
+  // These change the machine and exclude each other: a second one waits until the first is done. Otherwise the clean-up
+  // of a refused install would remove the staged package of a trusted one, and a third request could put an unverified
+  // package under the name that is about to be installed.
+  InstallResult runInstall(const std::string& pkgPath, const std::string& manifestJSON,
+                           bool acceptAudioInterruption) const;
+  UninstallResult runUninstall(bool acceptAudioInterruption) const;
+  bool removeAppBundle(const std::string& path) const;
+
+  // Returns at once.
+  void finalizeRemoval() const;
+
+ private:
+  const SystemAdapters adapters_;
+  const std::shared_ptr<const AdminAuthorizer> authorizer_;
+  const bool adminRightIsSound_;
+  const std::shared_ptr<ActivityTracker> tracker_;
+  const OperationLogPaths logPaths_;
+  const OperationLog installLog_;
+  mutable std::mutex operation_;  // held for the whole of an operation that changes the machine
+};
+
+}  // namespace halvo

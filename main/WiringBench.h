@@ -1,0 +1,65 @@
+// An operation wiring over doubles that write every call into one list.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "HalvoHelper/testing/FakeClock.h"
+#include "HalvoHelper/testing/FixedAudioDevices.h"
+#include "HalvoHelper/testing/RecordedSystemLog.h"
+#include "HalvoHelper/testing/ScriptedPrivilegedFS.h"
+#include "HalvoHelper/testing/ScriptedProcessRunner.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "main/OperationWiring.h"
+
+namespace halvo {
+
+inline const AuthorizationBlob kBlob(32, std::byte{0x5A});
+
+// Answers what the test says and counts how often it is asked.
+class ScriptedAuthorizer final : public AdminAuthorizer {
+ public:
+  bool isAuthorized(std::span<const std::byte> externalForm) const override {
+    seen.emplace_back(externalForm.begin(), externalForm.end());
+    return answer;
+  }
+
+  bool answer = true;
+  mutable std::vector<AuthorizationBlob> seen;
+};
+
+class WiringBench : public testing::Test {
+ protected:
+  std::shared_ptr<const OperationWiring> wiring(bool adminRightIsSound = true) {
+    return std::make_shared<const OperationWiring>(
+        SystemAdapters{
+            .runner = runner_,
+            .launchctl = Launchctl(runner_),
+            .fs = fs_,
+            .audio = AudioActivity(audio_),
+            .installer = Installer(runner_),
+            .verifier = PkgVerifier(runner_),
+        },
+        authorizer_, adminRightIsSound, tracker_,
+        OperationLogPaths{.install = directory_.path("install.log"), .uninstall = directory_.path("uninstall.log")});
+  }
+
+  const std::vector<std::string>& calls() const { return recorder_->calls; }
+  std::string installLog() const { return contentsOf(directory_.path("install.log")); }
+
+  RecordedSystemLog systemLog_;
+  TemporaryDirectory directory_;
+  std::shared_ptr<CallRecorder> recorder_ = std::make_shared<CallRecorder>();
+  std::shared_ptr<ScriptedProcessRunner> runner_ = std::make_shared<ScriptedProcessRunner>(recorder_);
+  std::shared_ptr<ScriptedPrivilegedFS> fs_ = std::make_shared<ScriptedPrivilegedFS>(recorder_);
+  std::shared_ptr<FixedAudioDevices> audio_ = std::make_shared<FixedAudioDevices>(std::vector<bool>(), recorder_);
+  std::shared_ptr<ScriptedAuthorizer> authorizer_ = std::make_shared<ScriptedAuthorizer>();
+  std::shared_ptr<ActivityTracker> tracker_ = std::make_shared<ActivityTracker>(FakeClock().reader());
+};
+
+}  // namespace halvo
