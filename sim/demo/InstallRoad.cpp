@@ -1,0 +1,148 @@
+#include "sim/demo/InstallRoad.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace halvo::sim {
+namespace {
+
+constexpr const char* kInstalled = R"({"code":"ok","changed":["driver","broker","daemon_agent"]})";
+constexpr const char* kUnauthorized = R"({"code":"unauthorized"})";
+constexpr const char* kAudioActive = R"({"code":"audio_active"})";
+constexpr const char* kRolledBack = R"({"code":"rolled_back","log_path":"/var/log/halvo-install.log"})";
+
+std::string untrusted(const std::string& reason) {
+  return R"({"code":"untrusted_package","reason":")" + reason + "\"}";
+}
+
+std::string processText(std::optional<pid_t> pid) {
+  return pid ? "process " + std::to_string(*pid) : std::string("no process");
+}
+
+void refuse(Stage& stage, const std::string& title, const PackageContents& contents, const std::string& reason) {
+  const PackageFiles package = stage.machine().package(contents);
+  Step step = stage.begin(title);
+  stage.request(step, ProductMachine::install(package), untrusted(reason));
+  stage.tell(std::move(step));
+}
+
+}  // namespace
+
+void walkFirstContact(Stage& stage) {
+  Step start = stage.begin("launchd starts the helper on demand");
+  start.remarks.push_back("before the first request: " + processText(stage.machine().helperProcess()));
+  Stage::expect(start, !stage.machine().helperProcess(), "the helper should not be running yet");
+  stage.request(start, {"ping"}, R"({"ok":true,"helper_version":6,"build_abi":1})");
+  start.remarks.push_back("after it: " + processText(stage.machine().helperProcess()));
+  Stage::expect(start, stage.machine().helperProcess().has_value(), "the helper should be running now");
+  for (const std::string& line : stage.mac().systemLog()) start.remarks.push_back("log: " + line);
+  stage.tell(std::move(start));
+
+  Step users = stage.begin("Who is logged in graphically");
+  stage.request(users, {"users"}, R"({"uids":[501]})");
+  stage.tell(std::move(users));
+}
+
+void walkInstalls(Stage& stage) {
+  const PackageFiles good = stage.machine().package({.name = "Halvo-1.2.0", .version = "1.2.0"});
+  const PackageFiles older = stage.machine().package({.name = "Halvo-1.1.9", .version = "1.1.9"});
+
+  Step legacy = stage.begin("A first-generation install carries no authorization and is refused");
+  stage.request(legacy, {"legacy", "install", good.path, "--manifest", good.manifest}, kUnauthorized);
+  stage.tell(std::move(legacy));
+
+  Step ungranted = stage.begin("An install whose authorization never obtained the right is refused");
+  stage.request(ungranted, ProductMachine::install(good, {"--without-grant"}), kUnauthorized);
+  stage.tell(std::move(ungranted));
+
+  Step install = stage.begin("A good package is installed");
+  stage.request(install, ProductMachine::install(good), kInstalled);
+  install.remarks.push_back("broker: " +
+                            processText(stage.machine().job("system", "com.halvo.broker").value_or(JobState{}).pid));
+  stage.tell(std::move(install));
+
+  Step again = stage.begin("The same version may be installed again");
+  stage.request(again, ProductMachine::install(good), kInstalled);
+  stage.tell(std::move(again));
+
+  Step downgrade = stage.begin("A lower version is refused, naming both");
+  stage.request(downgrade, ProductMachine::install(older),
+                R"({"code":"downgrade","installed":"1.2.0","incoming":"1.1.9"})");
+  stage.tell(std::move(downgrade));
+}
+
+void walkRefusedPackages(Stage& stage) {
+  refuse(stage, "A package without a signature", {.name = "unsigned", .version = "1.3.0", .report = "unsigned.txt"},
+         "unsigned");
+  refuse(stage, "A package that Apple did not notarise",
+         {.name = "not-notarized", .version = "1.3.0", .report = "not-notarized.txt"}, "not_notarized");
+  refuse(stage, "A package of another team", {.name = "wrong-team", .version = "1.3.0", .report = "wrong-team.txt"},
+         "wrong_team");
+  refuse(stage, "A package whose certificate chain is cut short",
+         {.name = "chain-truncated", .version = "1.3.0", .report = "chain-truncated.txt"}, "chain_truncated");
+  refuse(stage, "A package whose chain ends with somebody else",
+         {.name = "unknown-authority", .version = "1.3.0", .report = "unknown-authority.txt"}, "unknown_authority");
+
+  PackageFiles link = stage.machine().package({.name = "Halvo-1.3.0", .version = "1.3.0"});
+  const std::string target = link.path;
+  link.path = "/Users/user501/Downloads/link.pkg";
+  std::filesystem::create_symlink(target, stage.mac().path("/Users/user501/Downloads") / "link.pkg");
+  Step step = stage.begin("A package that is a symbolic link");
+  stage.request(step, ProductMachine::install(link), untrusted("staging_failed"));
+  stage.tell(std::move(step));
+}
+
+void walkAudio(Stage& stage) {
+  const PackageFiles newer = stage.machine().package({.name = "Halvo-1.4.0", .version = "1.4.0"});
+  stage.mac().writeState("audio-devices", "0\n1\n");
+
+  Step refused = stage.begin("Audio is running: the install would interrupt it and is refused");
+  stage.request(refused, ProductMachine::install(newer), kAudioActive);
+  stage.tell(std::move(refused));
+
+  Step accepted = stage.begin("The same with the interruption accepted");
+  stage.request(accepted, ProductMachine::install(newer, {"--accept-audio-interruption"}), kInstalled);
+  stage.tell(std::move(accepted));
+  stage.mac().writeState("audio-devices", "0\n0\n");
+}
+
+void walkRollback(Stage& stage) {
+  const PackageFiles broken =
+      stage.machine().package({.name = "Halvo-1.5.0", .version = "1.5.0", .extra = {"--truncate-payload", "60000"}});
+  const TreeSnapshot before = stage.machine().components();
+
+  Step step = stage.begin("An installer that fails half way is rolled back");
+  stage.request(step, ProductMachine::install(broken), kRolledBack);
+  const std::vector<TreeChange> differences = changesBetween(before, stage.machine().components());
+  for (const TreeChange& difference : differences) step.remarks.push_back(describe(difference));
+  step.remarks.push_back("the four components, " + std::to_string(before.size()) + " files and folders, are " +
+                         (differences.empty() ? "byte for byte what they were before" : "NOT what they were before"));
+  Stage::expect(step, differences.empty(), "the four components should be byte for byte what they were before");
+  stage.tell(std::move(step));
+}
+
+void walkStrangersAndIdleness(Stage& stage) {
+  const auto program = stage.mac().path(ProductMachine::kAppProgram);
+  const std::string stranger = stage.machine().signedCopy(program, "stranger", "com.example.stranger", "AB12CD34EF");
+
+  Step refused = stage.begin("A client with another signature is refused");
+  stage.requestWith(refused, {stranger, "ping"}, "");
+  const std::string last = stage.mac().systemLog().empty() ? "" : stage.mac().systemLog().back();
+  refused.remarks.push_back("log: " + last);
+  Stage::expect(refused, last.find("halvo-helper: rejected unauthorized client pid=") != std::string::npos,
+                "the log should tell of the refused client");
+  stage.tell(std::move(refused));
+
+  Step idle = stage.begin("After a minute without requests the helper exits, and the next request starts it again");
+  const auto before = stage.machine().helperProcess();
+  idle.remarks.push_back("while serving: " + processText(before));
+  const bool exited = waitUntil([&] { return !stage.machine().helperProcess(); });
+  Stage::expect(idle, exited, "the helper should exit when nobody needs it");
+  idle.remarks.push_back("after a minute of the machine's time: " + processText(stage.machine().helperProcess()));
+  stage.request(idle, {"ping"}, R"({"ok":true,"helper_version":6,"build_abi":1})");
+  idle.remarks.push_back("after the next request: " + processText(stage.machine().helperProcess()));
+  Stage::expect(idle, stage.machine().helperProcess() != before, "a new process should have been started");
+  stage.tell(std::move(idle));
+}
+
+}  // namespace halvo::sim

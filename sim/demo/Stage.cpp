@@ -1,0 +1,79 @@
+#include "sim/demo/Stage.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace halvo::sim {
+namespace {
+
+// Everything that an install or a removal may touch.
+const std::vector<std::string>& watchedFolders() {
+  static const std::vector<std::string> folders = {"/Applications",    "/Library",         "/private/var/db",
+                                                   "/private/var/log", "/private/var/run", "/private/var/tmp"};
+  return folders;
+}
+
+// The system's own records say nothing about the product: its log, and the sockets that launchd holds.
+bool isBackground(const std::string& path) {
+  return path == "/private/var/log/system.log" || path.starts_with("/private/var/run/mach");
+}
+
+std::string joined(const std::vector<std::string>& words) {
+  std::string line;
+  for (const std::string& word : words) line += (line.empty() ? "" : " ") + word;
+  return line;
+}
+
+// The command as a person would type it: without the folder of the program.
+std::string typed(std::vector<std::string> command) {
+  command.front() = std::filesystem::path(command.front()).filename().string();
+  return joined(command);
+}
+
+}  // namespace
+
+Stage::Stage(Narrator& narrator) : narrator_(narrator) {
+  mac().writeState("clock-rate", "20\n");
+  mac().start();
+}
+
+Step Stage::begin(std::string title) {
+  callsBefore_ = mac().calls().size();
+  treeBefore_ = mac().snapshotTree(watchedFolders());
+  Step step;
+  step.title = std::move(title);
+  return step;
+}
+
+void Stage::tell(Step step) {
+  const std::vector<ToolCall> calls = mac().calls();
+  for (std::size_t i = callsBefore_; i < calls.size(); ++i) {
+    step.tools.push_back(calls[i].tool + " " + joined(calls[i].arguments) + "  -> " + std::to_string(calls[i].status));
+  }
+  for (const TreeChange& change : changesBetween(treeBefore_, mac().snapshotTree(watchedFolders()))) {
+    if (!isBackground(change.path)) step.changes.push_back(describe(change));
+  }
+  if (step.changes.empty()) step.changes.emplace_back("nothing changed");
+  narrator_.tell(step);
+}
+
+void Stage::request(Step& step, const std::vector<std::string>& arguments, const std::string& expectedReply) {
+  std::vector<std::string> command = {ProductMachine::kAppProgram};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  requestWith(step, command, expectedReply);
+}
+
+void Stage::requestWith(Step& step, const std::vector<std::string>& command, const std::string& expectedReply) {
+  step.requests.push_back(typed(command));
+  const CommandResult result = mac().run(machine_.user(), command);
+  const std::string reply = result.out.substr(0, result.out.find('\n'));
+  step.replies.push_back((reply.empty() ? "(none)" : reply) + "   exit status " + std::to_string(result.status));
+  for (const std::string& line : splitLines(result.err)) step.remarks.push_back(line);
+  expect(step, reply == expectedReply, "the reply to " + typed(command) + " should be " + expectedReply);
+}
+
+void Stage::expect(Step& step, bool holds, const std::string& surprise) {
+  if (!holds) step.surprises.push_back(surprise);
+}
+
+}  // namespace halvo::sim

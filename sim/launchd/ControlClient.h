@@ -1,0 +1,52 @@
+// Talks to the simulated launchd. launchctl, killall and the service registration are thin layers over this.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace halvo::sim {
+
+struct ControlRequest;
+
+// What launchd answered: 0 or the exit status that launchctl has for this failure, and the words that go with it.
+struct ControlReply {
+  int status = 0;
+  std::string text;
+  bool operator==(const ControlReply&) const = default;
+};
+
+// The answer when no launchd listens.
+inline constexpr int kLaunchdUnreachable = 71;
+
+// Every call connects, asks, and blocks until launchd has answered. Changing anything takes uid 0; others get 1
+// (Operation not permitted). A domain is written "system" or "gui/501". Never throws.
+class ControlClient {
+ public:
+  // The launchd of the simulated Mac that this process runs in.
+  ControlClient();
+  // The launchd listening on `socket`, as seen from outside the simulated Mac.
+  explicit ControlClient(std::filesystem::path socket);
+
+  // Loads the job that the property list describes. 5: loaded already, or no usable property list. 112: no such domain.
+  ControlReply bootstrap(const std::string& domain, const std::string& plistPath) const;
+  // Stops and forgets a job, written "system/com.halvo.broker"; the answer comes when its process is gone. 3: no such
+  // job. 112: no such domain.
+  ControlReply bootout(const std::string& job) const;
+  // Describes a domain, or a job in one. 112: no such domain. 113: no such job.
+  ControlReply print(const std::string& target) const;
+  // Sends SIGTERM to every job whose program has this name. 1: none runs.
+  ControlReply killall(const std::string& processName) const;
+  // Remembers the property list across restarts and loads its job into the system domain.
+  ControlReply registerService(const std::string& plistPath) const;
+  // Forgets the registration of the property list with this file name and stops answering its services. A process of
+  // the job that is running goes on until it is booted out or ends. The description of the failure, or nothing.
+  std::optional<std::string> unregisterService(const std::string& plistName) const;
+
+ private:
+  [[nodiscard]] ControlReply ask(const ControlRequest& request) const;
+
+  std::filesystem::path socket_;
+};
+
+}  // namespace halvo::sim

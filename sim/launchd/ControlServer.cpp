@@ -1,0 +1,84 @@
+#include "sim/launchd/ControlServer.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace halvo::sim {
+namespace {
+
+bool peerMayChange(int socket) {
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return false;
+  return peer.uid == 0 || peer.uid == ::geteuid();
+}
+
+}  // namespace
+
+ControlServer::ControlServer(ListeningSocket socket, Handler handler)
+    : socket_(std::move(socket)), handler_(std::move(handler)) {
+  ::fcntl(socket_.descriptor(), F_SETFL, O_NONBLOCK);
+}
+
+std::vector<int> ControlServer::descriptors() const {
+  std::vector<int> descriptors = {socket_.descriptor()};
+  // Who waits for an answer has nothing more to say; its hanging up would wake the loop again and again.
+  for (const auto& [number, connection] : connections_) {
+    if (!connection.waiting) descriptors.push_back(connection.socket.get());
+  }
+  return descriptors;
+}
+
+void ControlServer::serve() {
+  acceptAll();
+  std::vector<int> numbers;
+  for (const auto& [number, connection] : connections_) {
+    if (!connection.waiting) numbers.push_back(number);
+  }
+  for (const int number : numbers) read(number);
+}
+
+void ControlServer::acceptAll() {
+  while (true) {
+    UniqueDescriptor socket(::accept4(socket_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    if (!socket.valid()) return;
+    const bool mayChange = peerMayChange(socket.get());
+    connections_.emplace(nextNumber_++, Connection{std::move(socket), mayChange, false, {}});
+  }
+}
+
+void ControlServer::read(int number) {
+  Connection& connection = connections_.at(number);
+  std::array<char, 4096> chunk{};
+  ssize_t count = 0;
+  while ((count = ::recv(connection.socket.get(), chunk.data(), chunk.size(), 0)) > 0) {
+    connection.received.append(chunk.data(), static_cast<std::size_t>(count));
+    if (connection.received.size() > kMaxControlMessage) break;
+  }
+  const bool hungUp = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
+  const std::size_t end = connection.received.find('\n');
+  if (end == std::string::npos) {
+    if (hungUp || connection.received.size() > kMaxControlMessage) connections_.erase(number);
+    return;
+  }
+  connection.waiting = true;
+  const auto request = requestFromLine(std::string_view(connection.received).substr(0, end));
+  if (!request) return answer(number, {22, "Invalid argument"});
+  handler_(*request, connection.mayChange, [this, number](const ControlReply& reply) { answer(number, reply); });
+}
+
+void ControlServer::answer(int number, const ControlReply& reply) {
+  const auto found = connections_.find(number);
+  if (found == connections_.end()) return;
+  const std::string line = toLine(reply);
+  // An answer fits into an empty socket buffer; a client that has gone needs none.
+  ::send(found->second.socket.get(), line.data(), line.size(), MSG_NOSIGNAL);
+  connections_.erase(found);
+}
+
+}  // namespace halvo::sim

@@ -1,0 +1,52 @@
+// launchd's end of its control socket.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/launchd/ControlMessages.h"
+#include "sim/launchd/ListeningSocket.h"
+
+namespace halvo::sim {
+
+// Never blocks: a client that sends nothing, or does not read, holds up nobody.
+class ControlServer {
+ public:
+  using Answer = std::function<void(const ControlReply&)>;
+  // Works on one request; may keep `answer` for later, and calls it once. `mayChange`: the client is root, or whoever
+  // runs this launchd.
+  using Handler = std::function<void(const ControlRequest&, bool mayChange, const Answer& answer)>;
+
+  ControlServer(ListeningSocket socket, Handler handler);
+  ControlServer(const ControlServer&) = delete;
+  ControlServer& operator=(const ControlServer&) = delete;
+  ~ControlServer() = default;
+
+  // serve() has something to do when one of these is readable.
+  [[nodiscard]] std::vector<int> descriptors() const;
+  void serve();
+
+ private:
+  struct Connection {
+    UniqueDescriptor socket;
+    bool mayChange = false;
+    bool waiting = false;  // for its answer
+    std::string received;
+  };
+
+  void acceptAll();
+  void read(int number);
+  void answer(int number, const ControlReply& reply);
+
+  ListeningSocket socket_;
+  Handler handler_;
+  std::map<int, Connection> connections_;  // by a number that is never used again
+  int nextNumber_ = 0;
+};
+
+}  // namespace halvo::sim

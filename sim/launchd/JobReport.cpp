@@ -1,0 +1,36 @@
+#include "sim/launchd/JobReport.h"
+
+#include <sstream>
+
+namespace halvo::sim {
+
+std::string describeJob(const Job& job) {
+  const JobState state = job.state();
+  std::ostringstream out;
+  out << state.domain << "/" << state.label << " = {\n"
+      << "\tpath = " << job.description().plist.string() << "\n"
+      << "\tstate = " << (state.pid ? "running" : "not running") << "\n"
+      << "\tprogram = " << state.program << "\n"
+      << "\truns = " << state.starts << "\n";
+  if (state.pid) out << "\tpid = " << *state.pid << "\n";
+  out << "\tlast exit code = " << (state.lastExitStatus ? std::to_string(*state.lastExitStatus) : "(never exited)")
+      << "\n";
+  for (const std::string& service : job.description().machServices) out << "\tendpoint = " << service << "\n";
+  out << "}";
+  return out.str();
+}
+
+std::string describeDomain(const std::string& domain, const JobTable& jobs) {
+  std::ostringstream out;
+  out << domain << " = {\n\tservices = {\n";
+  for (const auto& job : jobs.all()) {
+    const JobState state = job->state();
+    if (state.domain != domain) continue;
+    out << "\t\t" << state.pid.value_or(0) << "\t"
+        << (state.lastExitStatus ? std::to_string(*state.lastExitStatus) : "-") << "\t" << state.label << "\n";
+  }
+  out << "\t}\n}";
+  return out.str();
+}
+
+}  // namespace halvo::sim

@@ -1,0 +1,25 @@
+// Where launchd finds and leaves things.
+#pragma once
+
+#include <filesystem>
+
+namespace halvo::sim {
+
+struct LaunchdPaths {
+  std::filesystem::path state;          // jobs.json, gui-sessions, registered-services, launchd.log, job-output/
+  std::filesystem::path machServices;   // one listening socket per Mach service
+  std::filesystem::path systemDaemons;  // what comes with the system
+  std::filesystem::path daemons;
+  std::filesystem::path agents;
+};
+
+// The folders of a machine whose file system starts at `root`, which is "/" except in tests of launchd itself.
+inline LaunchdPaths launchdPaths(const std::filesystem::path& root) {
+  return {.state = root / "sim",
+          .machServices = root / "var/run/mach",
+          .systemDaemons = root / "System/Library/LaunchDaemons",
+          .daemons = root / "Library/LaunchDaemons",
+          .agents = root / "Library/LaunchAgents"};
+}
+
+}  // namespace halvo::sim

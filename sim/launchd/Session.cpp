@@ -1,0 +1,170 @@
+#include "sim/launchd/Session.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/launchd/ControlServer.h"
+#include "sim/launchd/Launchd.h"
+#include "sim/launchd/LaunchdPaths.h"
+#include "sim/launchd/SessionCommand.h"
+#include "sim/launchd/StrayProcesses.h"
+
+namespace halvo::sim {
+namespace {
+
+constexpr int kCannotStart = 71;
+constexpr int kRunningAlready = 75;
+constexpr int kNoSuchCommand = 127;
+constexpr int kSignalBase = 128;
+
+std::string lastError() { return std::generic_category().message(errno); }
+
+int statusOf(int waitStatus) {
+  return WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
+}
+
+// The signals come as readable data from here on, so that none is lost between two waits.
+UniqueDescriptor takeSignals() {
+  sigset_t signals{};
+  sigemptyset(&signals);
+  for (const int number : {SIGCHLD, SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, number);
+  ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+  return UniqueDescriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+class Session {
+ public:
+  Session(const LaunchdPaths& paths, ListeningSocket control, UniqueDescriptor signals)
+      : launchd_(paths),
+        server_(std::move(control),
+                [this](const ControlRequest& request, bool mayChange, const ControlServer::Answer& answer) {
+                  launchd_.handle(request, mayChange, answer);
+                }),
+        signals_(std::move(signals)) {}
+
+  int run(const SessionOrder& order) {
+    launchd_.boot();
+    launchd_.work(Job::Clock::now());
+    command_ = startSessionCommand(order.command, order.user);
+    if (!command_) status_ = kNoSuchCommand;
+    while (!status_) turn();
+    if (command_) ::kill(*command_, SIGTERM);
+    launchd_.shutDown();
+    while (!launchd_.allGone()) turn();
+    return *status_;
+  }
+
+ private:
+  // Waits for the next event and deals with it.
+  void turn() {
+    const auto now = Job::Clock::now();
+    std::vector<pollfd> entries;
+    const auto watch = [&](int descriptor) { entries.push_back({.fd = descriptor, .events = POLLIN, .revents = 0}); };
+    watch(signals_.get());
+    std::ranges::for_each(server_.descriptors(), watch);
+    std::ranges::for_each(launchd_.awaited(now), watch);
+    ::poll(entries.data(), entries.size(), patience(now));
+
+    readSignals();
+    collectChildren();
+    server_.serve();
+    launchd_.work(Job::Clock::now());
+  }
+
+  [[nodiscard]] int patience(Launchd::TimePoint now) const {
+    const auto deadline = launchd_.deadline(now);
+    if (!deadline) return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - now).count();
+    // Never zero: what is overdue and cannot be helped must not keep a processor busy.
+    return static_cast<int>(std::clamp<std::int64_t>(left, 1, 60'000));
+  }
+
+  void readSignals() {
+    signalfd_siginfo info{};
+    while (::read(signals_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
+      const int number = static_cast<int>(info.ssi_signo);
+      if (number != SIGCHLD && !status_) status_ = kSignalBase + number;
+    }
+  }
+
+  void collectChildren() {
+    while (true) {
+      siginfo_t info{};
+      if (::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid == 0) return;
+      const pid_t child = info.si_pid;
+      // What a job leaves in its process group ends with it. Until the leader is collected the group's number cannot
+      // have been given to anybody else.
+      if (launchd_.isJob(child)) ::kill(-child, SIGTERM);
+      int waitStatus = 0;
+      ::waitpid(child, &waitStatus, 0);
+      if (command_ == child) {
+        command_.reset();
+        if (!status_) status_ = statusOf(waitStatus);
+      }
+      launchd_.processEnded(child, waitStatus);
+    }
+  }
+
+  Launchd launchd_;
+  ControlServer server_;
+  UniqueDescriptor signals_;
+  std::optional<pid_t> command_;
+  std::optional<int> status_;
+};
+
+// The folders that a job or a client expects, and nothing that an earlier life of the machine left in them.
+bool prepareFolders(const LaunchdPaths& paths) {
+  std::error_code error;
+  std::filesystem::create_directories(paths.state / "job-output", error);
+  if (!error) std::filesystem::create_directories(paths.machServices, error);
+  if (error) return false;
+  for (const auto& entry : std::filesystem::directory_iterator(paths.machServices, error)) {
+    std::filesystem::remove(entry.path(), error);
+  }
+  return !error;
+}
+
+int cannotStart(const std::string& what) {
+  std::cerr << "The machine cannot start: " << what << ".\n";
+  return kCannotStart;
+}
+
+}  // namespace
+
+int runSession(const SessionOrder& order) {
+  const LaunchdPaths paths = launchdPaths(order.root);
+  const UniqueDescriptor lock(::open((paths.state / "machine.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  if (!lock.valid()) return cannotStart("its state folder cannot be used: " + lastError());
+  if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+    std::cerr << "This machine is running already; stop that first, or use another one.\n";
+    return kRunningAlready;
+  }
+  if (!prepareFolders(paths)) return cannotStart("its folders cannot be prepared");
+  // Without a process namespace of its own, what a job leaves behind would otherwise escape to the host's first process.
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  UniqueDescriptor signals = takeSignals();
+  auto control = ListeningSocket::open(paths.state / "launchd.sock");
+  if (!signals.valid() || !control) return cannotStart("its control socket cannot be opened: " + lastError());
+
+  const int status = Session(paths, std::move(*control), std::move(signals)).run(order);
+  endStrayProcesses();
+  return status;
+}
+
+}  // namespace halvo::sim

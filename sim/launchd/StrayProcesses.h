@@ -1,0 +1,10 @@
+// What jobs and commands leave running when the machine is switched off.
+#pragma once
+
+namespace halvo::sim {
+
+// Kills and collects every child of this process, and what falls to it because their parents ended: this process must
+// be the reaper of its descendants. Gives up after a few seconds on what cannot be killed.
+void endStrayProcesses();
+
+}  // namespace halvo::sim

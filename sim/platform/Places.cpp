@@ -1,0 +1,26 @@
+#include "sim/platform/Places.h"
+
+#include <utility>
+
+namespace halvo::sim {
+namespace {
+
+struct Places {
+  std::filesystem::path systemLog = "/var/log/system.log";
+  std::filesystem::path machServices = "/var/run/mach";
+};
+
+Places& current() {
+  static Places places;
+  return places;
+}
+
+}  // namespace
+
+std::filesystem::path systemLogPath() { return current().systemLog; }
+void setSystemLogPath(std::filesystem::path path) { current().systemLog = std::move(path); }
+
+std::filesystem::path machServiceDirectory() { return current().machServices; }
+void setMachServiceDirectory(std::filesystem::path directory) { current().machServices = std::move(directory); }
+
+}  // namespace halvo::sim

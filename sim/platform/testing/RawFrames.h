@@ -1,0 +1,40 @@
+// Bytes as a client puts them on the wire that does not use the library, or means harm.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
+
+namespace halvo::sim {
+
+inline constexpr std::size_t kFrameHeaderBytes = 16;
+
+struct FrameLengths {
+  std::uint32_t body = 0;
+  std::uint32_t fields = 0;
+  bool bigEndian = false;
+};
+
+// The fixed part of a method call's header, which announces these lengths.
+std::string frameHeader(const FrameLengths& lengths);
+
+// All that a client says to begin with; messages may follow.
+inline constexpr char kAuthentication[] = "\0AUTH EXTERNAL 30\r\nBEGIN\r\n";
+inline std::string authentication() { return {kAuthentication, sizeof kAuthentication - 1}; }
+
+// A connection to the socket at `path`.
+UniqueDescriptor connectRaw(const std::string& path);
+void sendRaw(const UniqueDescriptor& socket, const std::string& bytes);
+
+// What comes until the other side closes, waiting at most half a minute.
+struct Received {
+  std::string bytes;
+  bool closed = false;
+};
+Received receiveUntilClosed(const UniqueDescriptor& socket);
+// Waits for the first bytes.
+std::string receiveSome(const UniqueDescriptor& socket);
+
+}  // namespace halvo::sim

@@ -1,0 +1,45 @@
+// Owners and small helpers for libarchive, shared by what reads and what writes packages.
+#pragma once
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace halvo::sim {
+
+struct ReadCloser {
+  void operator()(archive* reader) const { archive_read_free(reader); }
+};
+struct WriteCloser {
+  void operator()(archive* writer) const { archive_write_free(writer); }
+};
+struct EntryCloser {
+  void operator()(archive_entry* entry) const { archive_entry_free(entry); }
+};
+using ScopedReader = std::unique_ptr<archive, ReadCloser>;
+using ScopedWriter = std::unique_ptr<archive, WriteCloser>;
+using ScopedEntry = std::unique_ptr<archive_entry, EntryCloser>;
+
+class ArchiveError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Why the last call on `handle` failed.
+std::string archiveProblem(archive* handle);
+
+// Throws ArchiveError when `result` says that the call failed. A warning (a name that needs another character set, an
+// owner that this machine does not know) is not a failure.
+void requireDone(archive* handle, int result);
+
+// A reader over a gzip'd cpio archive in memory; `bytes` must outlive it. Throws ArchiveError when it is none.
+ScopedReader openCpio(std::string_view bytes);
+
+// The next header; nullptr at the end of the archive. Throws ArchiveError when the archive is damaged.
+archive_entry* nextEntry(archive* reader);
+
+}  // namespace halvo::sim

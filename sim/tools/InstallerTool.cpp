@@ -1,0 +1,120 @@
+#include "sim/tools/InstallerTool.h"
+
+#include <optional>
+#include <ostream>
+#include <string_view>
+#include <system_error>
+
+#include "sim/tools/Archive.h"
+#include "sim/tools/FlatPackage.h"
+#include "sim/tools/InstallScript.h"
+#include "sim/tools/Receipts.h"
+#include "sim/tools/Unpack.h"
+#include "sim/tools/Xml.h"
+
+namespace halvo::sim {
+namespace {
+
+constexpr std::string_view kNoSoftware =
+    "The Installer could not install the software because there was no software found to install.";
+constexpr std::string_view kErrorWhileInstalling =
+    "The Installer encountered an error that caused the installation to fail. Contact the software manufacturer for "
+    "assistance.";
+
+struct Request {
+  std::string package;
+  std::string target;
+};
+
+std::optional<Request> parse(const std::vector<std::string>& arguments) {
+  if (arguments.size() != 4) return std::nullopt;
+  Request request;
+  for (std::size_t i = 0; i < arguments.size(); i += 2) {
+    if (arguments[i] == "-pkg") {
+      request.package = arguments[i + 1];
+    } else if (arguments[i] == "-target") {
+      request.target = arguments[i + 1];
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (request.package.empty() || request.target.empty()) return std::nullopt;
+  return request;
+}
+
+int fail(const ToolStreams& streams, std::string_view reason, const std::string& detail) {
+  streams.err << "installer: The install failed. (" << reason;
+  if (!detail.empty()) streams.err << " " << detail;
+  streams.err << ")\n";
+  return 1;
+}
+
+// A package that is what it says: who it is, and what it brings.
+struct Software {
+  std::string identifier;
+  std::string version;
+  std::string_view payload;
+};
+
+std::optional<Software> softwareIn(const FlatPackage& package) {
+  const auto info = package.member(kPackageInfoMember);
+  const auto payload = package.member(kPayloadMember);
+  if (!info || !payload) return std::nullopt;
+  const auto identifier = xmlAttribute(*info, "pkg-info", "identifier");
+  const auto version = xmlAttribute(*info, "pkg-info", "version");
+  if (!identifier || !version) return std::nullopt;
+  return Software{.identifier = *identifier, .version = *version, .payload = *payload};
+}
+
+int runPostinstall(const FlatPackage& package, const Request& request, const std::filesystem::path& root) {
+  const auto scripts = package.member(kScriptsMember);
+  if (!scripts) return 0;
+  return runInstallScript(*scripts, "postinstall", {request.package, request.target, "/", "/"}, root);
+}
+
+int install(const FlatPackage& package, const Request& request, const std::filesystem::path& root,
+            const ToolStreams& streams) {
+  const std::string fileName = std::filesystem::path(request.package).filename();
+  const auto software = softwareIn(package);
+  if (!software) return fail(streams, kNoSoftware, {});
+  streams.out << "installer: Package name is " << std::filesystem::path(fileName).stem().string() << "\n"
+              << "installer: Installing at base path " << request.target << std::endl;
+  const Unpacked unpacked = unpack(software->payload, root);
+  if (!unpacked.problem.empty()) return fail(streams, kErrorWhileInstalling, unpacked.problem);
+  if (runPostinstall(package, request, root) != 0) {
+    return fail(streams, kErrorWhileInstalling,
+                "An error occurred while running scripts from the package \xE2\x80\x9C" + fileName + "\xE2\x80\x9D.");
+  }
+  const Receipt receipt{
+      .identifier = software->identifier, .version = software->version, .fileName = fileName, .paths = unpacked.paths};
+  if (!Receipts(root).keep(receipt)) return fail(streams, kErrorWhileInstalling, "The receipt could not be kept.");
+  streams.out << "installer: The install was successful.\n";
+  return 0;
+}
+
+}  // namespace
+
+int installerTool(const std::vector<std::string>& arguments, const std::filesystem::path& root,
+                  const ToolStreams& streams) {
+  const auto request = parse(arguments);
+  if (!request) {
+    streams.err << "Usage: installer -pkg <pathToPackage> -target </>\n";
+    return 1;
+  }
+  if (request->target != "/") {
+    streams.err << "installer: Error - the target path specified was invalid: '" << request->target << "'.\n";
+    return 1;
+  }
+  std::error_code problem;
+  if (!std::filesystem::exists(request->package, problem)) {
+    streams.err << "installer: Error - the package path specified was invalid: '" << request->package << "'.\n";
+    return 1;
+  }
+  try {
+    return install(FlatPackage::read(request->package), *request, root, streams);
+  } catch (const ArchiveError& unreadable) {
+    return fail(streams, kNoSoftware, unreadable.what());
+  }
+}
+
+}  // namespace halvo::sim

@@ -1,0 +1,18 @@
+// The stand-in for the system's package installer.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "sim/tools/ToolRun.h"
+
+namespace halvo::sim {
+
+// `-pkg PATH -target /`: unpacks the package's payload below `root`, runs its postinstall with the package's path, the
+// target, "/" and "/", and keeps a receipt. Answers 0, or 1 when the package cannot be read (nothing is changed), when
+// its payload is cut short (half of it is on disk), or when the script fails (the files stay, without a receipt).
+int installerTool(const std::vector<std::string>& arguments, const std::filesystem::path& root,
+                  const ToolStreams& streams);
+
+}  // namespace halvo::sim

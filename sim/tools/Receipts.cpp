@@ -1,0 +1,75 @@
+#include "sim/tools/Receipts.h"
+
+#include <algorithm>
+#include <ctime>
+#include <fstream>
+#include <system_error>
+
+#include "sim/tools/Xml.h"
+
+namespace halvo::sim {
+namespace {
+
+constexpr const char* kReceiptExtension = ".plist";
+constexpr const char* kListExtension = ".bom";
+
+std::string installDate() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  ::gmtime_r(&now, &parts);
+  std::string text(sizeof "2026-02-11T09:30:12Z", '\0');
+  text.resize(std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts));
+  return "\t<key>InstallDate</key>\n\t<date>" + text + "</date>\n";
+}
+
+std::string receiptText(const Receipt& receipt) {
+  return propertyList(
+      installDate() + plistString("InstallPrefixPath", "/") + plistString("InstallProcessName", "installer") +
+      plistString("PackageFileName", receipt.fileName) + plistString("PackageIdentifier", receipt.identifier) +
+      plistString("PackageVersion", receipt.version));
+}
+
+std::string listText(const Receipt& receipt) {
+  std::string text = ".\n";
+  for (const std::string& path : receipt.paths) text += "./" + path + "\n";
+  return text;
+}
+
+bool write(const std::filesystem::path& file, const std::string& text) {
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream << text;
+  stream.close();
+  return !stream.fail();
+}
+
+}  // namespace
+
+Receipts::Receipts(const std::filesystem::path& root) : folder_(root / "private/var/db/receipts") {}
+
+bool Receipts::keep(const Receipt& receipt) const {
+  // The identifier comes from the package and becomes the name of a file.
+  if (receipt.identifier.empty() || receipt.identifier.find('/') != std::string::npos) return false;
+  std::error_code problem;
+  std::filesystem::create_directories(folder_, problem);
+  return write(folder_ / (receipt.identifier + kListExtension), listText(receipt)) &&
+         write(folder_ / (receipt.identifier + kReceiptExtension), receiptText(receipt));
+}
+
+bool Receipts::forget(const std::string& identifier) const {
+  if (!std::ranges::count(identifiers(), identifier)) return false;
+  std::error_code problem;
+  std::filesystem::remove(folder_ / (identifier + kListExtension), problem);
+  return std::filesystem::remove(folder_ / (identifier + kReceiptExtension), problem);
+}
+
+std::vector<std::string> Receipts::identifiers() const {
+  std::vector<std::string> found;
+  std::error_code problem;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, problem)) {
+    if (entry.path().extension() == kReceiptExtension) found.push_back(entry.path().stem());
+  }
+  std::ranges::sort(found);
+  return found;
+}
+
+}  // namespace halvo::sim

@@ -1,0 +1,21 @@
+// How the product's small programs end.
+#pragma once
+
+#include <csignal>
+
+namespace halvo::sim {
+
+// From its construction on, launchd's request to end (SIGTERM) is kept until somebody waits for it. Make it before
+// starting threads.
+class Termination {
+ public:
+  Termination();
+
+  // Blocks until launchd asks the process to end.
+  void wait() const;
+
+ private:
+  sigset_t signals_{};
+};
+
+}  // namespace halvo::sim
