@@ -1,0 +1,119 @@
+// Who may talk to the helper: any program, the application's own or a third party's, whose signature is the
+// application's, and nobody else.
+#include "tests/Scenario.h"
+
+namespace halvo::sim {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kSocket = "unix:path=/var/run/mach/com.halvo.helper";
+constexpr const char* kMethod = "com.halvo.HalvoHelperProtocol.pingWithReply_";
+
+struct Signer {
+  const char* name;
+  const char* identifier;
+  const char* team;
+};
+
+class Stranger : public Scenario, public testing::WithParamInterface<Signer> {
+ protected:
+  void SetUp() override { start(); }
+};
+
+TEST_P(Stranger, IsRefusedLoggedAndDoesNotKeepTheApplicationOut) {
+  const std::string program =
+      machine.signedCopy(mac().path(ProductMachine::kAppProgram), "stranger", GetParam().identifier, GetParam().team);
+
+  const CommandResult refused = mac().run(machine.user(), {program, "ping"});
+
+  EXPECT_EQ(refused.out, "");
+  EXPECT_NE(refused.status, 0);
+  EXPECT_THAT(helperLog(), Contains(StartsWith("halvo-helper: rejected unauthorized client pid=")));
+  EXPECT_EQ(reply({"ping"}), kPingReply);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Stranger,
+                         testing::Values(Signer{"OtherIdentifier", "com.halvo.app2", "QX4TRM2ZL9"},
+                                         Signer{"IdentifierInOtherCase", "com.halvo.App", "QX4TRM2ZL9"},
+                                         Signer{"OtherTeam", "com.halvo.app", "AB12CD34EF"},
+                                         Signer{"NoTeam", "com.halvo.app", ""}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+class ThirdPartyClient : public Scenario {
+ protected:
+  ThirdPartyClient() { start(); }
+
+  CommandResult asTheApplication(const std::string& tool, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), machine.signedCopy("/usr/bin/" + tool, tool, "com.halvo.app", "QX4TRM2ZL9"));
+    return mac().run(machine.user(), arguments);
+  }
+
+  CommandResult unsignedTool(const std::string& tool, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), machine.signedCopy("/usr/bin/" + tool, tool, tool, ""));
+    return mac().run(machine.user(), arguments);
+  }
+};
+
+const std::vector<std::string> kBusctlPing = {
+    std::string("--address=") + kSocket, "call",          "com.halvo.helper", "/com/halvo/helper",
+    "com.halvo.HalvoHelperProtocol",     "pingWithReply_"};
+const std::vector<std::string> kGdbusPing = {"call",     "--address", kSocket, "--object-path", "/com/halvo/helper",
+                                             "--method", kMethod};
+const std::vector<std::string> kDbusSendPing = {std::string("--peer=") + kSocket, "--print-reply", "/com/halvo/helper",
+                                                kMethod};
+
+TEST_F(ThirdPartyClient, BusctlGetsAnAnswer) {
+  EXPECT_THAT(asTheApplication("busctl", kBusctlPing).out, HasSubstr(R"(\"helper_version\":6)"));
+}
+
+TEST_F(ThirdPartyClient, GdbusGetsAnAnswer) {
+  EXPECT_THAT(asTheApplication("gdbus", kGdbusPing).out, HasSubstr(R"("helper_version":6)"));
+}
+
+TEST_F(ThirdPartyClient, DbusSendGetsAnAnswer) {
+  EXPECT_THAT(asTheApplication("dbus-send", kDbusSendPing).out, HasSubstr(R"("helper_version":6)"));
+}
+
+TEST_F(ThirdPartyClient, BusctlReadsTheInterface) {
+  const CommandResult result =
+      asTheApplication("busctl", {std::string("--address=") + kSocket, "introspect", "com.halvo.helper",
+                                  "/com/halvo/helper", "com.halvo.HalvoHelperProtocol"});
+
+  EXPECT_THAT(result.out,
+              HasSubstr("installSystemPkgWithAuthorization_pkgPath_manifestJSON_acceptAudioInterruption_withReply_"));
+}
+
+TEST_F(ThirdPartyClient, AnUnknownMethodIsAnErrorAndTheHelperGoesOn) {
+  std::vector<std::string> call = kBusctlPing;
+  call.back() = "formatDiskWithReply_";
+
+  EXPECT_NE(asTheApplication("busctl", call).status, 0);
+  EXPECT_EQ(reply({"ping"}), kPingReply);
+}
+
+TEST_F(ThirdPartyClient, WrongArgumentTypesAreAnErrorAndTheHelperGoesOn) {
+  std::vector<std::string> call = kBusctlPing;
+  call.insert(call.end(), {"s", "unexpected"});
+
+  EXPECT_NE(asTheApplication("busctl", call).status, 0);
+  EXPECT_EQ(reply({"ping"}), kPingReply);
+}
+
+TEST_F(ThirdPartyClient, BusctlWithoutTheApplicationsSignatureIsRefused) {
+  EXPECT_NE(unsignedTool("busctl", kBusctlPing).status, 0);
+  EXPECT_THAT(helperLog(), Contains(StartsWith("halvo-helper: rejected unauthorized client pid=")));
+}
+
+TEST_F(ThirdPartyClient, GdbusWithoutTheApplicationsSignatureIsRefused) {
+  EXPECT_NE(unsignedTool("gdbus", kGdbusPing).status, 0);
+}
+
+TEST_F(ThirdPartyClient, DbusSendWithoutTheApplicationsSignatureIsRefused) {
+  EXPECT_NE(unsignedTool("dbus-send", kDbusSendPing).status, 0);
+}
+
+}  // namespace
+}  // namespace halvo::sim
