@@ -7,7 +7,11 @@ set(HALVO_INSTALL_SYSTEM_TESTS
   install/InstallSequenceTest.cpp
   install/InstallerTest.cpp
   install/VersionsTest.cpp
+  removal/AppBundleGuardTest.cpp
+  removal/AppBundleRemovalTest.cpp
+  removal/FinalRemovalTest.cpp
   removal/UninstallResultTest.cpp
+  removal/UninstallSequenceTest.cpp
   system/AudioActivityTest.cpp
   system/BoundedCopyTest.cpp
   system/CopyTreeTest.cpp

@@ -1,15 +1,30 @@
 #include "main/OperationWiring.h"
 
+#include <dispatch/dispatch.h>
+
+#include <cstdlib>
 #include <utility>
 
 #include "HalvoHelper/install/InstallSequence.h"
+#include "HalvoHelper/removal/AppBundleRemoval.h"
+#include "HalvoHelper/removal/FinalRemoval.h"
+#include "HalvoHelper/removal/UninstallSequence.h"
 #include "HalvoHelper/service/HelperHandler.h"
 #include "HalvoHelper/system/LoginUsers.h"
 #include "main/InstalledDriver.h"
 #include "main/TeamIdentifier.h"
+#include "platform/ServiceRegistration.h"
 #include "platform/SystemLog.h"
 
 namespace halvo {
+namespace {
+
+constexpr const char* kGuiAppPath = "/Applications/Halvo.app";
+
+// Long enough for the answer to reach the client before the connection ends with the process.
+constexpr std::int64_t kFinalRemovalDelayNanoseconds = 300 * static_cast<std::int64_t>(NSEC_PER_MSEC);
+
+}  // namespace
 
 OperationWiring::OperationWiring(SystemAdapters adapters, std::shared_ptr<const AdminAuthorizer> authorizer,
                                  bool adminRightIsSound, std::shared_ptr<ActivityTracker> tracker,
@@ -19,7 +34,8 @@ OperationWiring::OperationWiring(SystemAdapters adapters, std::shared_ptr<const 
       adminRightIsSound_(adminRightIsSound),
       tracker_(std::move(tracker)),
       logPaths_(std::move(logPaths)),
-      installLog_(logPaths_.install) {}
+      installLog_(logPaths_.install),
+      uninstallLog_(logPaths_.uninstall) {}
 
 std::shared_ptr<HalvoHelperProtocol> OperationWiring::makeHandler() const {
   const auto self = shared_from_this();
@@ -64,18 +80,43 @@ InstallResult OperationWiring::runInstall(const std::string& pkgPath, const std:
   return sequence.run(acceptAudioInterruption);
 }
 
-UninstallResult OperationWiring::runUninstall(bool /*acceptAudioInterruption*/) const {
-  halvoSystemLog("halvo-helper: refused to uninstall: this helper cannot remove the product");
-  return UninstallIncomplete{logPaths_.uninstall};
+UninstallResult OperationWiring::runUninstall(bool acceptAudioInterruption) const {
+  const std::scoped_lock oneAtATime(operation_);
+  const UninstallSequence sequence{
+      .fs = adapters_.fs,
+      .launchctl = adapters_.launchctl,
+      .runner = adapters_.runner,
+      .audio = adapters_.audio,
+      .activeGuiUids = [this] { return enumerateDomains(); },
+      .guiAppPath = kGuiAppPath,
+      .logPath = logPaths_.uninstall,
+      .log = [this](const std::string& line) { uninstallLog_.write(line); },
+  };
+  return sequence.run(acceptAudioInterruption);
 }
 
-bool OperationWiring::removeAppBundle(const std::string& /*path*/) const {
-  halvoSystemLog("halvo-helper: refused to remove the application: this helper cannot remove the product");
-  return false;
+bool OperationWiring::removeAppBundle(const std::string& path) const {
+  const std::scoped_lock oneAtATime(operation_);
+  return halvoRemoveAppBundle(path, *adapters_.fs, halvoCanonicalPath, halvoSystemLog);
 }
 
 void OperationWiring::finalizeRemoval() const {
-  halvoSystemLog("halvo-helper: refused to remove itself: this helper cannot remove the product");
+  // The queue takes a plain pointer: this owner keeps the wiring alive until the work has run.
+  auto owner = std::make_unique<std::shared_ptr<const OperationWiring>>(shared_from_this());
+  dispatch_after_f(dispatch_time(DISPATCH_TIME_NOW, kFinalRemovalDelayNanoseconds), dispatch_get_main_queue(),
+                   owner.release(), [](void* context) {
+                     const std::unique_ptr<std::shared_ptr<const OperationWiring>> kept(
+                         static_cast<std::shared_ptr<const OperationWiring>*>(context));
+                     (*kept)->removeHelper();
+                   });
+}
+
+void OperationWiring::removeHelper() const {
+  // Waits for an operation that is still running, and keeps the lock: nothing may begin that would be cut off.
+  const std::scoped_lock oneAtATime(operation_);
+  halvoFinalizeRemoval([] { return halvoUnregisterDaemon(kHelperPlistName); }, adapters_.launchctl, halvoSystemLog,
+                       // Not std::exit: connection threads are still running, and nothing needs to be torn down.
+                       [] { std::_Exit(EXIT_SUCCESS); });
 }
 
 }  // namespace halvo

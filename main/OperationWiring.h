@@ -60,16 +60,20 @@ class OperationWiring : public std::enable_shared_from_this<OperationWiring> {
   UninstallResult runUninstall(bool acceptAudioInterruption) const;
   bool removeAppBundle(const std::string& path) const;
 
-  // Returns at once.
+  // Returns at once. After 0.3 seconds, and once no operation runs any more, the main queue takes the helper out of
+  // launchd and ends the process.
   void finalizeRemoval() const;
 
  private:
+  void removeHelper() const;
+
   const SystemAdapters adapters_;
   const std::shared_ptr<const AdminAuthorizer> authorizer_;
   const bool adminRightIsSound_;
   const std::shared_ptr<ActivityTracker> tracker_;
   const OperationLogPaths logPaths_;
   const OperationLog installLog_;
+  const OperationLog uninstallLog_;
   mutable std::mutex operation_;  // held for the whole of an operation that changes the machine
 };
 

@@ -60,8 +60,9 @@ class ThirdPartyClient : public Scenario {
 const std::vector<std::string> kBusctlPing = {
     std::string("--address=") + kSocket, "call",          "com.halvo.helper", "/com/halvo/helper",
     "com.halvo.HalvoHelperProtocol",     "pingWithReply_"};
-const std::vector<std::string> kGdbusPing = {"call",     "--address", kSocket, "--object-path", "/com/halvo/helper",
-                                             "--method", kMethod};
+const std::vector<std::string> kGdbusPing = {
+    "call",          "--address",         kSocket,    "--dest", "com.halvo.helper",
+    "--object-path", "/com/halvo/helper", "--method", kMethod};
 const std::vector<std::string> kDbusSendPing = {std::string("--peer=") + kSocket, "--print-reply", "/com/halvo/helper",
                                                 kMethod};
 
@@ -70,7 +71,9 @@ TEST_F(ThirdPartyClient, BusctlGetsAnAnswer) {
 }
 
 TEST_F(ThirdPartyClient, GdbusGetsAnAnswer) {
-  EXPECT_THAT(asTheApplication("gdbus", kGdbusPing).out, HasSubstr(R"("helper_version":6)"));
+  const CommandResult result = asTheApplication("gdbus", kGdbusPing);
+
+  EXPECT_THAT(result.out, HasSubstr(R"("helper_version":6)")) << result.err;
 }
 
 TEST_F(ThirdPartyClient, DbusSendGetsAnAnswer) {

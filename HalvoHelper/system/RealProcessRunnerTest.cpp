@@ -24,6 +24,12 @@ const std::string kChild = HALVO_CHILD_REPORT;
 
 ProcessResult runChild(const std::vector<std::string>& arguments) { return RealProcessRunner().run(kChild, arguments); }
 
+// Leaves it to be reaped by whoever started it.
+void waitUntilAChildHasExited() {
+  siginfo_t child{};
+  ::waitid(P_ALL, 0, &child, WEXITED | WNOWAIT);
+}
+
 ProcessResult runShell(const std::string& script) { return RealProcessRunner().run("/bin/sh", {"-c", script}); }
 
 TEST(RealProcessRunnerTest, CapturesStandardOutput) {
@@ -173,9 +179,13 @@ TEST(RealProcessRunnerTest, TheChildInheritsEnvironmentAndWorkingDirectory) {
 TEST(RealProcessRunnerTest, OutputOfAGrandchildThatOutlivesTheToolIsWaitedFor) {
   const TemporaryDirectory directory;
   const std::string fifo = directory.makeFifo("go");
-  std::thread later([&] { std::ofstream(fifo) << "go\n"; });
+  std::thread later([&] {
+    std::ofstream go(fifo);
+    waitUntilAChildHasExited();
+    go << "go\n";
+  });
 
-  const std::string output = runShell("(read line < '" + fifo + "'; echo late) & echo early").output;
+  const std::string output = runShell("echo early; (read line < '" + fifo + "'; echo late) &").output;
   later.join();
 
   EXPECT_EQ(output, "early\nlate\n");

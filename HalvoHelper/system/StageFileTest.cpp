@@ -107,10 +107,16 @@ TEST_F(StageFileTest, TheLargestSizeIsCopied) {
   EXPECT_EQ(std::filesystem::file_size(staged_), kLargest);
 }
 
-TEST_F(StageFileTest, OneByteMoreIsRefusedBeforeAnythingIsWritten) {
-  EXPECT_FALSE(fs_.stageFile(directory_.makeSparseFile("source", kLargest + 1), staged_));
+TEST_F(StageFileTest, OneByteMoreIsRefusedBeforeAnythingIsMade) {
+  const std::string source = directory_.makeSparseFile("source", kLargest + 1);
+  const std::string staging = directory_.makeDirectory("staging");
+  const timespec lastYear{1'700'000'000, 0};
+  setTimes(staging, lastYear);
 
-  EXPECT_FALSE(isNamed(staged_));
+  EXPECT_FALSE(fs_.stageFile(source, staging + "/staged"));
+
+  EXPECT_TRUE(sameTime(modifiedAt(staging), lastYear));
+  EXPECT_FALSE(isNamed(staging + "/staged"));
 }
 
 TEST_F(StageFileTest, AnExistingDestinationIsLeftAlone) {

@@ -30,6 +30,32 @@ std::string typed(std::vector<std::string> command) {
   return joined(command);
 }
 
+// The changes as lines. A folder that came or went stands for what it holds.
+std::vector<std::string> summarised(const std::vector<TreeChange>& changes) {
+  std::vector<std::string> lines;
+  std::string folder;
+  TreeChange::Kind kind{};
+  std::size_t below = 0;
+  const auto finish = [&] {
+    if (below != 0) lines.back() += " and what is in it, " + std::to_string(below) + " items";
+    below = 0;
+  };
+  for (const TreeChange& change : changes) {
+    if (isBackground(change.path)) continue;
+    const bool covered = !lines.empty() && change.kind == kind && change.path.starts_with(folder + "/");
+    if (covered && kind != TreeChange::Kind::changed) {
+      ++below;
+      continue;
+    }
+    finish();
+    lines.push_back(describe(change));
+    folder = change.path;
+    kind = change.kind;
+  }
+  finish();
+  return lines;
+}
+
 }  // namespace
 
 Stage::Stage(Narrator& narrator) : narrator_(narrator) {
@@ -50,9 +76,7 @@ void Stage::tell(Step step) {
   for (std::size_t i = callsBefore_; i < calls.size(); ++i) {
     step.tools.push_back(calls[i].tool + " " + joined(calls[i].arguments) + "  -> " + std::to_string(calls[i].status));
   }
-  for (const TreeChange& change : changesBetween(treeBefore_, mac().snapshotTree(watchedFolders()))) {
-    if (!isBackground(change.path)) step.changes.push_back(describe(change));
-  }
+  step.changes = summarised(changesBetween(treeBefore_, mac().snapshotTree(watchedFolders())));
   if (step.changes.empty()) step.changes.emplace_back("nothing changed");
   narrator_.tell(step);
 }

@@ -2,10 +2,12 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string>
 #include <string_view>
 
 #include "sim/demo/InstallRoad.h"
 #include "sim/demo/Narrator.h"
+#include "sim/demo/RemovalRoad.h"
 #include "sim/demo/Stage.h"
 
 namespace {
@@ -30,6 +32,11 @@ bool walk() {
   walkAudio(stage);
   walkRollback(stage);
   walkStrangersAndIdleness(stage);
+  walkUninstall(stage);
+  const std::string runningApplication = keepApplicationRunning(stage);
+  walkBundleRemoval(stage);
+  walkFinalRemoval(stage, runningApplication);
+  walkReinstall(stage);
   return narrator.conclude();
 }
 

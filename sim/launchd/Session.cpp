@@ -83,6 +83,8 @@ class Session {
 
     readSignals();
     collectChildren();
+    // A job that comes back at once is back before anybody can ask for it.
+    launchd_.work(Job::Clock::now());
     server_.serve();
     launchd_.work(Job::Clock::now());
   }

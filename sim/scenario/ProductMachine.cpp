@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "sim/machine/HostProcess.h"
 #include "sim/support/CodeSignature.h"
 #include "sim/tools/PackageCommand.h"
 
@@ -54,6 +55,11 @@ std::string ProductMachine::signedCopy(const std::filesystem::path& program, con
   const CodeSignature signature{.identifier = identifier, .teamIdentifier = team, .anchor = "apple generic"};
   if (!signExecutable(copy, signature)) throw std::runtime_error(name + " could not be signed");
   return inside;
+}
+
+void ProductMachine::reinstallApplication() {
+  const HostResult result = runOnHost({HALVO_SIM_PROGRAM, "app", mac_.path("/").string()});
+  if (result.status != 0) throw std::runtime_error("the application cannot be put back: " + result.err);
 }
 
 std::optional<JobState> ProductMachine::job(const std::string& domain, const std::string& label) const {

@@ -52,6 +52,9 @@ class ProductMachine {
   std::string signedCopy(const std::filesystem::path& program, const std::string& name, const std::string& identifier,
                          const std::string& team);
 
+  // Puts the application back and has it register its helper, as a user does who downloads it again.
+  void reinstallApplication();
+
   // The job with that label; nothing when launchd does not know it.
   std::optional<JobState> job(const std::string& domain, const std::string& label) const;
   // The process of the helper; nothing while none runs.

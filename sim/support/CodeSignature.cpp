@@ -73,9 +73,8 @@ std::optional<Block> findBlock(int descriptor) {
 }
 
 std::string makeBlock(const CodeSignature& signature) {
-  const nlohmann::json json = {{"identifier", signature.identifier},
-                               {"team", signature.teamIdentifier},
-                               {"anchor", signature.anchor}};
+  const nlohmann::json json = {
+      {"identifier", signature.identifier}, {"team", signature.teamIdentifier}, {"anchor", signature.anchor}};
   std::string bytes = json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   Trailer trailer;
   trailer.textLength = static_cast<std::uint32_t>(bytes.size());

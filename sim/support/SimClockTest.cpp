@@ -62,7 +62,8 @@ TEST(SimClockTest, UptimeIsTheMonotonicClockTimesTheRate) {
     timespec real{};
     ::clock_gettime(CLOCK_MONOTONIC, &real);
     const double simulated = uptimeSeconds();
-    std::_Exit(static_cast<int>(simulated / (static_cast<double>(real.tv_sec) + 1e-9 * static_cast<double>(real.tv_nsec)) / 10));
+    std::_Exit(static_cast<int>(simulated /
+                                (static_cast<double>(real.tv_sec) + 1e-9 * static_cast<double>(real.tv_nsec)) / 10));
   };
 
   EXPECT_EXIT(elapsedRatio(), testing::ExitedWithCode(100), "");

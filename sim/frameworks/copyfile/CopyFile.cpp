@@ -67,7 +67,8 @@ bool copyContent(int from, int to) {
 std::optional<std::vector<std::string>> namesIn(const std::string& directory) {
   std::vector<std::string> names;
   std::error_code error;
-  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error)) {
+  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
+       entry.increment(error)) {
     names.push_back(entry->path().filename().string());
   }
   errno = error.value();
@@ -160,8 +161,8 @@ copyfile_flags_t withImpliedFlags(copyfile_flags_t flags) {
 }
 
 int copyWithFlags(const std::string& from, const std::string& to, copyfile_flags_t given) {
-  constexpr copyfile_flags_t kUnsupported = COPYFILE_MOVE | COPYFILE_UNLINK | COPYFILE_CHECK | COPYFILE_PACK |
-                                            COPYFILE_UNPACK | COPYFILE_CLONE_FORCE;
+  constexpr copyfile_flags_t kUnsupported =
+      COPYFILE_MOVE | COPYFILE_UNLINK | COPYFILE_CHECK | COPYFILE_PACK | COPYFILE_UNPACK | COPYFILE_CLONE_FORCE;
   const copyfile_flags_t flags = withImpliedFlags(given);
   const bool recursive = (flags & COPYFILE_RECURSIVE) != 0;
   // A tree is only ever copied as it is: following links out of it is not simulated.

@@ -207,8 +207,8 @@ TEST_F(CopyFileTest, ACallCanBeScriptedToFail) {
   EXPECT_EQ(copy("source", "copy"), -1);
 
   EXPECT_EQ(errno, ENOSPC);
-  EXPECT_THAT(probe.calls(), testing::ElementsAre("copyfile from=" + path("source") + " to=" + path("copy") +
-                                                  " flags=0x10e800f"));
+  EXPECT_THAT(probe.calls(),
+              testing::ElementsAre("copyfile from=" + path("source") + " to=" + path("copy") + " flags=0x10e800f"));
 }
 
 }  // namespace

@@ -86,8 +86,7 @@ extern "C" {
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress, UInt32,
                                         const void*, UInt32* outDataSize) {
-  const auto scripted =
-      observe("AudioObjectGetPropertyDataSize", [&] { return describe(inObjectID, *inAddress); });
+  const auto scripted = observe("AudioObjectGetPropertyDataSize", [&] { return describe(inObjectID, *inAddress); });
   if (scripted) return scripted->store(outDataSize);
   if (!isDeviceList(inObjectID, *inAddress)) return kAudioHardwareUnknownPropertyError;
   const Devices devices = readDevices();

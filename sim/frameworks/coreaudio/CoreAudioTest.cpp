@@ -144,9 +144,8 @@ TEST_F(CoreAudioTest, CallsAreRecordedWithTheirAddress) {
   listSize();
   readRunning(41, value);
 
-  EXPECT_THAT(probe.calls(),
-              ElementsAre("AudioObjectGetPropertyDataSize object=1 selector=dev# scope=glob element=0",
-                          "AudioObjectGetPropertyData object=41 selector=gone scope=glob element=0"));
+  EXPECT_THAT(probe.calls(), ElementsAre("AudioObjectGetPropertyDataSize object=1 selector=dev# scope=glob element=0",
+                                         "AudioObjectGetPropertyData object=41 selector=gone scope=glob element=0"));
 }
 
 }  // namespace

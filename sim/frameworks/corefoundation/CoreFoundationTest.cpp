@@ -34,8 +34,8 @@ Owned<CFNumberRef> makeNumber(double value) {
 }
 
 Owned<CFMutableDictionaryRef> makeDictionary() {
-  return Owned<CFMutableDictionaryRef>(CFDictionaryCreateMutable(
-      kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
+  return Owned<CFMutableDictionaryRef>(CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
+                                                                 &kCFTypeDictionaryValueCallBacks));
 }
 
 std::string bytesOf(CFStringRef string, CFRange range, CFIndex room, CFIndex& converted) {
@@ -284,9 +284,8 @@ TEST(CFDictionaryTest, ListsItsKeysAndValues) {
 TEST(CFDictionaryTest, ADictionaryThatCannotChangeEndsTheProcess) {
   const Owned<CFDictionaryRef> dictionary(CFDictionaryCreate(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
 
-  EXPECT_DEATH(
-      CFDictionarySetValue(const_cast<CFMutableDictionaryRef>(dictionary.get()), CFSTR("a"), kCFBooleanTrue),
-      "cannot change");
+  EXPECT_DEATH(CFDictionarySetValue(const_cast<CFMutableDictionaryRef>(dictionary.get()), CFSTR("a"), kCFBooleanTrue),
+               "cannot change");
 }
 
 }  // namespace

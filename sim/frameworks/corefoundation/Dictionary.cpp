@@ -57,7 +57,8 @@ bool __CFDictionary::equals(const CFObject& other) const {
 
 void __CFDictionary::set(const void* key, const void* value) {
   retainItem(valueCallBacks, value);
-  const auto found = std::ranges::find_if(entries, [&](const auto& entry) { return same(keyCallBacks, entry.first, key); });
+  const auto found =
+      std::ranges::find_if(entries, [&](const auto& entry) { return same(keyCallBacks, entry.first, key); });
   if (found != entries.end()) {
     releaseItem(valueCallBacks, found->second);
     found->second = value;
@@ -68,7 +69,8 @@ void __CFDictionary::set(const void* key, const void* value) {
 }
 
 const void* const* __CFDictionary::find(const void* key) const {
-  const auto found = std::ranges::find_if(entries, [&](const auto& entry) { return same(keyCallBacks, entry.first, key); });
+  const auto found =
+      std::ranges::find_if(entries, [&](const auto& entry) { return same(keyCallBacks, entry.first, key); });
   return found == entries.end() ? nullptr : &found->second;
 }
 
@@ -99,7 +101,8 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef, CFIndex, const 
 }
 
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key, const void* value) {
-  if (!dictionaryOf(theDict).isMutable) abortWithReason("CFDictionarySetValue was given a dictionary that cannot change");
+  if (!dictionaryOf(theDict).isMutable)
+    abortWithReason("CFDictionarySetValue was given a dictionary that cannot change");
   theDict->set(key, value);
 }
 

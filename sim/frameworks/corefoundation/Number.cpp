@@ -81,9 +81,12 @@ std::pair<Target, bool> convert(double value) {
 }  // namespace
 
 bool __CFNumber::equals(const CFObject& other) const {
-  return std::visit([](auto left, auto right) { return convert<double>(left).first == convert<double>(right).first &&
-                                                       convert<std::int64_t>(left) == convert<std::int64_t>(right); },
-                    value, static_cast<const __CFNumber&>(other).value);
+  return std::visit(
+      [](auto left, auto right) {
+        return convert<double>(left).first == convert<double>(right).first &&
+               convert<std::int64_t>(left) == convert<std::int64_t>(right);
+      },
+      value, static_cast<const __CFNumber&>(other).value);
 }
 
 extern "C" {
@@ -104,8 +107,10 @@ CFTypeID CFNumberGetTypeID(void) { return halvo::sim::kNumberType; }
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void* valuePtr) {
   return withType(theType, [&](auto sample) -> CFNumberRef {
     std::memcpy(&sample, valuePtr, sizeof sample);
-    if constexpr (std::is_floating_point_v<decltype(sample)>) return new __CFNumber(theType, double{sample});
-    else return new __CFNumber(theType, std::int64_t{sample});
+    if constexpr (std::is_floating_point_v<decltype(sample)>)
+      return new __CFNumber(theType, double{sample});
+    else
+      return new __CFNumber(theType, std::int64_t{sample});
   });
 }
 
@@ -118,8 +123,7 @@ Boolean CFNumberIsFloatType(CFNumberRef number) {
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void* valuePtr) {
   const auto& value = numberOf(number).value;
   return withType(theType, [&](auto sample) -> Boolean {
-    const auto [target, exact] =
-        std::visit([](auto content) { return convert<decltype(sample)>(content); }, value);
+    const auto [target, exact] = std::visit([](auto content) { return convert<decltype(sample)>(content); }, value);
     std::memcpy(valuePtr, &target, sizeof target);
     return exact ? 1 : 0;
   });

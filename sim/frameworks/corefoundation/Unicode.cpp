@@ -17,10 +17,8 @@ struct Form {
   std::size_t length;
   char32_t smallest;
 };
-constexpr std::array<Form, 4> kForms = {{{0x80, 0x00, 1, 0},
-                                         {0xE0, 0xC0, 2, 0x80},
-                                         {0xF0, 0xE0, 3, 0x800},
-                                         {0xF8, 0xF0, 4, kFirstSupplementary}}};
+constexpr std::array<Form, 4> kForms = {
+    {{0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, kFirstSupplementary}}};
 
 const Form* formOf(unsigned char lead) {
   for (const Form& form : kForms) {

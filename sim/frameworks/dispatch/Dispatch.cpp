@@ -33,9 +33,7 @@ void requireMainQueue(dispatch_queue_t queue) {
   if (queue != &_dispatch_main_q) abortWithReason("only the main queue exists here");
 }
 
-void cancel(TimerState& timer) {
-  timer.cancelled = true;
-}
+void cancel(TimerState& timer) { timer.cancelled = true; }
 
 }  // namespace
 
@@ -78,8 +76,9 @@ void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, 
 
 void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_function_t handler) {
   void* const context = sourceOf(source)->context;
-  MainQueue::instance().changeTimer(sourceOf(source)->timer,
-                                    [&](TimerState& timer) { timer.handler = {handler, context}; });
+  MainQueue::instance().changeTimer(sourceOf(source)->timer, [&](TimerState& timer) {
+    timer.handler = {handler, context};
+  });
 }
 
 void dispatch_source_cancel(dispatch_source_t source) {

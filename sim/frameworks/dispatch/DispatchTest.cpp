@@ -256,15 +256,16 @@ TEST_P(TimerGrid, GivesTheFirstPointAfterNow) {
   EXPECT_EQ(nextGridPoint(due, interval, now), next);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, TimerGrid,
-    testing::Values(GridRow{"OnTime", 100, 15, 100, 115}, GridRow{"ALittleLate", 100, 15, 114, 115},
-                    GridRow{"APeriodLate", 100, 15, 115, 130}, GridRow{"ManyPeriodsLate", 100, 15, 1000, 1015},
-                    GridRow{"OneShot", 100, DISPATCH_TIME_FOREVER, 100, DISPATCH_TIME_FOREVER},
-                    GridRow{"Never", DISPATCH_TIME_FOREVER, 15, 100, DISPATCH_TIME_FOREVER},
-                    GridRow{"BeyondTheClock", DISPATCH_TIME_FOREVER - 5, 15, DISPATCH_TIME_FOREVER - 3,
-                            DISPATCH_TIME_FOREVER}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Table, TimerGrid,
+                         testing::Values(GridRow{"OnTime", 100, 15, 100, 115},
+                                         GridRow{"ALittleLate", 100, 15, 114, 115},
+                                         GridRow{"APeriodLate", 100, 15, 115, 130},
+                                         GridRow{"ManyPeriodsLate", 100, 15, 1000, 1015},
+                                         GridRow{"OneShot", 100, DISPATCH_TIME_FOREVER, 100, DISPATCH_TIME_FOREVER},
+                                         GridRow{"Never", DISPATCH_TIME_FOREVER, 15, 100, DISPATCH_TIME_FOREVER},
+                                         GridRow{"BeyondTheClock", DISPATCH_TIME_FOREVER - 5, 15,
+                                                 DISPATCH_TIME_FOREVER - 3, DISPATCH_TIME_FOREVER}),
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace
 }  // namespace halvo::sim

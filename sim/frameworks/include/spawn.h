@@ -28,17 +28,17 @@ extern "C" {
 
 // Answers an errno value, 0 when the child runs; errno itself is not set.
 int posix_spawn(pid_t* __restrict pid, const char* __restrict path, const posix_spawn_file_actions_t* file_actions,
-                const posix_spawnattr_t* __restrict attributes, char* const argv[],
-                char* const envp[]) HALVO_SIM_SYMBOL(posix_spawn);
+                const posix_spawnattr_t* __restrict attributes, char* const argv[], char* const envp[])
+    HALVO_SIM_SYMBOL(posix_spawn);
 
 int posix_spawnattr_init(posix_spawnattr_t* attributes) HALVO_SIM_SYMBOL(posix_spawnattr_init);
 int posix_spawnattr_destroy(posix_spawnattr_t* attributes) HALVO_SIM_SYMBOL(posix_spawnattr_destroy);
 int posix_spawnattr_setflags(posix_spawnattr_t* attributes, short flags) HALVO_SIM_SYMBOL(posix_spawnattr_setflags);
 int posix_spawnattr_setpgroup(posix_spawnattr_t* attributes, pid_t group) HALVO_SIM_SYMBOL(posix_spawnattr_setpgroup);
-int posix_spawnattr_setsigmask(posix_spawnattr_t* __restrict attributes,
-                               const sigset_t* __restrict mask) HALVO_SIM_SYMBOL(posix_spawnattr_setsigmask);
-int posix_spawnattr_setsigdefault(posix_spawnattr_t* __restrict attributes,
-                                  const sigset_t* __restrict signals) HALVO_SIM_SYMBOL(posix_spawnattr_setsigdefault);
+int posix_spawnattr_setsigmask(posix_spawnattr_t* __restrict attributes, const sigset_t* __restrict mask)
+    HALVO_SIM_SYMBOL(posix_spawnattr_setsigmask);
+int posix_spawnattr_setsigdefault(posix_spawnattr_t* __restrict attributes, const sigset_t* __restrict signals)
+    HALVO_SIM_SYMBOL(posix_spawnattr_setsigdefault);
 
 // With POSIX_SPAWN_CLOEXEC_DEFAULT only the descriptors that an action names reach the child.
 int posix_spawn_file_actions_init(posix_spawn_file_actions_t* actions) HALVO_SIM_SYMBOL(posix_spawn_file_actions_init);

@@ -52,7 +52,8 @@ std::string describe(AuthorizationFlags flags, const AuthorizationRights* rights
 
 bool isWellFormed(const AuthorizationRights* rights) {
   if (rights == nullptr || (rights->count > 0 && rights->items == nullptr)) return false;
-  return std::all_of(rights->items, rights->items + rights->count, [](const auto& item) { return item.name != nullptr; });
+  return std::all_of(rights->items, rights->items + rights->count,
+                     [](const auto& item) { return item.name != nullptr; });
 }
 
 struct Outcome {

@@ -26,8 +26,8 @@ std::string describeText(CFStringRef text) {
 std::string describeSet(const char* rightName, CFTypeRef definition, CFStringRef prompt, CFBundleRef bundle,
                         CFStringRef table) {
   return describeName(rightName) + " prompt=" + describeText(prompt) +
-         " bundle=" + (bundle == nullptr ? "null" : "given") + " table=" + describeText(table) + " definition=" +
-         jsonFrom(definition).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+         " bundle=" + (bundle == nullptr ? "null" : "given") + " table=" + describeText(table) +
+         " definition=" + jsonFrom(definition).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 OSStatus setRight(const char* rightName, CFTypeRef rightDefinition, CFStringRef descriptionKey) {

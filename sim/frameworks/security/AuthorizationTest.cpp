@@ -212,8 +212,9 @@ TEST_F(AuthorizationTest, OneRefusedRightFailsTheSetUnlessPartsAreTaken) {
   EXPECT_EQ(AuthorizationCopyRights(client.get(), &rights, nullptr, kExtend, &granted),
             errAuthorizationInteractionNotAllowed);
   EXPECT_EQ(granted, nullptr);
-  EXPECT_EQ(AuthorizationCopyRights(client.get(), &rights, nullptr, kExtend | kAuthorizationFlagPartialRights, &granted),
-            errAuthorizationSuccess);
+  EXPECT_EQ(
+      AuthorizationCopyRights(client.get(), &rights, nullptr, kExtend | kAuthorizationFlagPartialRights, &granted),
+      errAuthorizationSuccess);
   ASSERT_EQ(granted->count, 1U);
   EXPECT_STREQ(granted->items[0].name, "com.example.allow");
   AuthorizationFreeItemSet(granted);
@@ -315,9 +316,9 @@ TEST_F(AuthorizationTest, CallsAreRecordedInOrderAndCanBeScripted) {
   client.reset();
 
   EXPECT_THAT(probe.calls(),
-              testing::ElementsAre("AuthorizationCreate flags=0 rights=",
-                                   "AuthorizationCopyRights flags=2 rights=com.halvo.test",
-                                   "AuthorizationCopyRights flags=2 rights=com.halvo.test", "AuthorizationFree flags=0"));
+              testing::ElementsAre(
+                  "AuthorizationCreate flags=0 rights=", "AuthorizationCopyRights flags=2 rights=com.halvo.test",
+                  "AuthorizationCopyRights flags=2 rights=com.halvo.test", "AuthorizationFree flags=0"));
 }
 
 TEST_F(AuthorizationTest, HandlesAreCounted) {

@@ -141,8 +141,7 @@ OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementR
   return scripted ? scripted->status : check(code, flags, requirement);
 }
 
-OSStatus SecCodeCheckValidityWithErrors(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement,
-                                        CFErrorRef*) {
+OSStatus SecCodeCheckValidityWithErrors(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement, CFErrorRef*) {
   const auto scripted = observe("SecCodeCheckValidityWithErrors", [&] { return describeCheck(flags, requirement); });
   return scripted ? scripted->status : check(code, flags, requirement);
 }

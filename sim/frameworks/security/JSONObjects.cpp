@@ -36,7 +36,8 @@ nlohmann::json jsonFrom(CFTypeRef object) {
   if (const auto* number = objectAs<__CFNumber>(object, kNumberType)) {
     return std::visit([](auto value) { return nlohmann::json(value); }, number->value);
   }
-  if (const auto* dictionary = objectAs<__CFDictionary>(object, kDictionaryType)) return jsonFromDictionary(*dictionary);
+  if (const auto* dictionary = objectAs<__CFDictionary>(object, kDictionaryType))
+    return jsonFromDictionary(*dictionary);
   return nullptr;
 }
 

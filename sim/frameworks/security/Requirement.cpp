@@ -119,11 +119,8 @@ class Parser {
   }
 
   Condition parseCertificate() {
-    const bool understood = acceptAll({{Kind::word, "leaf"},
-                                       {Kind::mark, "["},
-                                       {Kind::word, "subject.OU"},
-                                       {Kind::mark, "]"},
-                                       {Kind::mark, "="}});
+    const bool understood = acceptAll(
+        {{Kind::word, "leaf"}, {Kind::mark, "["}, {Kind::word, "subject.OU"}, {Kind::mark, "]"}, {Kind::mark, "="}});
     const auto value = understood ? takeValue() : std::nullopt;
     if (!value) return {};
     return [team = *value](const CodeSignature& signature) {

@@ -54,7 +54,8 @@ INSTANTIATE_TEST_SUITE_P(
         MeetsRow{"ParenthesesFirst", "(anchor apple or anchor apple generic) and identifier \"com.halvo.app\"", true,
                  false, false},
         MeetsRow{"EscapedQuote", "identifier \"com\\.halvo.app\"", true, false, true},
-        MeetsRow{"LineEndsAreBlanks", "identifier\n\"com.halvo.app\"\tand anchor\r\napple generic", true, false, false}),
+        MeetsRow{"LineEndsAreBlanks", "identifier\n\"com.halvo.app\"\tand anchor\r\napple generic", true, false,
+                 false}),
     [](const auto& row) { return row.param.name; });
 
 struct BadRow {

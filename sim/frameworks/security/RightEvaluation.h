@@ -15,8 +15,8 @@ struct EvaluationRules {
 };
 
 // Answers an Authorization Services status. A prompt is written to "authorization-prompts" in the state folder, and
-// "authorization-answer" says what the user does with it: allow, cancel, or anything else for a wrong password. What the
-// user grants is added to `token`; the caller stores it.
+// "authorization-answer" says what the user does with it: allow, cancel, or anything else for a wrong password. What
+// the user grants is added to `token`; the caller stores it.
 OSStatus evaluateRight(const std::string& name, const EvaluationRules& rules, Token& token);
 
 }  // namespace halvo::sim

@@ -42,7 +42,8 @@ double now() {
 int countRightsOf(const std::string& identifier) {
   int count = 0;
   std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder(), error), end; !error && entry != end; entry.increment(error)) {
+  for (std::filesystem::directory_iterator entry(folder(), error), end; !error && entry != end;
+       entry.increment(error)) {
     const auto right = readJSONObject(entry->path());
     if (right && right->value("identifier", nlohmann::json()) == identifier) ++count;
   }
@@ -85,7 +86,7 @@ OSStatus writeRight(std::string_view name, nlohmann::json definition) {
   definition["created"] = previous ? previous->value("created", time) : time;
   definition["modified"] = time;
   return replaceJSON(fileOf(name), rebuiltDefinition(definition), kFolderMode) ? errAuthorizationSuccess
-                                                                                : errAuthorizationInternal;
+                                                                               : errAuthorizationInternal;
 }
 
 OSStatus removeRight(std::string_view name) {

@@ -29,8 +29,11 @@ json jsonFrom(const Token& token) {
   for (const Credential& credential : token.credentials) {
     credentials.push_back({{"shared", credential.shared}, {"obtained", credential.obtained}});
   }
-  return {{"pid", token.creator},         {"version", token.creatorVersion}, {"uid", token.creatorUser},
-          {"credentials", credentials}, {"rights", token.rights}};
+  return {{"pid", token.creator},
+          {"version", token.creatorVersion},
+          {"uid", token.creatorUser},
+          {"credentials", credentials},
+          {"rights", token.rights}};
 }
 
 // Throws when a member is missing or of another type.

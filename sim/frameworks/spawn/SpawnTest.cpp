@@ -109,7 +109,8 @@ TEST_F(SpawnTest, OpeningClosingAndChangingTheDirectoryWork) {
   posix_spawn_file_actions_addclose(&actions_, 5);
   posix_spawn_file_actions_addchdir_np(&actions_, "/usr");
 
-  EXPECT_EQ(output("for d in 0 1 2 3 4 5 6 7 8 9; do [ -e /proc/$$/fd/$d ] && printf '%s ' $d; done; pwd"), "0 1 /usr\n");
+  EXPECT_EQ(output("for d in 0 1 2 3 4 5 6 7 8 9; do [ -e /proc/$$/fd/$d ] && printf '%s ' $d; done; pwd"),
+            "0 1 /usr\n");
 }
 
 TEST_F(SpawnTest, TheChildLeadsItsOwnProcessGroup) {

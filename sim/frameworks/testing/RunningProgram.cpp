@@ -20,6 +20,7 @@ std::array<int, 2> makePipe() {
 // Async-signal-safe calls only: the test process may have threads.
 [[noreturn]] void becomeProgram(const char* program, int input, std::optional<uid_t> user) {
   ::dup2(input, STDIN_FILENO);
+  ::dup2(::open("/dev/null", O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
   const bool ready = !user || (::setresgid(*user, *user, *user) == 0 && ::setresuid(*user, *user, *user) == 0);
   if (ready) ::execl(program, program, nullptr);
   ::_exit(127);

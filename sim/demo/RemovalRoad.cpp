@@ -1,0 +1,101 @@
+#include "sim/demo/RemovalRoad.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace halvo::sim {
+namespace {
+
+constexpr const char* kRemoved = R"({"code":"ok","gui_app_path":"/Applications/Halvo.app"})";
+constexpr const char* kIncomplete = R"({"code":"incomplete","log_path":"/var/log/halvo-uninstall.log"})";
+constexpr const char* kInstalled = R"({"code":"ok","changed":["driver","broker","daemon_agent"]})";
+constexpr const char* kBrokerProgram = "/Library/PrivilegedHelperTools/halvo-broker";
+
+// The jobs that launchd knows, each with its process.
+std::string jobTable(Stage& stage) {
+  std::string table;
+  for (const JobState& job : stage.mac().jobs()) {
+    table += (table.empty() ? "" : ", ") + job.domain + "/" + job.label;
+  }
+  return table;
+}
+
+void refuseBundle(Stage& stage, Step& step, const std::string& path) {
+  stage.request(step, {"remove-bundle", path}, "false");
+  step.remarks.push_back("log: " + stage.mac().systemLog().back());
+}
+
+}  // namespace
+
+void walkUninstall(Stage& stage) {
+  stage.mac().writeState("audio-devices", "1\n");
+  Step refused = stage.begin("Audio is running: the removal would interrupt it and is refused");
+  stage.request(refused, {"prepare-removal"}, R"({"code":"audio_active"})");
+  stage.tell(std::move(refused));
+
+  Step accepted = stage.begin("The same with the interruption accepted: every part is removed");
+  accepted.remarks.push_back("jobs before: " + jobTable(stage));
+  stage.request(accepted, {"prepare-removal", "--accept-audio-interruption"}, kRemoved);
+  accepted.remarks.push_back("jobs after: " + jobTable(stage));
+  Stage::expect(accepted, stage.machine().components().empty(), "nothing of the four parts should be left");
+  stage.tell(std::move(accepted));
+  stage.mac().writeState("audio-devices", "0\n");
+
+  // A folder where the broker's program should be: the removal unlinks files only.
+  std::filesystem::create_directories(stage.mac().path(kBrokerProgram));
+  Step leftover = stage.begin("A leftover that cannot be removed is reported and named in the log");
+  stage.request(leftover, {"prepare-removal"}, kIncomplete);
+  const std::string last = splitLines(stage.mac().readFile("/var/log/halvo-uninstall.log")).back();
+  leftover.remarks.push_back("log: " + last);
+  Stage::expect(leftover, last.ends_with(std::string("uninstall incomplete; leftover: ") + kBrokerProgram),
+                "the log should name the leftover");
+  stage.tell(std::move(leftover));
+  std::filesystem::remove(stage.mac().path(kBrokerProgram));
+}
+
+std::string keepApplicationRunning(Stage& stage) {
+  const auto program = stage.mac().path(ProductMachine::kAppProgram);
+  return stage.machine().signedCopy(program, "running-application", "com.halvo.app", "QX4TRM2ZL9");
+}
+
+void walkBundleRemoval(Stage& stage) {
+  std::filesystem::create_directories(stage.mac().path("/Users/user501") / "Halvo.app");
+  std::filesystem::create_symlink("/System/Library", stage.mac().path("/tmp") / "Halvo.app");
+
+  Step refused = stage.begin("Paths that are not the product's bundle are refused");
+  refuseBundle(stage, refused, "Applications/Halvo.app");
+  refuseBundle(stage, refused, "/Applications/../Applications/Halvo.app");
+  refuseBundle(stage, refused, "/Applications/Safari.app");
+  refuseBundle(stage, refused, "/Users/user501/Halvo.app");
+  refuseBundle(stage, refused, "/tmp/Halvo.app");
+  stage.tell(std::move(refused));
+
+  std::filesystem::remove(stage.mac().path("/tmp") / "Halvo.app");
+  std::filesystem::create_symlink("/Applications/Halvo.app", stage.mac().path("/tmp") / "Halvo.app");
+  Step removed = stage.begin("The bundle is removed, named through a link, by the application that runs from it");
+  stage.request(removed, {"remove-bundle", "/tmp/Halvo.app"}, "true");
+  Stage::expect(removed, !std::filesystem::exists(stage.mac().path("/Applications/Halvo.app")),
+                "the bundle should be gone");
+  stage.tell(std::move(removed));
+}
+
+void walkFinalRemoval(Stage& stage, const std::string& runningApplication) {
+  Step step = stage.begin("The helper takes itself away, asked by the application that still runs");
+  stage.requestWith(step, {runningApplication, "finalize"}, "true");
+  const bool gone = waitUntil([&] { return !stage.machine().job("system", "com.halvo.helper").has_value(); });
+  Stage::expect(step, gone, "launchd should not know the helper any more");
+  step.remarks.push_back("jobs after: " + jobTable(stage));
+  stage.requestWith(step, {runningApplication, "ping"}, "");
+  stage.tell(std::move(step));
+}
+
+void walkReinstall(Stage& stage) {
+  const PackageFiles package = stage.machine().package({.name = "fresh", .version = "1.0.0"});
+  Step step = stage.begin("The application is put back and registers its helper, and a fresh install starts over");
+  stage.machine().reinstallApplication();
+  stage.request(step, ProductMachine::install(package), kInstalled);
+  step.remarks.push_back("jobs after: " + jobTable(stage));
+  stage.tell(std::move(step));
+}
+
+}  // namespace halvo::sim

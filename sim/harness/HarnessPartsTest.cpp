@@ -1,0 +1,151 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "sim/harness/AgentMessages.h"
+#include "sim/harness/InsidePath.h"
+#include "sim/harness/MachineState.h"
+#include "sim/harness/TreeSnapshot.h"
+#include "sim/harness/WaitUntil.h"
+#include "sim/support/TemporaryDirectory.h"
+
+namespace halvo::sim {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(AgentMessagesTest, MessagesSurviveTheJourney) {
+  const AgentRequest request{7, 501, {"/bin/x", "a\nb"}, "in"};
+  const AgentReply reply{7, 3, "out\n", "err"};
+
+  EXPECT_EQ(agentRequestFromLine(toLine(request)), request);
+  EXPECT_EQ(agentReplyFromLine(toLine(reply)), reply);
+  EXPECT_EQ(greetingFromLine(toLine(AgentGreeting{true})), AgentGreeting{true});
+}
+
+TEST(AgentMessagesTest, ARequestNeedsNoInput) {
+  EXPECT_EQ(agentRequestFromLine(R"({"id":1,"user":0,"argv":["/x"]})"), (AgentRequest{1, 0, {"/x"}, ""}));
+}
+
+TEST(AgentMessagesTest, BytesThatAreNotTextAreReplaced) {
+  EXPECT_EQ(agentReplyFromLine(toLine(AgentReply{1, 0, "a\xff", ""}))->out, "a\xef\xbf\xbd");
+}
+
+TEST(AgentMessagesTest, WhatIsNoMessageIsNothing) {
+  EXPECT_EQ(agentRequestFromLine("garbage"), std::nullopt);
+  EXPECT_EQ(agentRequestFromLine(R"({"id":1,"user":0,"argv":[]})"), std::nullopt);
+  EXPECT_EQ(agentReplyFromLine("{}"), std::nullopt);
+  EXPECT_EQ(greetingFromLine("[]"), std::nullopt);
+}
+
+class InsidePathTest : public testing::Test {
+ protected:
+  InsidePathTest() {
+    std::filesystem::create_directories(root / "private/var");
+    std::filesystem::create_symlink("private/var", root / "var");
+    std::filesystem::create_symlink("/private", root / "absolute");
+    std::filesystem::create_symlink("loop", root / "loop");
+  }
+
+  std::filesystem::path resolved(std::string_view inside, LastPart lastPart = LastPart::followed) const {
+    return hostPath(root, inside, lastPart).lexically_relative(root);
+  }
+
+  const TemporaryDirectory folder;
+  const std::filesystem::path root = folder.path();
+};
+
+TEST_F(InsidePathTest, FollowsRelativeLinks) { EXPECT_EQ(resolved("/var/x/y"), "private/var/x/y"); }
+
+TEST_F(InsidePathTest, AbsoluteLinksStartAtTheMachinesRoot) { EXPECT_EQ(resolved("/absolute/x"), "private/x"); }
+
+TEST_F(InsidePathTest, ALinkAtTheEndIsKeptIfAskedFor) {
+  EXPECT_EQ(resolved("/var", LastPart::kept), "var");
+  EXPECT_EQ(resolved("/var", LastPart::followed), "private/var");
+}
+
+TEST_F(InsidePathTest, NeverLeavesTheMachine) { EXPECT_EQ(resolved("/../../../etc/passwd"), "etc/passwd"); }
+
+TEST_F(InsidePathTest, ALoopEnds) { EXPECT_EQ(resolved("/loop/x"), "loop/x"); }
+
+TEST(MachineStateTest, ReadsCalls) {
+  const auto calls = parseToolCalls(R"({"time":"t","tool":"/bin/x","arguments":["a"],"status":3})"
+                                    "\n");
+
+  EXPECT_THAT(calls, ElementsAre(ToolCall{"t", "/bin/x", {"a"}, 3}));
+}
+
+TEST(MachineStateTest, ALineThatIsStillBeingWrittenIsLeftOut) {
+  EXPECT_THAT(parseToolCalls("{\"time\":\"t\",\"to"), IsEmpty());
+}
+
+TEST(MachineStateTest, ALineThatIsNoCallIsNotOverlooked) {
+  EXPECT_THROW(parseToolCalls("garbage\n"), std::runtime_error);
+}
+
+TEST(MachineStateTest, SplitsLines) {
+  EXPECT_THAT(splitLines("a\n\nb"), ElementsAre("a", "", "b"));
+  EXPECT_THAT(splitLines("a\n"), ElementsAre("a"));
+  EXPECT_THAT(splitLines(""), IsEmpty());
+}
+
+class TreeSnapshotTest : public testing::Test {
+ protected:
+  TreeSnapshot snapshot() const {
+    TreeSnapshot result;
+    addToSnapshot(result, folder.path() / "tree", "/tree");
+    return result;
+  }
+
+  const TemporaryDirectory folder;
+};
+
+TEST_F(TreeSnapshotTest, NothingThereIsEmpty) { EXPECT_THAT(snapshot(), IsEmpty()); }
+
+TEST_F(TreeSnapshotTest, SeesAnotherModeAndOtherContentOfTheSameSize) {
+  const auto a = folder.write("tree/a", "one");
+  folder.write("tree/b", "one");
+  folder.write("tree/c", "one");
+  const auto before = snapshot();
+
+  std::filesystem::permissions(a, std::filesystem::perms(0600));
+  folder.write("tree/b", "two");
+
+  EXPECT_THAT(changesBetween(before, snapshot()), ElementsAre(TreeChange{TreeChange::Kind::changed, "/tree/a"},
+                                                              TreeChange{TreeChange::Kind::changed, "/tree/b"}));
+}
+
+TEST_F(TreeSnapshotTest, SeesALinkByItsTargetAndDoesNotFollowIt) {
+  folder.write("elsewhere/x", "x");
+  std::filesystem::create_directories(folder.path() / "tree");
+  std::filesystem::create_symlink(folder.path() / "elsewhere", folder.path() / "tree/link");
+  const auto before = snapshot();
+
+  std::filesystem::remove(folder.path() / "tree/link");
+  std::filesystem::create_symlink("other", folder.path() / "tree/link");
+
+  EXPECT_THAT(changesBetween(before, snapshot()), ElementsAre(TreeChange{TreeChange::Kind::changed, "/tree/link"}));
+}
+
+TEST(TreeChangeTest, IsDescribedInWords) {
+  EXPECT_EQ(describe(TreeChange{TreeChange::Kind::added, "/x"}), "added /x");
+  EXPECT_EQ(describe(TreeChange{TreeChange::Kind::removed, "/x"}), "removed /x");
+  EXPECT_EQ(describe(TreeChange{TreeChange::Kind::changed, "/x"}), "changed /x");
+}
+
+TEST(WaitUntilTest, AsksUntilTheAnswerIsYes) {
+  int asked = 0;
+
+  EXPECT_TRUE(waitUntil([&] { return ++asked == 3; }));
+
+  EXPECT_EQ(asked, 3);
+}
+
+TEST(WaitUntilTest, GivesUpAtTheBound) {
+  EXPECT_FALSE(waitUntil([] { return false; }, std::chrono::milliseconds(20)));
+}
+
+}  // namespace
+}  // namespace halvo::sim

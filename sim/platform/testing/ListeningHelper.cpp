@@ -1,0 +1,30 @@
+#include "sim/platform/testing/ListeningHelper.h"
+
+#include <stdexcept>
+
+#include "sim/platform/service/LaunchSocket.h"
+
+namespace halvo::sim {
+
+ListeningHelper::ListeningHelper(const ListenerLimits& limits) : limits_(limits), service_("com.halvo.helper") {
+  startAgain();
+}
+
+void ListeningHelper::startAgain() {
+  listener_ = makeSocketServiceListener(launchSocketFor("com.halvo.helper"), limits_);
+  listener_->setDelegate(std::make_shared<AdmittingDelegate>(
+      [handler = handler_, admits = admits_] { return admits->load() ? handler : nullptr; }));
+  listener_->resume();
+}
+
+OwnedBus ListeningHelper::thirdPartyClient() const {
+  sd_bus* raw = nullptr;
+  sd_bus_new(&raw);
+  OwnedBus bus(raw);
+  sd_bus_set_bus_client(raw, 1);
+  sd_bus_set_address(raw, ("unix:path=" + socket()).c_str());
+  if (sd_bus_start(raw) < 0) throw std::runtime_error("cannot connect to " + socket());
+  return bus;
+}
+
+}  // namespace halvo::sim

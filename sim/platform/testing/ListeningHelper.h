@@ -1,0 +1,40 @@
+// A helper in this process: a published service with a scripted handler behind it.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "platform/contract/AdmittingDelegate.h"
+#include "platform/contract/ScriptedHandler.h"
+#include "sim/platform/service/BusHandles.h"
+#include "sim/platform/service/SocketServiceListener.h"
+#include "sim/platform/testing/LaunchedService.h"
+
+namespace halvo::sim {
+
+class ListeningHelper {
+ public:
+  explicit ListeningHelper(const ListenerLimits& limits = {});
+
+  [[nodiscard]] std::string socket() const { return service_.socket(); }
+  [[nodiscard]] ScriptedHandler& handler() { return *handler_; }
+
+  // Refuses the clients that come from now on.
+  void refuseEverybody() { admits_->store(false); }
+  // Cuts all connections; the socket stays.
+  void stop() { listener_.reset(); }
+  void startAgain();
+
+  // A connection of the kind that third-party programs make: it greets, and waits for the answer.
+  [[nodiscard]] OwnedBus thirdPartyClient() const;
+
+ private:
+  const ListenerLimits limits_;
+  LaunchedService service_;
+  std::shared_ptr<ScriptedHandler> handler_ = std::make_shared<ScriptedHandler>();
+  std::shared_ptr<std::atomic<bool>> admits_ = std::make_shared<std::atomic<bool>>(true);
+  std::unique_ptr<ServiceListener> listener_;
+};
+
+}  // namespace halvo::sim

@@ -1,0 +1,13 @@
+// Linked into test programs: keeps what they log out of the host's own /var/log.
+#include "sim/platform/Places.h"
+
+namespace halvo::sim {
+namespace {
+
+[[maybe_unused]] const bool kQuiet = [] {
+  setSystemLogPath("/dev/null");
+  return true;
+}();
+
+}  // namespace
+}  // namespace halvo::sim
