@@ -15,8 +15,8 @@ struct CommandLine {
   bool legacy = false;        // use the first generation of the protocol, which carries no authorization
   bool withoutGrant = false;  // send an authorization that never obtained the right
   bool acceptAudioInterruption = false;
-  std::string path;          // of the package or the bundle, as typed
-  std::string manifestPath;  // for an install
+  std::string path = {};          // of the package or the bundle, as typed
+  std::string manifestPath = {};  // for an install
 
   bool operator==(const CommandLine&) const = default;
 };

@@ -1,8 +1,6 @@
 #include "client/Commands.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -11,11 +9,10 @@
 #include "client/AdminGrant.h"
 #include "client/Explanations.h"
 #include "client/LogFollower.h"
+#include "client/Manifest.h"
 
 namespace halvo {
 namespace {
-
-constexpr const char* kInstallLogPath = "/var/log/halvo-install.log";
 
 struct Streams {
   std::ostream& out;
@@ -36,14 +33,8 @@ ExitStatus report(const CommandLine& command, const Outcome& outcome, const Stre
     streams.out << (*flag ? "true" : "false") << std::endl;
     return tell(explainBoolReply(command, *flag), streams);
   }
+  if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(), streams);
   return tell(explainFailure(std::get<ServiceFailure>(outcome)), streams);
-}
-
-std::optional<std::string> contentsOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  return file.bad() ? std::nullopt : std::optional(std::move(text));
 }
 
 // The helper has another working directory than this program.
@@ -67,10 +58,7 @@ void sendLegacy(const CommandLine& command, const std::string& manifest, HalvoHe
     case Verb::removeBundle:
       return helper.removeAppBundle(command.path, boolean);
     case Verb::finalize:
-      // Nothing comes back of this one. Messages of a connection are taken in order, so the answer to a ping says that
-      // it has arrived.
-      helper.finalizeRemoval();
-      return helper.ping([boolean](const std::string&) { boolean(false); });
+      return helper.finalizeRemoval();
     case Verb::ping:
     case Verb::users:
       return sendPlain(command, helper, text);
@@ -94,15 +82,23 @@ void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, c
   }
 }
 
+// Asks what needs no approval, or has none to give.
+Outcome askPlain(const CommandLine& command, const std::string& manifest, Conversation& conversation) {
+  if (command.legacy && command.verb == Verb::finalize) {
+    return conversation.tell([](HalvoHelperProtocol& helper) { helper.finalizeRemoval(); });
+  }
+  return conversation.ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
+    sendLegacy(command, manifest, helper, text, boolean);
+  });
+}
+
 // Asks the helper for its version; answers why the request cannot be made, if so.
 std::optional<Explanation> helperCannotDoIt(Conversation& conversation) {
   const Outcome ping =
       conversation.ask([](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); });
   if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure(*failure);
   if (halvoHelperSupportsAuthorization(halvoParseHelperVersion(std::get<std::string>(ping)))) return std::nullopt;
-  return Explanation{ExitStatus::helperTooOld,
-                     "The installed helper is too old for this request. Open the new application, which registers its "
-                     "own helper, and try again."};
+  return explainOldHelper();
 }
 
 ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
@@ -110,15 +106,13 @@ ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest
   if (const auto problem = helperCannotDoIt(conversation)) return tell(*problem, streams);
   const auto grant = command.withoutGrant ? AdminGrant::empty() : AdminGrant::obtain();
   if (const auto* refusal = std::get_if<AdminGrant::Refusal>(&grant)) {
-    return tell({ExitStatus::unauthorized, "An administrator has to approve this, and none did (status " +
-                                               std::to_string(refusal->status) + "). Nothing was asked of the helper."},
-                streams);
+    return tell(explainMissingApproval(refusal->status), streams);
   }
-  LogFollower log(kInstallLogPath);
+  LogFollower log(progressLogOf(command));
   bool saidSo = false;
   const auto whileWaiting = [&] {
-    if (!std::exchange(saidSo, true)) streams.err << "Waiting for the helper; interrupting this does not stop it.\n";
-    if (command.verb == Verb::install) log.printNewLines(streams.err);
+    if (!std::exchange(saidSo, true)) streams.err << waitingNotice(command) << std::endl;
+    log.printNewLines(streams.err);
   };
   const Outcome outcome = conversation.ask(
       [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
@@ -134,21 +128,15 @@ ExitStatus runCommand(const CommandLine& command, Conversation& conversation, st
   const Streams streams{out, err};
   std::string manifest;
   if (command.verb == Verb::install) {
-    auto text = contentsOf(command.manifestPath);
-    if (!text) {
-      return tell({ExitStatus::unreadableManifest,
-                   "The manifest " + command.manifestPath + " cannot be read. Check the path and its permissions."},
-                  streams);
+    auto text = readManifest(command.manifestPath);
+    if (const auto* problem = std::get_if<UnreadableManifest>(&text)) {
+      return tell({ExitStatus::unreadableManifest, problem->reason}, streams);
     }
-    manifest = std::move(*text);
+    manifest = std::move(std::get<std::string>(text));
   }
   const bool changesNothing = command.verb == Verb::ping || command.verb == Verb::users;
   if (!command.legacy && !changesNothing) return askAuthorized(command, manifest, conversation, streams);
-  const Outcome outcome =
-      conversation.ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
-        sendLegacy(command, manifest, helper, text, boolean);
-      });
-  return report(command, outcome, streams);
+  return report(command, askPlain(command, manifest, conversation), streams);
 }
 
 }  // namespace halvo

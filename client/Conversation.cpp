@@ -1,13 +1,11 @@
 #include "client/Conversation.h"
 
 #include <atomic>
+#include <future>
 #include <utility>
 
 namespace halvo {
 namespace {
-
-constexpr std::chrono::seconds kPatience(2);
-constexpr std::chrono::milliseconds kBetweenLooks(200);
 
 // Where the first of several possible answers goes. A message without reply and the one behind it may both fail.
 class FirstAnswer {
@@ -24,7 +22,8 @@ class FirstAnswer {
 
 }  // namespace
 
-Conversation::Conversation(std::unique_ptr<ServiceClient> client) : client_(std::move(client)) {}
+Conversation::Conversation(std::unique_ptr<ServiceClient> client, const Pace& pace)
+    : client_(std::move(client)), pace_(pace) {}
 
 Outcome Conversation::ask(const Request& request, const std::function<void()>& whileWaiting) {
   const auto answer = std::make_shared<FirstAnswer>();
@@ -34,12 +33,22 @@ Outcome Conversation::ask(const Request& request, const std::function<void()>& w
       *helper, [answer](const std::string& reply) { answer->give(reply); },
       [answer](bool reply) { answer->give(reply); });
 
-  if (outcome.wait_for(kPatience) != std::future_status::ready) {
+  if (outcome.wait_for(pace_.patience) != std::future_status::ready) {
     do whileWaiting();
-    while (outcome.wait_for(kBetweenLooks) != std::future_status::ready);
+    while (outcome.wait_for(pace_.betweenLooks) != std::future_status::ready);
     whileWaiting();
   }
   return outcome.get();
+}
+
+Outcome Conversation::tell(const std::function<void(HalvoHelperProtocol& helper)>& message) {
+  // The messages of a connection are taken in their order: the answer to the second says that the first has arrived.
+  const Outcome outcome = ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) {
+    message(helper);
+    helper.ping(text);
+  });
+  if (std::holds_alternative<ServiceFailure>(outcome)) return outcome;
+  return NoReply{};
 }
 
 }  // namespace halvo

@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <functional>
-#include <future>
 #include <memory>
 #include <string>
 #include <variant>
@@ -13,22 +12,37 @@
 
 namespace halvo {
 
-using Outcome = std::variant<std::string, bool, ServiceFailure>;
+// The request went out, and no reply belongs to it.
+struct NoReply {
+  bool operator==(const NoReply&) const = default;
+};
+
+using Outcome = std::variant<std::string, bool, NoReply, ServiceFailure>;
+
+// When a person is told that the request takes its time, and how often there is something new.
+struct Pace {
+  std::chrono::milliseconds patience = std::chrono::seconds(2);
+  std::chrono::milliseconds betweenLooks = std::chrono::milliseconds(200);
+};
 
 class Conversation {
  public:
   // Makes the request on the helper's proxy, giving exactly one of the two replies on.
   using Request = std::function<void(HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean)>;
 
-  explicit Conversation(std::unique_ptr<ServiceClient> client);
+  explicit Conversation(std::unique_ptr<ServiceClient> client, const Pace& pace = {});
 
-  // Blocks until the helper has answered, however long that takes. `whileWaiting` is called on this thread about five
-  // times a second once two seconds have passed.
+  // Blocks until the helper has answered, however long that takes. When that is longer than the patience,
+  // `whileWaiting` is called again and again on this thread, the last time when the answer is there.
   Outcome ask(
       const Request& request, const std::function<void()>& whileWaiting = [] {});
 
+  // Sends a message without reply. Returns when the helper has taken it, or with the failure.
+  Outcome tell(const std::function<void(HalvoHelperProtocol& helper)>& message);
+
  private:
   std::unique_ptr<ServiceClient> client_;
+  const Pace pace_;
 };
 
 }  // namespace halvo

@@ -1,4 +1,4 @@
-// The exit statuses of halvo-app, as its help text lists them.
+// The exit statuses of halvo-app, as its help text and manual page list them.
 #pragma once
 
 namespace halvo {
@@ -12,6 +12,7 @@ enum class ExitStatus {
   helperTooOld = 5,
   usage = 64,
   unreadableManifest = 66,
+  interruptedByUser = 130,
 };
 
 }  // namespace halvo

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "client/VisibleText.h"
 #include "platform/JSONObject.h"
 
 namespace halvo {
@@ -60,7 +61,7 @@ std::string member(const std::string& reply, std::string_view key) {
   if (!object) return "?";
   const auto found = object->find(key);
   const auto* text = found == object->end() ? nullptr : std::get_if<std::string>(&found->second);
-  return text == nullptr ? "?" : *text;
+  return text == nullptr ? "?" : visibleText(*text);
 }
 
 // What the general text of a code needs from the rest of the reply.
@@ -75,6 +76,8 @@ std::string detailFor(std::string_view code, const std::string& reply) {
   return known.empty() ? "The reason is " + reason + "." : std::string(known);
 }
 
+Explanation explainUnauthorized() { return {ExitStatus::unauthorized, std::string(textFor(kCodes, "unauthorized"))}; }
+
 }  // namespace
 
 Explanation explainTextReply(const std::string& reply) {
@@ -83,38 +86,73 @@ Explanation explainTextReply(const std::string& reply) {
   if (code == "ok" || reply.starts_with("{\"ok\":true") || reply.starts_with("{\"uids\":[")) {
     return {ExitStatus::success, {}};
   }
+  if (code == "unauthorized") return explainUnauthorized();
   const std::string_view known = textFor(kCodes, code);
   if (known.empty()) {
     return {ExitStatus::refused, "The helper answered something that this program does not know. Update it."};
   }
-  const ExitStatus status = code == "unauthorized" ? ExitStatus::unauthorized : ExitStatus::refused;
-  return {status, std::string(known) + detailFor(code, reply)};
+  return {ExitStatus::refused, std::string(known) + detailFor(code, reply)};
 }
 
 Explanation explainBoolReply(const CommandLine& command, bool succeeded) {
   if (succeeded) return {ExitStatus::success, {}};
-  if (command.legacy || command.verb == Verb::finalize) {
-    return {ExitStatus::unauthorized, std::string(textFor(kCodes, "unauthorized"))};
-  }
+  if (command.legacy || command.verb == Verb::finalize) return explainUnauthorized();
   return {ExitStatus::refused,
           "The helper did not remove it. The path must be absolute, without \"..\", and lead to a Halvo.app that holds "
           "the product's programs; an administrator must have approved. The system log says which of these failed."};
 }
 
+Explanation explainNoReply() { return explainUnauthorized(); }
+
 Explanation explainFailure(const ServiceFailure& failure) {
+  const std::string inBrackets = " (" + visibleText(failure.description) + ") ";
   switch (failure.kind) {
     case ServiceFailure::Kind::unreachable:
       return {ExitStatus::unreachable,
-              "The helper cannot be reached, or does not take this program for the application (" +
-                  failure.description + "). Open the Halvo application, which registers its helper, and try again."};
+              "The helper cannot be reached, or does not take this program for the application." + inBrackets +
+                  "Open the Halvo application, which registers its helper, and try again."};
     case ServiceFailure::Kind::interrupted:
-      return {ExitStatus::interrupted, "The helper ended before it replied (" + failure.description +
-                                           "). Ask again; an install that was running may have to be repeated."};
+      return {ExitStatus::interrupted, "The helper ended before it replied." + inBrackets +
+                                           "Ask again; an install that was running may have to be repeated."};
     case ServiceFailure::Kind::rejected:
-      return {ExitStatus::refused, "The helper could not take the request (" + failure.description +
-                                       "). Application and helper may be of different versions: update both."};
+      return {ExitStatus::refused, "The helper could not take the request." + inBrackets +
+                                       "Application and helper may be of different versions: update both."};
   }
   return {ExitStatus::unreachable, failure.description};
+}
+
+Explanation explainOldHelper() {
+  return {ExitStatus::helperTooOld,
+          "The installed helper is too old for this request. Open the new application, which registers its own helper, "
+          "and try again."};
+}
+
+Explanation explainMissingApproval(std::int32_t status) {
+  return {ExitStatus::unauthorized, "An administrator has to approve this, and none did (status " +
+                                        std::to_string(status) +
+                                        "). Nothing was asked of the helper. Try again and approve when the system "
+                                        "asks."};
+}
+
+std::string progressLogOf(const CommandLine& command) {
+  switch (command.verb) {
+    case Verb::install:
+      return "/var/log/halvo-install.log";
+    case Verb::prepareRemoval:
+      return "/var/log/halvo-uninstall.log";
+    case Verb::ping:
+    case Verb::users:
+    case Verb::removeBundle:
+    case Verb::finalize:
+      return {};
+  }
+  return {};
+}
+
+std::string waitingNotice(const CommandLine& command) {
+  const std::string log = progressLogOf(command);
+  const std::string notice = "Waiting for the helper; interrupting this does not stop it.";
+  return log.empty() ? notice : notice + " New lines of " + log + ":";
 }
 
 }  // namespace halvo

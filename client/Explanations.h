@@ -1,6 +1,7 @@
 // Says in words what a reply means and what to do next.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "client/CommandLine.h"
@@ -22,6 +23,20 @@ struct Explanation {
 // A reply to remove-bundle or finalize, or to a legacy form of them.
 [[nodiscard]] Explanation explainBoolReply(const CommandLine& command, bool succeeded);
 
+// The one request that has no reply, finalize of the first generation, has arrived.
+[[nodiscard]] Explanation explainNoReply();
+
 [[nodiscard]] Explanation explainFailure(const ServiceFailure& failure);
+
+[[nodiscard]] Explanation explainOldHelper();
+
+// The administrator's approval was not given; the status is that of Authorization Services.
+[[nodiscard]] Explanation explainMissingApproval(std::int32_t status);
+
+// Which log the request writes its progress to; empty when it writes none.
+[[nodiscard]] std::string progressLogOf(const CommandLine& command);
+
+// Said when a request takes longer than a person expects.
+[[nodiscard]] std::string waitingNotice(const CommandLine& command);
 
 }  // namespace halvo

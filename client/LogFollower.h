@@ -1,6 +1,7 @@
 // Shows the lines that are added to a log file while a request runs.
 #pragma once
 
+#include <ios>
 #include <ostream>
 #include <string>
 
@@ -12,7 +13,8 @@ class LogFollower {
   // from its beginning.
   explicit LogFollower(std::string path);
 
-  // Prints the complete lines that were added since the last call. A file that cannot be read is mentioned once.
+  // Prints the complete lines that were added since the last call. A file that cannot be read is mentioned once; one
+  // that became shorter, as when logs are rotated, is shown from its beginning.
   void printNewLines(std::ostream& out);
 
  private:

@@ -9,6 +9,8 @@
 #include "client/Commands.h"
 #include "client/Conversation.h"
 #include "client/ExitStatus.h"
+#include "client/InterruptHandling.h"
+#include "client/VisibleText.h"
 #include "platform/service/ServiceClient.h"
 
 namespace halvo {
@@ -17,7 +19,7 @@ namespace {
 ExitStatus run(const std::vector<std::string>& arguments) {
   const auto parsed = parseCommandLine(arguments);
   if (const auto* wrong = std::get_if<UsageError>(&parsed)) {
-    std::cerr << "halvo-app: " << wrong->message << "; see halvo-app --help\n";
+    std::cerr << "halvo-app: " << visibleText(wrong->message) << "; see halvo-app --help\n";
     return ExitStatus::usage;
   }
   if (std::holds_alternative<HelpWanted>(parsed)) {
@@ -36,5 +38,6 @@ ExitStatus run(const std::vector<std::string>& arguments) {
 }  // namespace halvo
 
 int main(int argc, char* argv[]) {
+  halvo::endWithStatusOnInterrupt();
   return static_cast<int>(halvo::run(std::vector<std::string>(argv + 1, argv + argc)));
 }

@@ -1,4 +1,4 @@
-// Two installs at the same time: the staging directory belongs to one of them.
+// Operations that change the machine, asked for at the same time: the staging directory belongs to one of them.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -20,12 +20,15 @@ namespace halvo {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
-// Whose package was checked, in which thread; lets everybody wait in the check until the test opens the gate.
+constexpr const char* kStagingRoot = "/var/db/halvo/install-staging";
+
+// Lets everybody wait in the check of a package until the test opens the gate.
 class GatedRunner final : public ProcessRunner {
  public:
-  ProcessResult run(const std::string& tool, const std::vector<std::string>& /*arguments*/) const override {
-    if (tool != "/usr/sbin/pkgutil") return {};
+  ProcessResult run(const std::string& tool, const std::vector<std::string>& arguments) const override {
+    if (tool != "/usr/sbin/pkgutil" || arguments.front() != "--check-signature") return {};
     std::unique_lock guard(lock_);
     ++inside_;
     changed_.notify_all();
@@ -51,28 +54,31 @@ class GatedRunner final : public ProcessRunner {
   mutable bool open_ = false;  // guarded by lock_
 };
 
-// Notes which package's install is between making and removing the staging directory, and whether two ever were.
+// Notes every change, and whether two installs ever had the staging directory at the same time.
 class StagingWatch final : public PrivilegedFS {
  public:
   bool exists(const std::string&) const override { return false; }
-  bool remove(const std::string&) const override { return true; }
-  bool removeTree(const std::string&) const override {
-    --inside_;
-    note("end");
+  bool remove(const std::string& path) const override {
+    note("remove " + path);
+    return true;
+  }
+  bool removeTree(const std::string& path) const override {
+    if (path == kStagingRoot) --inside_;
+    note("removeTree " + path);
     return true;
   }
   bool copyTree(const std::string&, const std::string&) const override { return true; }
   bool stageFile(const std::string& source, const std::string&) const override {
-    note(source);
+    note("stage " + source);
     std::this_thread::yield();
     return true;
   }
   bool makeDir(const std::string&) const override { return true; }
   std::vector<std::string> entries(const std::string&) const override { return {}; }
   std::optional<std::int64_t> modifiedDaysAgo(const std::string&) const override { return std::nullopt; }
-  bool makePrivateDir(const std::string&, int) const override {
+  bool makePrivateDir(const std::string& path, int) const override {
     if (++inside_ > 1) overlapped_ = true;
-    note("begin");
+    note("make " + path);
     std::this_thread::yield();
     return true;
   }
@@ -127,24 +133,75 @@ class OperationExclusionTest : public testing::Test {
       OperationLogPaths{.install = directory_.path("install.log"), .uninstall = directory_.path("uninstall.log")});
 };
 
-TEST_F(OperationExclusionTest, SecondInstallMakesNoCallUntilTheFirstIsDone) {
+constexpr const char* kTrusted = "halvo-helper: package trusted: Developer ID Installer: Halvo Audio (QX4TRM2ZL9)";
+constexpr const char* kAudioRestart = "halvo-helper: coreaudiod restart rc=0";
+
+constexpr const char* kStagingMade = "make /var/db/halvo/install-staging";
+constexpr const char* kFirstStaged = "stage /tmp/first.pkg";
+constexpr const char* kStagingRemoved = "removeTree /var/db/halvo/install-staging";
+
+std::vector<std::string> followedBy(const std::vector<std::string>& second, std::vector<std::string> first) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+// Gives an operation that does not wait every chance to show itself.
+void letOthersRun() {
+  for (int turn = 0; turn < 2000; ++turn) std::this_thread::yield();
+}
+
+struct SecondRow {
+  const char* name;
+  void (*run)(const OperationWiring&);
+  std::vector<std::string> changes;
+  std::vector<std::string> logLines;
+};
+
+class SecondOperation : public OperationExclusionTest, public testing::WithParamInterface<SecondRow> {};
+
+TEST_P(SecondOperation, ChangesNothingUntilTheInstallIsDone) {
   std::latch secondStarted(1);
   std::jthread first([&] { install("/tmp/first.pkg"); });
   runner_->waitUntilSomebodyIsInside();
   std::jthread second([&] {
     secondStarted.count_down();
-    install("/tmp/second.pkg");
+    GetParam().run(*wiring_);
   });
   secondStarted.wait();
+  letOthersRun();
 
-  const auto notesWhileFirstRuns = fs_->notes();
+  const auto notesMeanwhile = fs_->notes();
+  const auto logMeanwhile = systemLog_.lines();
   runner_->openGate();
   first.join();
   second.join();
 
-  EXPECT_THAT(notesWhileFirstRuns, ElementsAre("begin", "/tmp/first.pkg"));
-  EXPECT_THAT(fs_->notes(), ElementsAre("begin", "/tmp/first.pkg", "end", "begin", "/tmp/second.pkg", "end"));
+  EXPECT_THAT(notesMeanwhile, ElementsAre(kStagingMade, kFirstStaged));
+  EXPECT_THAT(logMeanwhile, IsEmpty());
+  EXPECT_EQ(fs_->notes(), followedBy(GetParam().changes, {kStagingMade, kFirstStaged, kStagingRemoved}));
+  EXPECT_EQ(systemLog_.lines(), followedBy(GetParam().logLines, {kTrusted, kAudioRestart}));
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, SecondOperation,
+    testing::Values(SecondRow{"Install",
+                              [](const OperationWiring& wiring) { wiring.runInstall("/tmp/second.pkg", "{}", true); },
+                              {kStagingMade, "stage /tmp/second.pkg", kStagingRemoved},
+                              {kTrusted, kAudioRestart}},
+                    SecondRow{
+                        "Uninstall",
+                        [](const OperationWiring& wiring) { wiring.runUninstall(true); },
+                        {"remove /Library/LaunchAgents/com.halvo.daemon.plist",
+                         "removeTree /Library/Audio/Plug-Ins/HAL/Halvo.driver",
+                         "remove /Library/LaunchDaemons/com.halvo.broker.plist",
+                         "remove /Library/PrivilegedHelperTools/halvo-broker", "removeTree /private/var/run/halvo",
+                         "remove /private/var/tmp/halvo-daemon.lock", "removeTree /var/db/halvo"},
+                        {kAudioRestart}},
+                    SecondRow{"BundleRemoval",
+                              [](const OperationWiring& wiring) { wiring.removeAppBundle("Halvo.app"); },
+                              {},
+                              {"halvo-helper: refused to remove non-Halvo path Halvo.app"}}),
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(OperationExclusionTest, PingAndListingDoNotWaitForAnInstall) {
   std::vector<std::string> replies;
@@ -166,7 +223,7 @@ TEST_F(OperationExclusionTest, ManyInstallsNeverShareTheStagingDirectory) {
   threads.clear();
 
   EXPECT_FALSE(fs_->overlapped());
-  EXPECT_EQ(std::ranges::count(fs_->notes(), "end"), 16);
+  EXPECT_EQ(std::ranges::count(fs_->notes(), kStagingRemoved), 16);
 }
 
 }  // namespace

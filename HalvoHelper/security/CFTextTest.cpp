@@ -2,24 +2,33 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "sim/frameworks/testing/FrameworkProbe.h"
 
 namespace halvo {
 namespace {
 
-class Utf8Text : public testing::TestWithParam<std::string> {};
+struct TextRow {
+  const char* name;
+  std::string text;
+};
+
+class Utf8Text : public testing::TestWithParam<TextRow> {};
 
 TEST_P(Utf8Text, ComesBackAsItWas) {
-  const ScopedCF<CFStringRef> string = halvoCreateCFString(GetParam());
+  const ScopedCF<CFStringRef> string = halvoCreateCFString(GetParam().text);
 
-  EXPECT_EQ(halvoTextOf(string.get()), GetParam());
+  EXPECT_EQ(halvoTextOf(string.get()), GetParam().text);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, Utf8Text,
-                         testing::Values("", "user",
-                                         "Gr\xC3\xB6\xC3\x9F"
-                                         "e",
-                                         "\xF0\x9F\x94\x8A", std::string("a\0b", 3), std::string(100000, 'x')));
+                         testing::Values(TextRow{"Empty", ""}, TextRow{"Ascii", "user"},
+                                         TextRow{"TwoByteLetters", "Gr\xC3\xB6\xC3\x9F"},
+                                         TextRow{"Emoji", "\xF0\x9F\x94\x8A"},
+                                         TextRow{"EmbeddedNul", std::string("a\0b", 3)},
+                                         TextRow{"Long", std::string(100000, 'x')}),
+                         [](const auto& row) { return row.param.name; });
 
 TEST(CFTextTest, MakesNothingOfIllFormedText) { EXPECT_EQ(halvoCreateCFString("a\xFF"), nullptr); }
 

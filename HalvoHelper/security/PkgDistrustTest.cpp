@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string_view>
 
 #include "HalvoHelper/security/PkgTrust.h"
@@ -41,13 +42,22 @@ TEST(DistrustTest, HasEightReasonsInTheirOrder) {
                                    "chain_truncated", "unknown_authority", "staging_failed"));
 }
 
-class OtherText : public testing::TestWithParam<std::string_view> {};
+struct OtherRow {
+  const char* name;
+  std::string_view text;
+};
 
-TEST_P(OtherText, IsNoReason) { EXPECT_EQ(halvoPkgDistrustFromRawValue(GetParam()), std::nullopt); }
+class OtherText : public testing::TestWithParam<OtherRow> {};
+
+TEST_P(OtherText, IsNoReason) { EXPECT_EQ(halvoPkgDistrustFromRawValue(GetParam().text), std::nullopt); }
 
 INSTANTIATE_TEST_SUITE_P(Table, OtherText,
-                         testing::Values("", "Unsigned", "unsigned_", "unsigned ", " unsigned", "wrongTeam",
-                                         "staging_faile", "trusted", std::string_view("unsigned\0", 9)));
+                         testing::Values(OtherRow{"Empty", ""}, OtherRow{"OtherCase", "Unsigned"},
+                                         OtherRow{"CaseName", "unsigned_"}, OtherRow{"TrailingBlank", "unsigned "},
+                                         OtherRow{"LeadingBlank", " unsigned"}, OtherRow{"CamelCase", "wrongTeam"},
+                                         OtherRow{"Cut", "staging_faile"}, OtherRow{"NoReasonAtAll", "trusted"},
+                                         OtherRow{"TrailingNul", std::string_view("unsigned\0", 9)}),
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace
 }  // namespace halvo

@@ -5,7 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "HalvoHelper/security/AdminRight.h"
@@ -86,7 +87,8 @@ TEST_P(ExternalFormOfWrongLength, NeverReachesAuthorizationServices) {
   EXPECT_THAT(probe.calls(), IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Lengths, ExternalFormOfWrongLength, testing::Values(0, 1, 31, 33, 64, 4096));
+INSTANTIATE_TEST_SUITE_P(Lengths, ExternalFormOfWrongLength, testing::Values(0, 1, 31, 33, 64, 4096),
+                         [](const auto& length) { return std::to_string(length.param) + "Bytes"; });
 
 TEST_F(RealAdminAuthorizerTest, RefusesAGrantedFormWithOneByteMore) {
   const ClientAuthorization client = granted();

@@ -139,11 +139,16 @@ TEST_F(LiveObjects, AreAsBeforeWhenNoDictionaryCanBeMade) {
 
 // Requirements that do not compile.
 
-class BadRequirement : public ValidatorCallsTest, public testing::WithParamInterface<std::string> {};
+struct RequirementRow {
+  const char* name;
+  std::string text;
+};
+
+class BadRequirement : public ValidatorCallsTest, public testing::WithParamInterface<RequirementRow> {};
 
 TEST_P(BadRequirement, RefusesEverybodyWithoutALookup) {
   const SignedProcess client(kApplication);
-  const SecCodeClientValidator refusing = validator(GetParam());
+  const SecCodeClientValidator refusing = validator(GetParam().text);
   const FrameworkProbe probe;
 
   EXPECT_FALSE(refusing.isAuthorized(client.auditToken()));
@@ -152,9 +157,12 @@ TEST_P(BadRequirement, RefusesEverybodyWithoutALookup) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, BadRequirement,
-                         testing::Values("", "identifier", "identifier \"com.halvo.app",
-                                         halvoClientCodeRequirement("QX4TRM2ZL9", "com.halvo\".app"),
-                                         "identifier \"\xFF\""));
+                         testing::Values(RequirementRow{"Empty", ""}, RequirementRow{"WithoutAValue", "identifier"},
+                                         RequirementRow{"OpenQuote", "identifier \"com.halvo.app"},
+                                         RequirementRow{"QuoteInTheIdentifier",
+                                                        halvoClientCodeRequirement("QX4TRM2ZL9", "com.halvo\".app")},
+                                         RequirementRow{"IllFormedText", "identifier \"\xFF\""}),
+                         [](const auto& row) { return row.param.name; });
 
 TEST_F(ValidatorCallsTest, RefusesEverybodyWhenCompilingAnswersNothing) {
   const SignedProcess client(kApplication);

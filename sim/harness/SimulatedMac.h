@@ -39,7 +39,8 @@ class SimulatedMac {
 
   // Runs a command (argv[0] is an absolute path inside) as user 0, 501 or 502 and waits, at most a minute.
   CommandResult run(unsigned user, const std::vector<std::string>& argv, const std::string& input = {});
-  std::future<CommandResult> runAsync(unsigned user, const std::vector<std::string>& argv, const std::string& input = {});
+  std::future<CommandResult> runAsync(unsigned user, const std::vector<std::string>& argv,
+                                      const std::string& input = {});
 
   // A path inside the machine as a path of the host. Links on the way are resolved as inside (/var/log is below
   // private); a link at the very end is kept.

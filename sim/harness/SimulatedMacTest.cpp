@@ -17,9 +17,7 @@ using testing::ThrowsMessage;
 
 class SimulatedMacTest : public testing::Test {
  protected:
-  CommandResult shell(const std::string& script, unsigned user = 0) {
-    return mac.run(user, {"/bin/sh", "-c", script});
-  }
+  CommandResult shell(const std::string& script, unsigned user = 0) { return mac.run(user, {"/bin/sh", "-c", script}); }
 
   std::optional<JobState> job(const std::string& label) const {
     const auto jobs = mac.jobs();

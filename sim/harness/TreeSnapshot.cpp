@@ -64,7 +64,8 @@ void addToSnapshot(TreeSnapshot& snapshot, const std::filesystem::path& host, co
   if (state->kind != FileState::Kind::directory) return;
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(host, error)) {
-    addToSnapshot(snapshot, entry.path(), inside + (inside.ends_with('/') ? "" : "/") + entry.path().filename().string());
+    addToSnapshot(snapshot, entry.path(),
+                  inside + (inside.ends_with('/') ? "" : "/") + entry.path().filename().string());
   }
 }
 

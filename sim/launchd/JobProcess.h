@@ -14,10 +14,10 @@ struct JobProcessOrder {
   std::string label;
   std::filesystem::path program;
   std::vector<std::string> arguments;
-  std::vector<int> listening;                // sockets to pass on, from descriptor 3
-  std::vector<std::string> listeningNames;   // their services
+  std::vector<int> listening;               // sockets to pass on, from descriptor 3
+  std::vector<std::string> listeningNames;  // their services
   uid_t user = 0;
-  std::filesystem::path output;              // file that standard output and error are appended to
+  std::filesystem::path output;  // file that standard output and error are appended to
 };
 
 // An errno value.

@@ -14,8 +14,8 @@ struct JobState {
   std::string domain;  // "system" or "gui/501"
   std::string label;
   std::string program;
-  std::optional<pid_t> pid;  // as seen inside the machine; nothing while no process runs
-  int starts = 0;            // how many processes the job has had since it was loaded
+  std::optional<pid_t> pid;           // as seen inside the machine; nothing while no process runs
+  int starts = 0;                     // how many processes the job has had since it was loaded
   std::optional<int> lastExitStatus;  // exit status of the last process, 128 + signal when one ended it
   bool operator==(const JobState&) const = default;
 };

@@ -17,8 +17,7 @@ Job* firstWhere(const std::vector<std::unique_ptr<Job>>& jobs, Predicate predica
 }  // namespace
 
 Job* JobTable::find(const std::string& domain, const std::string& label) const {
-  return firstWhere(jobs_,
-                    [&](const Job& job) { return job.domain() == domain && job.description().label == label; });
+  return firstWhere(jobs_, [&](const Job& job) { return job.domain() == domain && job.description().label == label; });
 }
 
 Job* JobTable::findProcess(pid_t process) const {

@@ -36,8 +36,7 @@ std::vector<std::filesystem::path> propertyLists(const std::filesystem::path& fo
 
 }  // namespace
 
-Launchd::Launchd(LaunchdPaths paths)
-    : paths_(std::move(paths)), registrations_(paths_.state / "registered-services") {}
+Launchd::Launchd(LaunchdPaths paths) : paths_(std::move(paths)), registrations_(paths_.state / "registered-services") {}
 
 void Launchd::boot() {
   loadFolder("system", paths_.systemDaemons);

@@ -227,8 +227,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"BootoutInAnAbsentDomain", [](const auto& l) { return l.control().bootout("gui/501/x"); }, 112},
         RefusalRow{"BootstrapOfALoadedJob",
                    [](const auto& l) {
-                     return l.control().bootstrap(
-                         "system", (l.root.path() / kDaemons / "test.idle.plist").string());
+                     return l.control().bootstrap("system", (l.root.path() / kDaemons / "test.idle.plist").string());
                    },
                    5},
         RefusalRow{"BootstrapOfGarbage",
@@ -352,11 +351,11 @@ TEST_F(LaunchdTest, UnregisteringWhatIsNotRegisteredSaysSo) {
 }
 
 TEST_F(LaunchdTest, WhatAJobPrintsIsKept) {
-  const auto plist = launchd.root.write(
-      "elsewhere/x.plist",
-      "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Label</key><string>x</string>"
-      "<key>ProgramArguments</key><array><string>/bin/echo</string><string>hello</string></array>"
-      "<key>RunAtLoad</key><true/></dict></plist>");
+  const auto plist =
+      launchd.root.write("elsewhere/x.plist",
+                         "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Label</key><string>x</string>"
+                         "<key>ProgramArguments</key><array><string>/bin/echo</string><string>hello</string></array>"
+                         "<key>RunAtLoad</key><true/></dict></plist>");
   launchd.start();
 
   EXPECT_EQ(launchd.control().bootstrap("system", plist).status, 0);

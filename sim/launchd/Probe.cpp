@@ -14,9 +14,7 @@ namespace {
 
 constexpr uid_t kFirstOrdinaryUser = 501;
 
-bool opens(const std::string& path) {
-  return UniqueDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)).valid();
-}
+bool opens(const std::string& path) { return UniqueDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)).valid(); }
 
 }  // namespace
 

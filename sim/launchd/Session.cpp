@@ -158,7 +158,8 @@ int runSession(const SessionOrder& order) {
     return kRunningAlready;
   }
   if (!prepareFolders(paths)) return cannotStart("its folders cannot be prepared");
-  // Without a process namespace of its own, what a job leaves behind would otherwise escape to the host's first process.
+  // Without a process namespace of its own, what a job leaves behind would otherwise escape to the host's first
+  // process.
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   UniqueDescriptor signals = takeSignals();
   auto control = ListeningSocket::open(paths.state / "launchd.sock");

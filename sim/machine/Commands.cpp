@@ -27,7 +27,8 @@ constexpr const char* kHelp =
     "halvo-sim: a simulated Mac in a folder\n"
     "\n"
     "  halvo-sim new DIR                        builds a fresh machine\n"
-    "  halvo-sim run DIR [--user UID] -- CMD... starts it, runs CMD in it as that user (0 if not said), passes the exit\n"
+    "  halvo-sim run DIR [--user UID] -- CMD... starts it, runs CMD in it as that user (0 if not said), passes the "
+    "exit\n"
     "                                           status on, and ends everything inside\n"
     "  halvo-sim app DIR                        puts Halvo.app back, with its helper registered\n"
     "  halvo-sim package OUT.pkg --version V --report FILE [--postinstall FILE] [--truncate-payload BYTES]\n"
@@ -130,7 +131,8 @@ int checkCommand(const Words& words, const CommandStreams& streams) {
   for (const EntryWay way : kEntryWays) {
     const auto result = tryEntry(way, root);
     const auto* refusal = std::get_if<EntryImpossible>(&result);
-    streams.out << describe(way) << ": " << (refusal == nullptr ? "works" : "does not work: " + refusal->reason) << "\n";
+    streams.out << describe(way) << ": " << (refusal == nullptr ? "works" : "does not work: " + refusal->reason)
+                << "\n";
     possible = possible || refusal == nullptr;
   }
   return possible ? 0 : fail(streams, "this host cannot run the machine. " + entryAdvice());
@@ -146,9 +148,8 @@ int signCommand(const Words& words, const CommandStreams& streams) {
   if (!understood || options["--identifier"].empty() || options["--team"].empty()) {
     return usage(streams, "`sign` takes a file, `--identifier I`, `--team T` and perhaps `--anchor A`.");
   }
-  const CodeSignature signature{.identifier = options["--identifier"],
-                                .teamIdentifier = options["--team"],
-                                .anchor = options["--anchor"]};
+  const CodeSignature signature{
+      .identifier = options["--identifier"], .teamIdentifier = options["--team"], .anchor = options["--anchor"]};
   if (signExecutable(words[0], signature)) return 0;
   return fail(streams, words[0] + " cannot be signed; name a program that exists, is writable and does not run.");
 }

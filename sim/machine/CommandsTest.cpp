@@ -88,8 +88,8 @@ TEST(CommandsTest, NewRefusesAFolderThatHoldsSomething) {
   const Outcome outcome = command({"new", folder.path().string()});
 
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err, "halvo-sim: " + folder.path().string() +
-                             " is not an empty folder; name one that does not exist yet.\n");
+  EXPECT_EQ(outcome.err,
+            "halvo-sim: " + folder.path().string() + " is not an empty folder; name one that does not exist yet.\n");
   EXPECT_EQ(folder.read("mine"), "precious");
 }
 

@@ -14,8 +14,8 @@ std::vector<std::string> namespaces(EntryWay way) {
     case EntryWay::root:
       return {"--unshare-pid", "--as-pid-1", "--proc", "/proc"};
     case EntryWay::userNamespace:
-      return {"--unshare-user", "--uid", "0", "--gid", "0", "--cap-add", "ALL",
-              "--unshare-pid", "--as-pid-1", "--proc", "/proc"};
+      return {"--unshare-user", "--uid",      "0",      "--gid", "0", "--cap-add", "ALL",
+              "--unshare-pid",  "--as-pid-1", "--proc", "/proc"};
     case EntryWay::sharedProcesses:
       return {"--unshare-user", "--uid", "0", "--gid", "0", "--cap-add", "ALL", "--ro-bind", "/proc", "/proc"};
   }

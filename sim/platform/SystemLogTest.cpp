@@ -47,7 +47,7 @@ TEST_F(SystemLogTest, LineFeedCannotForgeAnEntry) {
 }
 
 TEST_F(SystemLogTest, ControlCharactersAreShownAsCodes) {
-  halvoSystemLog(std::string_view("a\0b\x1B[2Jc\x7F\td", 10));
+  halvoSystemLog(std::string_view("a\0b\x1B[2Jc\x7F\td", 11));
 
   EXPECT_THAT(log(), EndsWith(": a\\000b\\033[2Jc\\177\\011d\n"));
 }

@@ -105,11 +105,12 @@ TEST_F(SpawnTest, AnInheritedDescriptorLosesItsCloseOnExecFlag) {
 TEST_F(SpawnTest, OpeningClosingAndChangingTheDirectoryWork) {
   posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_CLOEXEC_DEFAULT);
   posix_spawn_file_actions_addopen(&actions_, 0, "/dev/null", O_RDONLY, 0);
-  posix_spawn_file_actions_adddup2(&actions_, pipe_[1], 5);
-  posix_spawn_file_actions_addclose(&actions_, 5);
+  // A number that the pipe itself surely does not have.
+  posix_spawn_file_actions_adddup2(&actions_, pipe_[1], 60);
+  posix_spawn_file_actions_addclose(&actions_, 60);
   posix_spawn_file_actions_addchdir_np(&actions_, "/usr");
 
-  EXPECT_EQ(output("for d in 0 1 2 3 4 5 6 7 8 9; do [ -e /proc/$$/fd/$d ] && printf '%s ' $d; done; pwd"),
+  EXPECT_EQ(output("for d in 0 1 2 3 4 5 6 7 8 9 60; do [ -e /proc/$$/fd/$d ] && printf '%s ' $d; done; pwd"),
             "0 1 /usr\n");
 }
 

@@ -83,8 +83,8 @@ int RunningLaunchd::runSession(const std::vector<std::string>& command) const {
 
 pid_t RunningLaunchd::spawn(const std::vector<std::string>& command, int input, int output) const {
   std::filesystem::create_directories(root.path() / "sim");
-  std::vector<std::string> words = {HALVO_SIM_LAUNCHD, "--session", "--root", root.path().string(),
-                                    "--user",          std::to_string(::geteuid()), "--"};
+  std::vector<std::string> words = {HALVO_SIM_LAUNCHD,           "--session", "--root", root.path().string(), "--user",
+                                    std::to_string(::geteuid()), "--"};
   words.insert(words.end(), command.begin(), command.end());
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
@@ -105,9 +105,9 @@ std::string RunningLaunchd::job(const std::string& folder, const std::string& la
   std::string words = "<string>" HALVO_SIM_TEST_JOB "</string>";
   for (const std::string& argument : arguments) words += "<string>" + argument + "</string>";
   return root
-      .write(folder + "/" + label + ".plist", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Label</key><string>" +
-                                                  label + "</string><key>ProgramArguments</key><array>" + words +
-                                                  "</array>" + extra + "</dict></plist>")
+      .write(folder + "/" + label + ".plist",
+             "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Label</key><string>" + label +
+                 "</string><key>ProgramArguments</key><array>" + words + "</array>" + extra + "</dict></plist>")
       .string();
 }
 

@@ -22,19 +22,26 @@ std::size_t entriesOf(const char* folder) {
   return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-// How many threads and descriptors this process has, once that has sunk to what is expected or half a minute is over.
+// How many threads and descriptors this process has.
 struct Resources {
   std::size_t threads;
   std::size_t descriptors;
-  bool operator==(const Resources&) const = default;
+  bool fitsInto(const Resources& bound) const { return threads <= bound.threads && descriptors <= bound.descriptors; }
 };
 
 Resources resources() { return {entriesOf("/proc/self/task"), entriesOf("/proc/self/fd")}; }
 
-Resources resourcesOnceSettled(const Resources& expected) {
+// Connections that are just ending may be in either count; hundreds of leaked ones may not.
+Resources aFewMoreThan(const Resources& counted) { return {counted.threads + 4, counted.descriptors + 16}; }
+
+// Whether no more than `before` is left, now or within half a minute: the last connections end on threads of their own.
+bool settlesTo(const Resources& before) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (resources() != expected && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
-  return resources();
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (resources().fitsInto(before)) return true;
+    std::this_thread::yield();
+  }
+  return false;
 }
 
 void connectAndPing(const ListeningHelper& helper) {
@@ -47,23 +54,23 @@ void connectAndLeave(const ListeningHelper& helper) { sendRaw(connectRaw(helper.
 TEST(ConnectionLifeTest, FinishedConnectionsLeaveNoThreadAndNoDescriptor) {
   ListeningHelper helper;
   connectAndPing(helper);
-  const Resources before = resourcesOnceSettled({2, resources().descriptors});
+  const Resources bound = aFewMoreThan(resources());
 
   for (int i = 0; i < 200; ++i) connectAndPing(helper);
   for (int i = 0; i < 200; ++i) connectAndLeave(helper);
 
-  EXPECT_EQ(resourcesOnceSettled(before), before);
+  EXPECT_TRUE(settlesTo(bound));
 }
 
 TEST(ConnectionLifeTest, RefusedConnectionsLeaveNoThreadAndNoDescriptor) {
   ListeningHelper helper;
   connectAndPing(helper);
-  const Resources before = resourcesOnceSettled({2, resources().descriptors});
+  const Resources bound = aFewMoreThan(resources());
   helper.refuseEverybody();
 
   for (int i = 0; i < 200; ++i) connectAndLeave(helper);
 
-  EXPECT_EQ(resourcesOnceSettled(before), before);
+  EXPECT_TRUE(settlesTo(bound));
 }
 
 TEST(ConnectionLifeTest, ReplyIsInTheSocketWhenTheReplyFunctionReturns) {
@@ -84,7 +91,8 @@ TEST(ConnectionLifeTest, ReplyIsInTheSocketWhenTheReplyFunctionReturns) {
             0);
   sd_bus_message_new_method_call(bus.get(), &raw, nullptr, kHelperObject, kHelperInterface, "pingWithReply_");
   const OwnedBusMessage ping(raw);
-  sd_bus_send(bus.get(), raw, nullptr);
+  std::uint64_t cookie = 0;  // whoever does not ask for it wants no reply
+  sd_bus_send(bus.get(), raw, &cookie);
   sd_bus_flush(bus.get());
 
   EXPECT_EQ(waiting.next(), "text 0 then more");
@@ -117,14 +125,15 @@ TEST(ConnectionLifeTest, MessageAfterAnInterruptionConnectsAnew) {
   Answers answers;
   const auto client = ServiceClient::forMachService("com.halvo.helper");
   const auto proxy = client->proxy(answers.failure());
+  const Resources unconnected = resources();
   proxy->ping(answers.text());
   ASSERT_EQ(answers.next(), "text ping");
   helper.stop();
   helper.startAgain();
-  const Resources settled = resourcesOnceSettled({3, resources().descriptors});
+  // Once the client has noticed and closed its end, too.
+  ASSERT_TRUE(settlesTo(unconnected));
   proxy->enumerateActiveGuiDomains(answers.text());
 
-  EXPECT_EQ(settled.threads, 3U);
   EXPECT_EQ(answers.next(), "text enumerateActiveGuiDomains");
 }
 

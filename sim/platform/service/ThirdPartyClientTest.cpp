@@ -123,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         WrongCallRow{"UnknownMethod", kObject, kInterface, "format", "s", "org.freedesktop.DBus.Error.UnknownMethod"},
         WrongCallRow{"UnknownInterface", kObject, "com.halvo.Other", "pingWithReply_", "s",
-                     "org.freedesktop.DBus.Error.UnknownInterface"},
+                     "org.freedesktop.DBus.Error.UnknownMethod"},
         WrongCallRow{"UnknownObject", "/com/halvo/other", kInterface, "pingWithReply_", "s",
                      "org.freedesktop.DBus.Error.UnknownObject"},
         WrongCallRow{"TooManyArguments", kObject, kInterface, "pingWithReply_", "s",

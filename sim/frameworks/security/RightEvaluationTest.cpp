@@ -1,0 +1,156 @@
+#include <Security/Security.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "sim/frameworks/security/AuthorizationTestSupport.h"
+
+namespace halvo::sim {
+namespace {
+
+using nlohmann::json;
+
+using RightEvaluationTest = AuthorizationTest;
+
+TEST_F(RightEvaluationTest, ARightTheUserGrantedIsSeenThroughTheExternalForm) {
+  const Handle client = create();
+  ASSERT_EQ(copyRight(client, kAsk), errAuthorizationSuccess);
+
+  const Opened checker = open(formOf(client));
+
+  ASSERT_EQ(checker.status, errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(checker.handle, kExtend), errAuthorizationSuccess);
+}
+
+TEST_F(RightEvaluationTest, ARightNobodyGrantedNeedsInteraction) {
+  const Handle client = create();
+  const Opened checker = open(formOf(client));
+
+  EXPECT_EQ(copyRight(checker.handle, kExtend), errAuthorizationInteractionNotAllowed);
+  EXPECT_EQ(copyRight(checker.handle, kAuthorizationFlagDefaults), errAuthorizationDenied);
+  EXPECT_EQ(copyRight(checker.handle, kAuthorizationFlagInteractionAllowed), errAuthorizationDenied);
+  EXPECT_EQ(state_.read("authorization-prompts"), "");
+}
+
+TEST_F(RightEvaluationTest, APromptIsWrittenDown) {
+  define({{"class", "user"}, {"timeout", 300}, {"default-prompt", {{"", "Halvo wants to install."}}}});
+
+  ASSERT_EQ(copyRight(create(), kAsk), errAuthorizationSuccess);
+
+  const json prompt = json::parse(state_.read("authorization-prompts"));
+  EXPECT_EQ(prompt["right"], kRight);
+  EXPECT_EQ(prompt["pid"], ::getpid());
+  EXPECT_EQ(prompt["text"], "Halvo wants to install.");
+}
+
+struct AnswerRow {
+  const char* name;
+  const char* file;
+  OSStatus status;
+};
+
+class UserAnswer : public RightEvaluationTest, public testing::WithParamInterface<AnswerRow> {};
+
+TEST_P(UserAnswer, DecidesWhatAPromptGives) {
+  state_.write("authorization-answer", GetParam().file);
+  const Handle client = create();
+
+  EXPECT_EQ(copyRight(client, kAsk), GetParam().status);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, UserAnswer,
+                         testing::Values(AnswerRow{"Allow", "allow", errAuthorizationSuccess},
+                                         AnswerRow{"Deny", "deny\n", errAuthorizationDenied},
+                                         AnswerRow{"Cancel", "cancel", errAuthorizationCanceled},
+                                         AnswerRow{"Nothing", "", errAuthorizationDenied}),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(RightEvaluationTest, AMachineWithoutAnAnswerDenies) {
+  std::filesystem::remove(state_.path() / "authorization-answer");
+
+  EXPECT_EQ(copyRight(create(), kAsk), errAuthorizationDenied);
+}
+
+TEST_F(RightEvaluationTest, ACredentialCountsUntilItsTimeoutHasPassed) {
+  const Handle client = create();
+  ASSERT_EQ(copyRight(client, kAsk), errAuthorizationSuccess);
+
+  age(299);
+  EXPECT_EQ(copyRight(client, kExtend), errAuthorizationSuccess);
+  age(301);
+  EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInteractionNotAllowed);
+}
+
+TEST_F(RightEvaluationTest, ASharedCredentialDoesNotCountForARightThatIsNotShared) {
+  define({{"class", "user"}, {"timeout", 300}, {"shared", true}}, "com.example.shared");
+  const Handle client = create();
+
+  ASSERT_EQ(copyRight(client, kAsk, "com.example.shared"), errAuthorizationSuccess);
+
+  EXPECT_EQ(copyRight(client, kExtend, "com.example.shared"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInteractionNotAllowed);
+}
+
+TEST_F(RightEvaluationTest, ARightNobodyDefinedIsDecidedByTheDefault) {
+  const Handle client = create();
+
+  EXPECT_EQ(copyRight(client, kExtend, "com.example.undefined"), errAuthorizationInteractionNotAllowed);
+  EXPECT_EQ(copyRight(client, kAsk, "com.example.undefined"), errAuthorizationSuccess);
+}
+
+TEST_F(RightEvaluationTest, RootPassesOnlyWhereTheDefinitionLetsIt) {
+  if (::geteuid() != 0) GTEST_SKIP() << "speaks about authorizations that root created";
+  define({{"class", "user"}, {"allow-root", true}}, "com.example.root");
+  define({{"class", "user"}, {"allow-root", 1}}, "com.example.number");
+  const Handle client = create();
+
+  EXPECT_EQ(copyRight(client, kExtend, "com.example.root"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(client, kExtend, "com.example.number"), errAuthorizationInteractionNotAllowed);
+}
+
+TEST_F(RightEvaluationTest, TheOwnerOfTheSessionPassesWhereTheDefinitionLetsIt) {
+  define({{"class", "user"}, {"session-owner", true}}, "com.example.owner");
+  const Handle client = create();
+
+  EXPECT_EQ(copyRight(client, kExtend, "com.example.owner"), errAuthorizationInteractionNotAllowed);
+  state_.write("gui-sessions", std::to_string(::geteuid()) + "\n");
+  EXPECT_EQ(copyRight(client, kExtend, "com.example.owner"), errAuthorizationSuccess);
+}
+
+TEST_F(RightEvaluationTest, OtherClassesDecideWithoutAUser) {
+  define({{"class", "allow"}}, "com.example.allow");
+  define({{"class", "deny"}}, "com.example.deny");
+  define({{"class", "rule"}, {"rule", "com.example.allow"}}, "com.example.rule");
+  define({{"class", "rule"}, {"rule", "com.example.circle"}}, "com.example.circle");
+  const Handle client = create();
+
+  EXPECT_EQ(copyRight(client, 0, "com.example.allow"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(client, kAsk, "com.example.deny"), errAuthorizationDenied);
+  EXPECT_EQ(copyRight(client, 0, "com.example.rule"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(client, kAsk, "com.example.circle"), errAuthorizationDenied);
+}
+
+TEST_F(RightEvaluationTest, OneRefusedRightFailsTheSetUnlessPartsAreTaken) {
+  define({{"class", "allow"}}, "com.example.allow");
+  std::array<AuthorizationItem, 2> items = {{{"com.example.allow", 0, nullptr, 0}, {kRight, 0, nullptr, 0}}};
+  const AuthorizationRights rights = {2, items.data()};
+  const Handle client = create();
+  AuthorizationRights* granted = nullptr;
+
+  EXPECT_EQ(AuthorizationCopyRights(client.get(), &rights, nullptr, kExtend, &granted),
+            errAuthorizationInteractionNotAllowed);
+  EXPECT_EQ(granted, nullptr);
+  EXPECT_EQ(
+      AuthorizationCopyRights(client.get(), &rights, nullptr, kExtend | kAuthorizationFlagPartialRights, &granted),
+      errAuthorizationSuccess);
+  ASSERT_EQ(granted->count, 1U);
+  EXPECT_STREQ(granted->items[0].name, "com.example.allow");
+  AuthorizationFreeItemSet(granted);
+}
+
+}  // namespace
+}  // namespace halvo::sim
