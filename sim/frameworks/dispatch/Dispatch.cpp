@@ -63,7 +63,9 @@ void dispatch_main(void) {
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t, uintptr_t, dispatch_queue_t queue) {
   if (type != DISPATCH_SOURCE_TYPE_TIMER) abortWithReason("only timer sources exist here");
   requireMainQueue(queue);
-  return new Source;
+  auto* source = new Source;
+  source->timer->source = source;
+  return source;
 }
 
 void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, uint64_t interval, uint64_t) {

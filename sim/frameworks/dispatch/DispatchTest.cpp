@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -25,9 +24,11 @@ void leave(void*) { std::exit(0); }
 void* text(const char* literal) { return const_cast<char*>(literal); }
 
 void add(const char* literal) { dispatch_async_f(dispatch_get_main_queue(), text(literal), printContext); }
+void addAt(dispatch_time_t when, void* context, dispatch_function_t work) {
+  dispatch_after_f(when, dispatch_get_main_queue(), context, work);
+}
 void addAfter(std::int64_t milliseconds, void* context, dispatch_function_t work) {
-  dispatch_after_f(dispatch_time(DISPATCH_TIME_NOW, milliseconds * kMillisecond), dispatch_get_main_queue(), context,
-                   work);
+  addAt(dispatch_time(DISPATCH_TIME_NOW, milliseconds * kMillisecond), context, work);
 }
 
 dispatch_source_t makeTimer(std::int64_t milliseconds, void* context, dispatch_function_t handler) {
@@ -68,10 +69,10 @@ TEST_F(MainQueueTest, AnItemIsFinishedBeforeTheNextBegins) {
   const auto setUp = [] {
     const auto nested = [](void*) {
       add("inner");
+      dispatch_async_f(dispatch_get_main_queue(), nullptr, leave);
       print("outer-done ");
     };
     dispatch_async_f(dispatch_get_main_queue(), nullptr, nested);
-    addAfter(20, nullptr, leave);
   };
 
   EXPECT_QUEUE(setUp, "^outer-done inner$");
@@ -100,10 +101,11 @@ TEST_F(MainQueueTest, AnotherThreadWakesAQueueThatWaits) {
 
 TEST_F(MainQueueTest, DelayedItemsRunInTheOrderOfTheirTimes) {
   const auto setUp = [] {
-    addAfter(40, nullptr, leave);
-    addAfter(20, text("second "), printContext);
-    addAfter(-5, text("past "), printContext);
-    addAfter(10, text("first "), printContext);
+    const dispatch_time_t begin = dispatch_time(DISPATCH_TIME_NOW, 0);
+    addAt(dispatch_time(begin, 90 * kMillisecond), nullptr, leave);
+    addAt(dispatch_time(begin, 70 * kMillisecond), text("second "), printContext);
+    addAt(dispatch_time(begin, 50 * kMillisecond), text("first "), printContext);
+    addAt(dispatch_time(begin, -5 * kMillisecond), text("past "), printContext);
     add("now ");
     dispatch_after_f(DISPATCH_TIME_FOREVER, dispatch_get_main_queue(), text("never"), printContext);
   };
@@ -125,7 +127,8 @@ TEST_F(MainQueueTest, ATimerRepeats) {
 
 TEST_F(MainQueueTest, ATimerThatWasNeverActivatedDoesNotRun) {
   const auto setUp = [] {
-    makeTimer(1, text("ran"), printContext);
+    static const dispatch_source_t kept = makeTimer(1, text("ran"), printContext);
+    if (kept == nullptr) std::_Exit(2);
     addAfter(20, nullptr, leave);
   };
 
@@ -137,6 +140,7 @@ TEST_F(MainQueueTest, ACancelledTimerDoesNotRun) {
     dispatch_source_t timer = makeTimer(5, text("ran"), printContext);
     dispatch_resume(timer);
     dispatch_source_cancel(timer);
+    dispatch_release(timer);
     addAfter(30, nullptr, leave);
   };
 
@@ -158,27 +162,28 @@ TEST_F(MainQueueTest, AReleasedTimerDoesNotRun) {
 
 TEST_F(MainQueueTest, TheHandlerGetsTheContextThatWasSetBeforeIt) {
   const auto setUp = [] {
-    dispatch_source_t timer = makeTimer(5, text("before "), printContext);
-    dispatch_set_context(timer, text("after "));
+    const auto printAndLeave = [](void* context) {
+      printContext(context);
+      std::exit(0);
+    };
+    dispatch_source_t timer = makeTimer(5, text("before"), printAndLeave);
+    dispatch_set_context(timer, text("after"));
     dispatch_activate(timer);
-    addAfter(8, nullptr, leave);
   };
 
-  EXPECT_QUEUE(setUp, "^before $");
+  EXPECT_QUEUE(setUp, "^before$");
 }
 
-TEST_F(MainQueueTest, PeriodsMissedDuringASlowHandlerMergeAndThePhaseStays) {
+TEST_F(MainQueueTest, PeriodsMissedDuringASlowHandlerMerge) {
   const auto setUp = [] {
-    static std::array<dispatch_time_t, 2> ran{};
-    static int runs = 0;
     static const dispatch_time_t begin = uptimeNanoseconds();
-    const auto slow = [](void*) {
-      ran[static_cast<std::size_t>(runs++)] = uptimeNanoseconds() - begin;
-      if (runs == 1) ::usleep(50'000);
-      // Runs late once, for the periods 40 and 60, and not before: then the next grid point is 80.
-      if (runs == 2) std::exit(ran[1] >= 70 * NSEC_PER_MSEC && ran[1] < 80 * NSEC_PER_MSEC ? 0 : 1);
+    static int runs = 0;
+    const auto slowAtFirst = [](void*) {
+      if (++runs == 1) ::usleep(50'000);
+      // The second run makes up for the periods at 40 and 60 ms; the third comes with the period at 80 ms.
+      if (runs == 3) std::exit(uptimeNanoseconds() - begin >= 80 * NSEC_PER_MSEC ? 0 : 1);
     };
-    dispatch_source_t timer = makeTimer(20, nullptr, slow);
+    dispatch_source_t timer = makeTimer(20, nullptr, slowAtFirst);
     dispatch_source_set_timer(timer, begin + 20 * NSEC_PER_MSEC, 20 * NSEC_PER_MSEC, 0);
     dispatch_activate(timer);
   };

@@ -20,6 +20,8 @@ struct TimerState {
   bool activated = false;
   bool cancelled = false;
   bool pending = false;  // due, and waiting for its turn on the queue
+  // An active source lives on when the program has dropped its own reference: the queue knows it through here.
+  dispatch_source_t source = nullptr;
 };
 
 // The first point of the timer's grid after `now`: the phase stays, and periods that were missed merge into one run.

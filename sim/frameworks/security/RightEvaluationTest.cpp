@@ -79,9 +79,9 @@ TEST_F(RightEvaluationTest, ACredentialCountsUntilItsTimeoutHasPassed) {
   const Handle client = create();
   ASSERT_EQ(copyRight(client, kAsk), errAuthorizationSuccess);
 
-  age(299);
+  age(290);
   EXPECT_EQ(copyRight(client, kExtend), errAuthorizationSuccess);
-  age(301);
+  age(310);
   EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInteractionNotAllowed);
 }
 
