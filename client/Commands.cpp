@@ -20,17 +20,17 @@ struct Streams {
 };
 
 ExitStatus tell(const Explanation& explanation, const Streams& streams) {
-  if (!explanation.text.empty()) streams.err << explanation.text << std::endl;
+  if (!explanation.text.empty()) streams.err << explanation.text << '\n' << std::flush;
   return explanation.status;
 }
 
 ExitStatus report(const CommandLine& command, const Outcome& outcome, const Streams& streams) {
   if (const auto* text = std::get_if<std::string>(&outcome)) {
-    streams.out << *text << std::endl;
+    streams.out << *text << '\n' << std::flush;
     return tell(explainTextReply(*text), streams);
   }
   if (const bool* flag = std::get_if<bool>(&outcome)) {
-    streams.out << (*flag ? "true" : "false") << std::endl;
+    streams.out << (*flag ? "true" : "false") << '\n' << std::flush;
     return tell(explainBoolReply(command, *flag), streams);
   }
   if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(), streams);
@@ -111,7 +111,7 @@ ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest
   LogFollower log(progressLogOf(command));
   bool saidSo = false;
   const auto whileWaiting = [&] {
-    if (!std::exchange(saidSo, true)) streams.err << waitingNotice(command) << std::endl;
+    if (!std::exchange(saidSo, true)) streams.err << waitingNotice(command) << '\n' << std::flush;
     log.printNewLines(streams.err);
   };
   const Outcome outcome = conversation.ask(

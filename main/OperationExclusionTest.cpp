@@ -161,9 +161,9 @@ class SecondOperation : public OperationExclusionTest, public testing::WithParam
 
 TEST_P(SecondOperation, ChangesNothingUntilTheInstallIsDone) {
   std::latch secondStarted(1);
-  std::jthread first([&] { install("/tmp/first.pkg"); });
+  std::thread first([&] { install("/tmp/first.pkg"); });
   runner_->waitUntilSomebodyIsInside();
-  std::jthread second([&] {
+  std::thread second([&] {
     secondStarted.count_down();
     GetParam().run(*wiring_);
   });
@@ -205,22 +205,23 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(OperationExclusionTest, PingAndListingDoNotWaitForAnInstall) {
   std::vector<std::string> replies;
-  std::jthread first([&] { install("/tmp/first.pkg"); });
+  std::thread first([&] { install("/tmp/first.pkg"); });
   runner_->waitUntilSomebodyIsInside();
 
   wiring_->makeHandler()->ping([&](const std::string& json) { replies.push_back(json); });
   wiring_->makeHandler()->enumerateActiveGuiDomains([&](const std::string& json) { replies.push_back(json); });
   runner_->openGate();
+  first.join();
 
   EXPECT_THAT(replies, ElementsAre(R"({"ok":true,"helper_version":6,"build_abi":1})", R"({"uids":[]})"));
 }
 
 TEST_F(OperationExclusionTest, ManyInstallsNeverShareTheStagingDirectory) {
-  std::vector<std::jthread> threads;
+  std::vector<std::thread> threads;
   runner_->openGate();
 
-  std::generate_n(std::back_inserter(threads), 16, [&] { return std::jthread([&] { install("/tmp/a.pkg"); }); });
-  threads.clear();
+  std::generate_n(std::back_inserter(threads), 16, [&] { return std::thread([&] { install("/tmp/a.pkg"); }); });
+  std::ranges::for_each(threads, &std::thread::join);
 
   EXPECT_FALSE(fs_->overlapped());
   EXPECT_EQ(std::ranges::count(fs_->notes(), kStagingRemoved), 16);

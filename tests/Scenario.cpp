@@ -1,16 +1,16 @@
 #include "tests/Scenario.h"
 
-#include <regex>
+#include <algorithm>
+#include <cctype>
 
 namespace halvo::sim {
 namespace {
 
-// Each line with the first match of `prefix` cut off.
-std::vector<std::string> withoutPrefix(std::vector<std::string> lines, const std::regex& prefix) {
-  for (std::string& line : lines) {
-    line = std::regex_replace(line, prefix, "", std::regex_constants::format_first_only);
-  }
-  return lines;
+// Whether `text` looks like `pattern`, in which 0 stands for any digit.
+bool looksLike(std::string_view text, std::string_view pattern) {
+  return std::ranges::equal(text, pattern, [](char c, char expected) {
+    return expected == '0' ? std::isdigit(static_cast<unsigned char>(c)) != 0 : c == expected;
+  });
 }
 
 }  // namespace
@@ -21,15 +21,23 @@ std::string Scenario::reply(const std::vector<std::string>& arguments) {
 }
 
 std::vector<std::string> Scenario::helperLog() {
+  constexpr std::string_view kEndOfPrefix = "]: ";
   std::vector<std::string> lines;
-  for (std::string& line : mac().systemLog()) {
-    if (line.find(" halvo-helper[") != std::string::npos) lines.push_back(std::move(line));
+  for (const std::string& line : mac().systemLog()) {
+    const std::size_t end = line.find(kEndOfPrefix);
+    if (line.find(" halvo-helper[") > end || end == std::string::npos) continue;
+    lines.push_back(line.substr(end + kEndOfPrefix.size()));
   }
-  return withoutPrefix(std::move(lines), std::regex(R"(^.*? halvo-helper\[\d+\]: )"));
+  return lines;
 }
 
 std::vector<std::string> Scenario::messagesIn(const std::string& logPath) {
-  return withoutPrefix(splitLines(mac().readFile(logPath)), std::regex(R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \+0000: )"));
+  constexpr std::string_view kDate = "0000-00-00 00:00:00 +0000: ";
+  std::vector<std::string> lines = splitLines(mac().readFile(logPath));
+  for (std::string& line : lines) {
+    if (looksLike(line.substr(0, kDate.size()), kDate)) line.erase(0, kDate.size());
+  }
+  return lines;
 }
 
 std::vector<std::string> Scenario::toolRuns() {

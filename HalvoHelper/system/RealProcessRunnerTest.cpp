@@ -30,7 +30,10 @@ void waitUntilAChildHasExited() {
   ::waitid(P_ALL, 0, &child, WEXITED | WNOWAIT);
 }
 
-ProcessResult runShell(const std::string& script) { return RealProcessRunner().run("/bin/sh", {"-c", script}); }
+// The sanitizer's check of an object's type opens a file, which is what one of the tests makes impossible.
+__attribute__((no_sanitize("vptr"))) ProcessResult runShell(const std::string& script) {
+  return RealProcessRunner().run("/bin/sh", {"-c", script});
+}
 
 TEST(RealProcessRunnerTest, CapturesStandardOutput) {
   EXPECT_EQ(runShell("echo hello"), (ProcessResult{.code = 0, .output = "hello\n"}));

@@ -147,7 +147,7 @@ TEST_F(RemoveTreeTest, WithoutDescriptorsNothingIsRemovedAndNothingClaimed) {
 
   const bool removed = [&] {
     const NoFreeDescriptors full;
-    return fs_.removeTree(tree);
+    return halvoRemoveTree(tree);
   }();
 
   EXPECT_FALSE(removed);
