@@ -34,8 +34,9 @@ Outcome Conversation::ask(const Request& request, const std::function<void()>& w
       [answer](bool reply) { answer->give(reply); });
 
   if (outcome.wait_for(pace_.patience) != std::future_status::ready) {
-    do whileWaiting();
-    while (outcome.wait_for(pace_.betweenLooks) != std::future_status::ready);
+    do {
+      whileWaiting();
+    } while (outcome.wait_for(pace_.betweenLooks) != std::future_status::ready);
     whileWaiting();
   }
   return outcome.get();
@@ -43,7 +44,7 @@ Outcome Conversation::ask(const Request& request, const std::function<void()>& w
 
 Outcome Conversation::tell(const std::function<void(HalvoHelperProtocol& helper)>& message) {
   // The messages of a connection are taken in their order: the answer to the second says that the first has arrived.
-  const Outcome outcome = ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) {
+  Outcome outcome = ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) {
     message(helper);
     helper.ping(text);
   });

@@ -27,8 +27,9 @@ void LogFollower::printNewLines(std::ostream& out) {
   if (size == position_) return;
   std::ifstream file(path_, std::ios::binary);
   if (!file) {
-    if (!std::exchange(mentioned_, true))
+    if (!std::exchange(mentioned_, true)) {
       out << "(the log " << path_ << " cannot be read by this user)\n" << std::flush;
+    }
     return;
   }
   file.seekg(position_);

@@ -30,10 +30,7 @@ void waitUntilAChildHasExited() {
   ::waitid(P_ALL, 0, &child, WEXITED | WNOWAIT);
 }
 
-// The sanitizer's check of an object's type opens a file, which is what one of the tests makes impossible.
-__attribute__((no_sanitize("vptr"))) ProcessResult runShell(const std::string& script) {
-  return RealProcessRunner().run("/bin/sh", {"-c", script});
-}
+ProcessResult runShell(const std::string& script) { return RealProcessRunner().run("/bin/sh", {"-c", script}); }
 
 TEST(RealProcessRunnerTest, CapturesStandardOutput) {
   EXPECT_EQ(runShell("echo hello"), (ProcessResult{.code = 0, .output = "hello\n"}));
@@ -215,6 +212,8 @@ TEST(RealProcessRunnerTest, NothingIsLeftOpenOrUnreaped) {
 }
 
 TEST(RealProcessRunnerTest, WithoutDescriptorsNothingIsStarted) {
+  // The sanitizer opens a file when it first checks the type of an object, and remembers what it found.
+  ASSERT_EQ(runShell("true").code, 0);
   const NoFreeDescriptors full;
 
   EXPECT_EQ(runShell("echo ran"), (ProcessResult{.code = -1, .output = "spawn failed: Too many open files"}));
