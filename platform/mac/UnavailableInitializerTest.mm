@@ -1,0 +1,23 @@
+#include "platform/mac/UnavailableInitializer.h"
+
+#include <gtest/gtest.h>
+
+#import "platform/mac/ExportedHandler.h"
+#import "platform/mac/XPCListenerDelegate.h"
+
+namespace halvo {
+namespace {
+
+// Through `id`, which the compiler lets send what the class declares unavailable.
+id initWithoutArguments(Class type) { return [static_cast<id>([type alloc]) init]; }
+
+TEST(UnavailableInitializerDeathTest, AnExportedHandlerWithoutHandlerStopsTheProcess) {
+  EXPECT_DEATH(initWithoutArguments([HalvoExportedHandler class]), "init\\(\\).*HalvoExportedHandler");
+}
+
+TEST(UnavailableInitializerDeathTest, AListenerDelegateWithoutDelegateStopsTheProcess) {
+  EXPECT_DEATH(initWithoutArguments([HalvoListenerDelegate class]), "init\\(\\).*HalvoListenerDelegate");
+}
+
+}  // namespace
+}  // namespace halvo

@@ -1,0 +1,33 @@
+# The files of the Mac's ports, named once: the build on a Mac, their execution against doubles and the check of the Mac's
+# object format all read this list. Paths are relative to this folder.
+set(HALVO_MAC_PLATFORM_SOURCES
+  FoundationJSON.mm
+  FoundationPropertyList.mm
+  FoundationText.mm
+  JSONNesting.cpp
+  PropertyListContainers.cpp
+  SMServiceRegistration.mm
+  SystemLog.mm
+  SystemUptime.cpp
+  UnicodeText.cpp)
+
+set(HALVO_MAC_SERVICE_SOURCES
+  ExportedHandler.mm
+  PendingCalls.cpp
+  UnavailableInitializer.mm
+  XPCIncomingConnection.mm
+  XPCLink.mm
+  XPCListenerDelegate.mm
+  XPCServiceClient.mm
+  XPCServiceListener.mm)
+
+# Tests that need no double of the system.
+set(HALVO_MAC_TEST_SOURCES
+  ExportedHandlerTest.mm
+  FoundationTextTest.mm
+  JSONNestingTest.cpp
+  PendingCallsTest.cpp
+  PropertyListContainersTest.cpp
+  UnavailableInitializerTest.mm
+  UnicodeTextTest.cpp
+  testing/CodeUnitString.mm)

@@ -1,0 +1,79 @@
+# What is looked at besides compiling and linking: the protocol's metadata, the imports, the static analyzer's and
+# clang-tidy's findings in the Objective-C++ files.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+foreach(arch arm64 x86_64)
+  set(module "${CMAKE_CURRENT_BINARY_DIR}/metadata/${arch}/protocol.ll")
+  get_filename_component(folder "${module}" DIRECTORY)
+  file(MAKE_DIRECTORY "${folder}")
+  add_custom_command(OUTPUT "${module}"
+    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} ${MACHO_OBJC_FLAGS} -MD -MF "${module}.d"
+            -S -emit-llvm "${CMAKE_CURRENT_SOURCE_DIR}/checks/ProtocolUnderTest.mm" -o "${module}"
+    DEPENDS checks/ProtocolUnderTest.mm DEPFILE "${module}.d"
+    COMMENT "Emitting the protocol's metadata for ${arch}" VERBATIM)
+  list(APPEND metadata "${module}")
+endforeach()
+add_custom_target(macho_protocol_metadata DEPENDS ${metadata})
+
+add_executable(halvo_macho_test checks/ProtocolMetadataTest.cpp)
+add_dependencies(halvo_macho_test macho_protocol_metadata)
+target_compile_features(halvo_macho_test PRIVATE cxx_std_20)
+target_include_directories(halvo_macho_test PRIVATE "${HALVO_ROOT}")
+target_compile_definitions(halvo_macho_test PRIVATE HALVO_MACHO_METADATA_DIR="${CMAKE_CURRENT_BINARY_DIR}/metadata")
+target_link_libraries(halvo_macho_test PRIVATE GTest::gmock GTest::gtest_main)
+gtest_discover_tests(halvo_macho_test DISCOVERY_TIMEOUT 60)
+
+foreach(arch arm64 x86_64)
+  foreach(program ${programs})
+    list(APPEND linked "${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}")
+  endforeach()
+endforeach()
+add_test(NAME MachO.ImportsAreTheReviewedOnes
+  COMMAND "${CMAKE_COMMAND}" "-DNM=${MACHO_NM}" "-DIMPORTS=${IMPORTS}" "-DPROGRAMS=${linked}"
+          -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/CompareImports.cmake")
+
+# The simulated frameworks against the facts about the real ones.
+set(facts "${GENERATED}/facts.cpp")
+file(GLOB_RECURSE framework_headers CONFIGURE_DEPENDS "${HALVO_ROOT}/sim/frameworks/include/*.h")
+add_custom_command(OUTPUT "${facts}"
+  COMMAND "${CMAKE_COMMAND}" "-DTABLES=${HALVO_ROOT}/docs/mac-interfaces.md"
+          "-DINCLUDE=${HALVO_ROOT}/sim/frameworks/include" "-DOUTPUT=${facts}"
+          -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/Facts.cmake"
+  DEPENDS "${HALVO_ROOT}/docs/mac-interfaces.md" checks/Facts.cmake ${framework_headers}
+  COMMENT "Reading the facts about the Mac's interfaces" VERBATIM)
+foreach(arch arm64 x86_64)
+  set(stamp "${CMAKE_CURRENT_BINARY_DIR}/facts-${arch}.checked")
+  add_custom_command(OUTPUT "${stamp}"
+    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} -Wno-four-char-constants -fsyntax-only "${facts}"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
+    DEPENDS "${facts}" ${framework_headers}
+    COMMENT "Comparing the simulated frameworks with the facts for ${arch}" VERBATIM)
+  list(APPEND checked_facts "${stamp}")
+endforeach()
+add_custom_target(macho_facts ALL DEPENDS ${checked_facts})
+
+# One stamp per file: found once, a clean file is not looked at again until it or a header changes.
+foreach(source ${mac_sources})
+  if(NOT source MATCHES "\\.mm$")
+    continue()
+  endif()
+  get_filename_component(name "${source}" NAME)
+  set(stamp "${CMAKE_CURRENT_BINARY_DIR}/analysis/${name}")
+  set(flags ${MACHO_FLAGS} ${MACHO_FLAGS_arm64} ${MACHO_OBJC_FLAGS})
+  add_custom_command(OUTPUT "${stamp}.analyzed"
+    COMMAND "${MACHO_CLANG}" ${flags} -MD -MF "${stamp}.d" -MT "${stamp}.analyzed" -fsyntax-only "${source}"
+    COMMAND "${MACHO_CLANG}" ${flags} --analyze -Xclang -analyzer-output=text -Xclang -analyzer-werror
+            -Xclang -analyzer-checker=core,cplusplus,nullability,osx,deadcode "${source}"
+    COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}.analyzed"
+    DEPENDS "${source}" DEPFILE "${stamp}.d"
+    COMMENT "Analyzing ${name}" VERBATIM)
+  add_custom_command(OUTPUT "${stamp}.tidied"
+    COMMAND "${MACHO_TIDY}" --quiet --warnings-as-errors=* "${source}" -- ${flags}
+    COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}.tidied"
+    DEPENDS "${source}" "${stamp}.analyzed"
+    COMMENT "Tidying ${name}" VERBATIM)
+  list(APPEND analyzed "${stamp}.tidied")
+endforeach()
+file(MAKE_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/analysis")
+add_custom_target(macho_analysis ALL DEPENDS ${analyzed})

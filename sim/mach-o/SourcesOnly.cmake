@@ -1,0 +1,23 @@
+# Reads the product's own CMake files for the sources they name. The targets are real, so that those files may say
+# anything about them, but nothing asks for them to be built.
+find_package(Threads REQUIRED)
+
+function(halvo_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC EXCLUDE_FROM_ALL ${ARG_SOURCES})
+endfunction()
+
+function(halvo_executable name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PRIVATE" ${ARGN})
+  add_executable(${name} EXCLUDE_FROM_ALL ${ARG_SOURCES})
+endfunction()
+
+function(halvo_test)
+  halvo_executable(${ARGV})
+endfunction()
+
+foreach(module HalvoHelperXPC HalvoHelper main client)
+  if(EXISTS "${HALVO_ROOT}/${module}/CMakeLists.txt")
+    add_subdirectory("${HALVO_ROOT}/${module}" "${module}")
+  endif()
+endforeach()

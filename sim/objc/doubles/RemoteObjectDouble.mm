@@ -1,0 +1,166 @@
+#import "sim/objc/doubles/XPCDouble.h"
+
+#include <utility>
+
+using halvo::sim::DoubleMessage;
+
+namespace {
+
+// The way back of one message. Letting go of it unanswered is an error on the client's side, answering twice an
+// exception on the helper's.
+class ReplyPath {
+ public:
+  ReplyPath(NSXPCConnection* client, std::shared_ptr<DoubleMessage> message)
+      : client_(client), message_(std::move(message)) {}
+  ReplyPath(const ReplyPath&) = delete;
+  ReplyPath& operator=(const ReplyPath&) = delete;
+
+  ~ReplyPath() {
+    if (used_) return;
+    [client_ async:[message = message_] {
+      message->fail([NSError errorWithDomain:NSCocoaErrorDomain code:NSXPCConnectionReplyInvalid userInfo:nil]);
+    }];
+  }
+
+  void answer(std::function<void()> deliver) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (std::exchange(used_, true)) [NSException raise:NSInternalInconsistencyException format:@"replied twice"];
+    }
+    [client_ async:[message = message_, deliver = std::move(deliver)] { message->reply(deliver); }];
+  }
+
+ private:
+  NSXPCConnection* const client_;
+  const std::shared_ptr<DoubleMessage> message_;
+  std::mutex mutex_;
+  bool used_ = false;  // guarded by mutex_
+};
+
+}  // namespace
+
+@implementation HalvoDoubleRemoteObject {
+  NSXPCConnection* _connection;
+  void (^_errorHandler)(NSError*);
+}
+
+- (instancetype)initWithConnection:(NSXPCConnection*)connection errorHandler:(void (^)(NSError*))errorHandler {
+  self = [super init];
+  if (self != nil) {
+    _connection = connection;
+    _errorHandler = errorHandler;
+  }
+  return self;
+}
+
+- (void)sendWithTextReply:(void (^)(NSString*))reply
+                  through:(std::function<void(id<HalvoHelperProtocol>, void (^)(NSString*))>)send {
+  const auto message = std::make_shared<DoubleMessage>(_errorHandler);
+  const auto path = std::make_shared<ReplyPath>(_connection, message);
+  void (^const answer)(NSString*) = ^(NSString* json) {
+    path->answer([reply, json] { reply(json); });
+  };
+  [_connection sendMessage:message through:[send, answer](id<HalvoHelperProtocol> handler) { send(handler, answer); }];
+}
+
+- (void)sendWithBoolReply:(void (^)(bool))reply
+                  through:(std::function<void(id<HalvoHelperProtocol>, void (^)(bool))>)send {
+  const auto message = std::make_shared<DoubleMessage>(_errorHandler);
+  const auto path = std::make_shared<ReplyPath>(_connection, message);
+  void (^const answer)(bool) = ^(bool succeeded) {
+    path->answer([reply, succeeded] { reply(succeeded); });
+  };
+  [_connection sendMessage:message through:[send, answer](id<HalvoHelperProtocol> handler) { send(handler, answer); }];
+}
+
+- (void)pingWithReply:(void (^)(NSString*))reply {
+  [self sendWithTextReply:reply
+                  through:[](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                    [handler pingWithReply:answer];
+                  }];
+}
+
+- (void)enumerateActiveGuiDomainsWithReply:(void (^)(NSString*))reply {
+  [self sendWithTextReply:reply
+                  through:[](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                    [handler enumerateActiveGuiDomainsWithReply:answer];
+                  }];
+}
+
+- (void)prepareForRemovalWithAcceptAudioInterruption:(bool)accept withReply:(void (^)(NSString*))reply {
+  [self sendWithTextReply:reply
+                  through:[accept](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                    [handler prepareForRemovalWithAcceptAudioInterruption:accept withReply:answer];
+                  }];
+}
+
+- (void)removeAppBundleWithPath:(NSString*)path withReply:(void (^)(bool))reply {
+  [self sendWithBoolReply:reply
+                  through:[path](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
+                    [handler removeAppBundleWithPath:path withReply:answer];
+                  }];
+}
+
+- (void)finalizeRemoval {
+  const auto message = std::make_shared<DoubleMessage>(_errorHandler);
+  [_connection sendMessage:message
+                   through:[message](id<HalvoHelperProtocol> handler) {
+                     message->reply([] {});  // one way: once it has arrived, nothing more is heard of it
+                     [handler finalizeRemoval];
+                   }];
+}
+
+- (void)installSystemPkgWithPkgPath:(NSString*)pkgPath
+                       manifestJSON:(NSString*)manifest
+            acceptAudioInterruption:(bool)accept
+                          withReply:(void (^)(NSString*))reply {
+  [self sendWithTextReply:reply
+                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                    [handler installSystemPkgWithPkgPath:pkgPath
+                                            manifestJSON:manifest
+                                 acceptAudioInterruption:accept
+                                               withReply:answer];
+                  }];
+}
+
+- (void)prepareForRemovalWithAuthorization:(NSData*)authorization
+                   acceptAudioInterruption:(bool)accept
+                                 withReply:(void (^)(NSString*))reply {
+  [self sendWithTextReply:reply
+                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                    [handler prepareForRemovalWithAuthorization:authorization
+                                        acceptAudioInterruption:accept
+                                                      withReply:answer];
+                  }];
+}
+
+- (void)removeAppBundleWithAuthorization:(NSData*)authorization path:(NSString*)path withReply:(void (^)(bool))reply {
+  [self sendWithBoolReply:reply
+                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
+                    [handler removeAppBundleWithAuthorization:authorization path:path withReply:answer];
+                  }];
+}
+
+- (void)finalizeRemovalWithAuthorization:(NSData*)authorization withReply:(void (^)(bool))reply {
+  [self sendWithBoolReply:reply
+                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
+                    [handler finalizeRemovalWithAuthorization:authorization withReply:answer];
+                  }];
+}
+
+- (void)installSystemPkgWithAuthorization:(NSData*)authorization
+                                  pkgPath:(NSString*)pkgPath
+                             manifestJSON:(NSString*)manifest
+                  acceptAudioInterruption:(bool)accept
+                                withReply:(void (^)(NSString*))reply {
+  [self sendWithTextReply:reply
+                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                    [handler installSystemPkgWithAuthorization:authorization
+                                                       pkgPath:pkgPath
+                                                  manifestJSON:manifest
+                                       acceptAudioInterruption:accept
+                                                     withReply:answer];
+                  }];
+}
+
+@end

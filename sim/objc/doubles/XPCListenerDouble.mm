@@ -1,0 +1,88 @@
+#include <future>
+#include <mutex>
+#include <string>
+
+#include "sim/objc/doubles/SerialQueue.h"
+#import "sim/objc/doubles/XPCDoubleWorld.h"
+
+using namespace halvo::sim;
+
+@implementation NSXPCListener {
+  std::string _name;
+  SerialQueue _queue;
+  std::mutex _mutex;  // guards everything below
+  BOOL _resumed;
+  NSMutableArray<NSXPCConnection*>* _served;
+}
+
+- (instancetype)initWithMachServiceName:(NSString*)name {
+  self = [super init];
+  if (self != nil) {
+    _name = name.UTF8String;
+    _served = [NSMutableArray array];
+  }
+  return self;
+}
+
+- (NSString*)machServiceName {
+  return @(_name.c_str());
+}
+
+- (void)resume {
+  {
+    const std::lock_guard lock(_mutex);
+    _resumed = YES;
+  }
+  publishListener(_name, self);
+}
+
+- (void)invalidate {
+  withdrawListener(_name, self);
+  [self endEveryConnection];
+}
+
+- (BOOL)offer:(NSXPCConnection*)connection {
+  {
+    const std::lock_guard lock(_mutex);
+    if (!_resumed) return NO;
+  }
+  const id<NSXPCListenerDelegate> delegate = self.delegate;
+  if (![delegate respondsToSelector:@selector(listener:shouldAcceptNewConnection:)]) return NO;
+  return [delegate listener:self shouldAcceptNewConnection:connection];
+}
+
+- (BOOL)takeClient:(NSXPCConnection*)connection {
+  std::promise<BOOL> answer;
+  _queue.async([&] {
+    const BOOL taken = [self offer:connection];
+    if (taken) {
+      const std::lock_guard lock(_mutex);
+      [_served addObject:connection];
+    }
+    answer.set_value(taken);
+  });
+  return answer.get_future().get();
+}
+
+- (void)dropClient:(NSXPCConnection*)connection {
+  if (connection == nil) return;
+  const std::lock_guard lock(_mutex);
+  [_served removeObjectIdenticalTo:connection];
+}
+
+- (void)endEveryConnection {
+  NSArray<NSXPCConnection*>* served = nil;
+  {
+    const std::lock_guard lock(_mutex);
+    served = [_served copy];
+    [_served removeAllObjects];
+  }
+  for (NSXPCConnection* connection in served) [connection endByInterruption];
+}
+
+- (std::size_t)servedCount {
+  const std::lock_guard lock(_mutex);
+  return _served.count;
+}
+
+@end

@@ -1,0 +1,143 @@
+// What a client of the Mac is told when something goes wrong, through the doubles.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "sim/objc/tests/ServiceFixture.h"
+
+namespace halvo::sim {
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+using ServiceFailureTest = ServiceTest;
+
+TEST_F(ServiceFailureTest, ARefusedClientFindsTheServiceUnreachable) {
+  delegate_->admits = false;
+
+  EXPECT_THAT(pinged(), StartsWith("unreachable: "));
+}
+
+TEST_F(ServiceFailureTest, AServiceThatNobodyPublishesIsUnreachable) {
+  listener_.reset();
+
+  EXPECT_THAT(pinged(), StartsWith("unreachable: "));
+}
+
+TEST_F(ServiceFailureTest, AfterAnInvalidConnectionTheNextMessageConnectsAnew) {
+  listener_.reset();
+  pinged();
+  listener_ = ServiceListener::forMachService(kService);
+  listener_->setDelegate(delegate_);
+  listener_->resume();
+
+  EXPECT_EQ(pinged(), "text {}");
+}
+
+TEST_F(ServiceFailureTest, AHelperThatEndsDuringACallInterruptsIt) {
+  pinged();
+  Answer answer;
+  startUnansweredPing(answer);
+
+  endDoubleService(kService);
+
+  EXPECT_THAT(answer.get(), StartsWith("interrupted: "));
+}
+
+TEST_F(ServiceFailureTest, AfterAnInterruptionTheNextMessageConnectsAnew) {
+  pinged();
+  endDoubleService(kService);
+
+  EXPECT_EQ(pinged(), "text {}");
+}
+
+TEST_F(ServiceFailureTest, AReplyAfterTheInterruptionIsDropped) {
+  Answer answer;
+  startUnansweredPing(answer);
+  endDoubleService(kService);
+  EXPECT_THAT(answer.get(), StartsWith("interrupted: "));
+
+  delegate_->handler->textReplies.front()("too late");
+
+  // The next answer comes on the same queue: by then the late one would have been given a second time, and thrown.
+  EXPECT_EQ(removed(), "true");
+}
+
+TEST_F(ServiceFailureTest, ErrorsOfOtherKindsRejectTheMessage) {
+  failNextDoubleMessage([NSError errorWithDomain:NSCocoaErrorDomain
+                                            code:NSXPCConnectionReplyInvalid
+                                        userInfo:@{NSLocalizedDescriptionKey : @"reply did not match"}]);
+
+  EXPECT_EQ(pinged(), "rejected: reply did not match");
+}
+
+TEST_F(ServiceFailureTest, AnErrorOfAnotherDomainRejectsTheMessage) {
+  failNextDoubleMessage([NSError errorWithDomain:@"Other"
+                                            code:NSXPCConnectionInvalid
+                                        userInfo:@{NSLocalizedDescriptionKey : @"odd"}]);
+
+  EXPECT_EQ(pinged(), "rejected: odd");
+}
+
+TEST_F(ServiceFailureTest, AClientWhoseSignatureTheServiceRefusesFindsItUnreachable) {
+  failNextDoubleMessage([NSError errorWithDomain:NSCocoaErrorDomain
+                                            code:NSXPCConnectionCodeSigningRequirementFailure
+                                        userInfo:@{NSLocalizedDescriptionKey : @"signature"}]);
+
+  EXPECT_EQ(pinged(), "unreachable: signature");
+}
+
+TEST_F(ServiceFailureTest, ACallWhoseReplyTheHandlerDropsIsRejected) {
+  Answer answer;
+  startUnansweredPing(answer);
+
+  delegate_->handler->textReplies.clear();
+
+  EXPECT_THAT(answer.get(), StartsWith("rejected: "));
+}
+
+TEST_F(ServiceFailureTest, AHelperThatEndsBeforeItEverAnsweredIsUnreachable) {
+  std::promise<void> arrived;
+  delegate_->handler->keepsTextReplies = true;
+  delegate_->handler->onTextCall = [&] { arrived.set_value(); };
+  Answer answer;
+  client_->proxy(answer.failure())->ping(answer.text());
+  arrived.get_future().wait();
+
+  endDoubleService(kService);
+
+  EXPECT_THAT(answer.get(), StartsWith("unreachable: "));
+}
+
+TEST_F(ServiceFailureTest, EndingTheClientFailsWhatStillWaitsBeforeItReturns) {
+  delegate_->handler->keepsTextReplies = true;
+  std::vector<std::string> failures;
+  client_->proxy([&](const ServiceFailure& failure) { failures.push_back(failure.description); })
+      ->ping([](const std::string&) {});
+
+  client_.reset();
+
+  EXPECT_THAT(failures, ElementsAre("The connection was closed."));
+}
+
+TEST_F(ServiceFailureTest, AProxyThatOutlivesItsClientFailsAtOnce) {
+  Answer answer;
+  const auto helper = client_->proxy(answer.failure());
+  client_.reset();
+
+  helper->ping(answer.text());
+
+  EXPECT_EQ(answer.get(), "unreachable: The connection was closed.");
+}
+
+TEST_F(ServiceFailureTest, AOneWayMessageThatCannotBeSentIsReported) {
+  listener_.reset();
+  Answer answer;
+
+  client_->proxy(answer.failure())->finalizeRemoval();
+
+  EXPECT_THAT(answer.get(), StartsWith("unreachable: "));
+}
+
+}  // namespace
+}  // namespace halvo::sim
