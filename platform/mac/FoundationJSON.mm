@@ -42,7 +42,7 @@ std::optional<JSONObject> halvoReadJSONObject(std::string_view text) {
     const id top = objectIn([NSData dataWithBytes:text.data() length:text.size()]);
     if (![top isKindOfClass:[NSDictionary class]]) return std::nullopt;
     JSONObject object;
-    NSDictionary* const members = static_cast<NSDictionary*>(top);
+    auto* const members = static_cast<NSDictionary*>(top);
     for (id key in members) object.insert_or_assign(textFromFoundation(key), valueFrom(members[key]));
     return object;
   }

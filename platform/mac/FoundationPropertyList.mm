@@ -32,7 +32,7 @@ std::optional<PropertyList> halvoReadPropertyList(std::span<const std::byte> byt
     const id top = objectIn([NSData dataWithBytes:bytes.data() length:bytes.size()]);
     if (![top isKindOfClass:[NSDictionary class]]) return std::nullopt;
     PropertyList entries;
-    NSDictionary* const dictionary = static_cast<NSDictionary*>(top);
+    auto* const dictionary = static_cast<NSDictionary*>(top);
     for (id key in dictionary) {
       if ([key isKindOfClass:[NSString class]]) {
         entries.insert_or_assign(textFromFoundation(key), valueFrom(dictionary[key]));

@@ -11,7 +11,7 @@ static_assert(std::is_same_v<unichar, std::uint16_t>);
 
 std::string textFromFoundation(id value) {
   if (![value isKindOfClass:[NSString class]]) return {};
-  NSString* const text = static_cast<NSString*>(value);
+  auto* const text = static_cast<NSString*>(value);
   // Not UTF8String, which ends at the first NUL and is nil for an unpaired surrogate.
   std::vector<std::uint16_t> units(text.length);
   [text getCharacters:units.data() range:NSMakeRange(0, units.size())];
@@ -20,7 +20,7 @@ std::string textFromFoundation(id value) {
 
 std::vector<std::byte> bytesFromFoundation(id value) {
   if (![value isKindOfClass:[NSData class]]) return {};
-  NSData* const data = static_cast<NSData*>(value);
+  auto* const data = static_cast<NSData*>(value);
   const auto* const first = static_cast<const std::byte*>(data.bytes);
   return {first, first + data.length};
 }

@@ -14,7 +14,7 @@
   if (![self respondsToSelector:NSSelectorFromString(key)]) return token;
   const id value = [self valueForKey:key];
   if (![value isKindOfClass:[NSValue class]]) return token;
-  NSValue* const boxed = static_cast<NSValue*>(value);
+  auto* const boxed = static_cast<NSValue*>(value);
   // A value of another type has another size, which getValue:size: answers with an exception.
   if (std::strcmp(boxed.objCType, @encode(audit_token_t)) != 0) return token;
   [boxed getValue:&token size:sizeof(token)];

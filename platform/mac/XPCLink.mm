@@ -7,7 +7,7 @@
 namespace halvo {
 namespace {
 
-const ServiceFailure kClosed{ServiceFailure::Kind::unreachable, "The connection was closed."};
+constexpr const char* kClosed = "The connection was closed.";
 
 ServiceFailure::Kind kindOf(NSError* error, bool answeredBefore) {
   if (![error.domain isEqualToString:NSCocoaErrorDomain]) return ServiceFailure::Kind::rejected;
@@ -85,7 +85,7 @@ OutgoingMessage XPCLink::messageFor(std::shared_ptr<PendingCall> call) {
       }
     }];
   }
-  if (remote == nil) call->fail(kClosed);
+  if (remote == nil) call->fail({ServiceFailure::Kind::unreachable, kClosed});
   return {remote, shared_from_this(), std::move(call)};
 }
 
@@ -107,7 +107,7 @@ void XPCLink::close() {
     open = std::exchange(connection_, nil);
   }
   [open invalidate];
-  pending_.failAll({ServiceFailure::Kind::interrupted, kClosed.description});
+  pending_.failAll({ServiceFailure::Kind::interrupted, kClosed});
 }
 
 NSXPCConnection* XPCLink::connectionLocked() {

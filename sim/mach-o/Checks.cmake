@@ -19,39 +19,33 @@ add_custom_target(macho_protocol_metadata DEPENDS ${metadata})
 add_executable(halvo_macho_test checks/ProtocolMetadataTest.cpp)
 add_dependencies(halvo_macho_test macho_protocol_metadata)
 target_compile_features(halvo_macho_test PRIVATE cxx_std_20)
-target_include_directories(halvo_macho_test PRIVATE "${HALVO_ROOT}")
+target_include_directories(halvo_macho_test PRIVATE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(halvo_macho_test PRIVATE HALVO_MACHO_METADATA_DIR="${CMAKE_CURRENT_BINARY_DIR}/metadata")
 target_link_libraries(halvo_macho_test PRIVATE GTest::gmock GTest::gtest_main)
 gtest_discover_tests(halvo_macho_test DISCOVERY_TIMEOUT 60)
 
-foreach(arch arm64 x86_64)
-  foreach(program ${programs})
+foreach(program ${programs})
+  set(linked "")
+  foreach(arch arm64 x86_64)
     list(APPEND linked "${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}")
   endforeach()
+  add_test(NAME MachO.ImportsAreTheReviewedOnes/${program}
+    COMMAND "${CMAKE_COMMAND}" "-DNM=${MACHO_NM}" "-DIMPORTS=${CMAKE_CURRENT_SOURCE_DIR}/${program}.imports"
+            "-DPROGRAMS=${linked}" -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/CompareImports.cmake")
 endforeach()
-add_test(NAME MachO.ImportsAreTheReviewedOnes
-  COMMAND "${CMAKE_COMMAND}" "-DNM=${MACHO_NM}" "-DIMPORTS=${IMPORTS}" "-DPROGRAMS=${linked}"
-          -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/CompareImports.cmake")
 
-# The simulated frameworks against the facts about the real ones.
+# The simulated frameworks against the facts about the real ones. The first test writes what the others compile.
 set(facts "${GENERATED}/facts.cpp")
-file(GLOB_RECURSE framework_headers CONFIGURE_DEPENDS "${HALVO_ROOT}/sim/frameworks/include/*.h")
-add_custom_command(OUTPUT "${facts}"
-  COMMAND "${CMAKE_COMMAND}" "-DTABLES=${HALVO_ROOT}/docs/mac-interfaces.md"
-          "-DINCLUDE=${HALVO_ROOT}/sim/frameworks/include" "-DOUTPUT=${facts}"
-          -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/Facts.cmake"
-  DEPENDS "${HALVO_ROOT}/docs/mac-interfaces.md" checks/Facts.cmake ${framework_headers}
-  COMMENT "Reading the facts about the Mac's interfaces" VERBATIM)
+add_test(NAME MachO.FactsCoverWhatTheFrameworksDeclare
+  COMMAND "${CMAKE_COMMAND}" "-DTABLES=${PROJECT_SOURCE_DIR}/docs/mac-interfaces.md"
+          "-DINCLUDE=${PROJECT_SOURCE_DIR}/sim/frameworks/include" "-DOUTPUT=${facts}"
+          -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/Facts.cmake")
+set_tests_properties(MachO.FactsCoverWhatTheFrameworksDeclare PROPERTIES FIXTURES_SETUP facts)
 foreach(arch arm64 x86_64)
-  set(stamp "${CMAKE_CURRENT_BINARY_DIR}/facts-${arch}.checked")
-  add_custom_command(OUTPUT "${stamp}"
-    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} -Wno-four-char-constants -fsyntax-only "${facts}"
-    COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
-    DEPENDS "${facts}" ${framework_headers}
-    COMMENT "Comparing the simulated frameworks with the facts for ${arch}" VERBATIM)
-  list(APPEND checked_facts "${stamp}")
+  add_test(NAME MachO.FrameworksEqualTheFacts/${arch}
+    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} -Wno-four-char-constants -fsyntax-only "${facts}")
+  set_tests_properties(MachO.FrameworksEqualTheFacts/${arch} PROPERTIES FIXTURES_REQUIRED facts)
 endforeach()
-add_custom_target(macho_facts ALL DEPENDS ${checked_facts})
 
 # One stamp per file: found once, a clean file is not looked at again until it or a header changes.
 foreach(source ${mac_sources})

@@ -1,16 +1,14 @@
-# The link: a text stub for every library, made from the reviewed list, so that a symbol which is not on the list is a
-# symbol that nobody defines.
-set(IMPORTS "${CMAKE_CURRENT_SOURCE_DIR}/imports.txt")
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${IMPORTS}")
+# The link: a text stub for every library, made from the program's reviewed list, so that a symbol which is not on the
+# list is a symbol that nobody defines.
 
-function(macho_write_stub library symbols)
+function(macho_write_stub path library symbols)
   if(NOT symbols)
     message(FATAL_ERROR "No symbols for ${library}")
   endif()
   list(TRANSFORM symbols PREPEND "'")
   list(TRANSFORM symbols APPEND "'")
   list(JOIN symbols ", " joined)
-  file(CONFIGURE OUTPUT "${GENERATED}/stubs/${library}.tbd" @ONLY CONTENT
+  file(CONFIGURE OUTPUT "${path}" @ONLY CONTENT
 "--- !tapi-tbd
 tbd-version: 4
 targets: [ arm64-macos, x86_64-macos ]
@@ -22,23 +20,28 @@ exports:
 ")
 endfunction()
 
-# imports.txt: a line "@Library" opens the imports of a library, one symbol a line follows; '#' starts a comment.
-file(STRINGS "${IMPORTS}" import_lines REGEX "^[^#]")
-set(library "")
-set(libraries "")
-foreach(line ${import_lines})
-  if(line MATCHES "^@(.*)$")
-    set(library "${CMAKE_MATCH_1}")
-    list(APPEND libraries ${library})
-  else()
-    list(APPEND "symbols_of_${library}" "${line}")
-  endif()
-endforeach()
-set(stubs "")
-foreach(library ${libraries})
-  macho_write_stub(${library} "${symbols_of_${library}}")
-  list(APPEND stubs "${GENERATED}/stubs/${library}.tbd")
-endforeach()
+# A list of imports: a line "@Library" opens those of a library, one symbol a line follows; '#' starts a comment.
+function(macho_write_stubs result program)
+  set(imports "${CMAKE_CURRENT_SOURCE_DIR}/${program}.imports")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${imports}")
+  file(STRINGS "${imports}" lines REGEX "^[^#]")
+  set(libraries "")
+  foreach(line ${lines})
+    if(line MATCHES "^@(.*)$")
+      set(library "${CMAKE_MATCH_1}")
+      list(APPEND libraries ${library})
+    else()
+      list(APPEND "symbols_of_${library}" "${line}")
+    endif()
+  endforeach()
+  set(stubs "")
+  foreach(library ${libraries})
+    set(stub "${GENERATED}/stubs/${program}/${library}.tbd")
+    macho_write_stub("${stub}" ${library} "${symbols_of_${library}}")
+    list(APPEND stubs "${stub}")
+  endforeach()
+  set(${result} ${stubs} PARENT_SCOPE)
+endfunction()
 
 # The C++ library's symbols are too many to review and carry no privilege; what is too new for the deployment target is
 # found by the compiler already.
@@ -50,15 +53,19 @@ list(FILTER cxx_symbols INCLUDE REGEX "^_Z|^__cxa_|^__gxx_")
 list(TRANSFORM cxx_symbols REPLACE "@.*$" "")
 list(REMOVE_DUPLICATES cxx_symbols)
 list(TRANSFORM cxx_symbols PREPEND "_")
-macho_write_stub(libc++ "${cxx_symbols}")
-list(APPEND stubs "${GENERATED}/stubs/libc++.tbd")
+set(CXX_STUB "${GENERATED}/stubs/libc++.tbd")
+macho_write_stub("${CXX_STUB}" libc++ "${cxx_symbols}")
 
+# Usage: macho_link(<program> <arch> OBJECTS <object>... LIBRARY <object>...); those of the library go in when needed.
 function(macho_link program arch)
+  cmake_parse_arguments(ARG "" "" "OBJECTS;LIBRARY" ${ARGN})
+  macho_write_stubs(stubs ${program})
   set(output "${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}")
   add_custom_command(OUTPUT "${output}"
     COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS_${arch}} -fuse-ld=lld --ld-path=${MACHO_LLD} -nostdlib -nodefaultlibs
-            -Wl,-dead_strip -Wl,-error-limit,0 -Wl,-platform_version,macos,13.0,13.0 ${ARGN} ${stubs} -o "${output}"
-    DEPENDS ${ARGN} ${stubs}
+            -Wl,-dead_strip -Wl,--error-limit=0 -Wl,-platform_version,macos,13.0,13.0
+            ${ARG_OBJECTS} -Wl,--start-lib ${ARG_LIBRARY} -Wl,--end-lib ${stubs} ${CXX_STUB} -o "${output}"
+    DEPENDS ${ARG_OBJECTS} ${ARG_LIBRARY} ${stubs}
     COMMENT "Linking ${program} for ${arch} against the reviewed imports" VERBATIM)
   add_custom_target(macho_${program}_${arch} ALL DEPENDS "${output}")
 endfunction()

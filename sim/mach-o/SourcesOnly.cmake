@@ -17,7 +17,5 @@ function(halvo_test)
 endfunction()
 
 foreach(module HalvoHelperXPC HalvoHelper main client)
-  if(EXISTS "${HALVO_ROOT}/${module}/CMakeLists.txt")
-    add_subdirectory("${HALVO_ROOT}/${module}" "${module}")
-  endif()
+  add_subdirectory("${PROJECT_SOURCE_DIR}/${module}" "${module}" EXCLUDE_FROM_ALL)
 endforeach()

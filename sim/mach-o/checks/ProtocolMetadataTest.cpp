@@ -81,6 +81,7 @@ TEST_P(ProtocolMetadata, NamesTypesAndOrderAreThoseOfTheTable) {
 }
 
 TEST_P(ProtocolMetadata, NothingIsOptionalOrAClassMethod) {
+  ASSERT_NE(definitionOf("\"_OBJC_$_PROTOCOL_INSTANCE_METHODS_HalvoHelperProtocol\"", module_), "");
   EXPECT_EQ(module_.find("PROTOCOL_INSTANCE_METHODS_OPT_HalvoHelperProtocol"), std::string::npos);
   EXPECT_EQ(module_.find("PROTOCOL_CLASS_METHODS_HalvoHelperProtocol"), std::string::npos);
   EXPECT_EQ(module_.find("PROTOCOL_CLASS_METHODS_OPT_HalvoHelperProtocol"), std::string::npos);
