@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <mutex>
 #include <thread>
 
 #include "platform/contract/AdmittingDelegate.h"
@@ -297,13 +298,18 @@ TEST_F(ServiceContract, DelegateIsAskedAboutOneClientAtATime) {
 }
 
 TEST_F(ServiceContract, EveryConnectionHasAHandlerOfItsOwn) {
-  std::vector<std::shared_ptr<ScriptedHandler>> made;
-  publish([&] { return made.emplace_back(std::make_shared<ScriptedHandler>()); });
+  std::mutex mutex;
+  std::vector<std::shared_ptr<ScriptedHandler>> made;  // guarded by mutex
+  publish([&] {
+    const std::lock_guard lock(mutex);
+    return made.emplace_back(std::make_shared<ScriptedHandler>());
+  });
   const auto other = newClient();
   ASSERT_EQ(pingAndWait(), "text ping");
   other->proxy(answers.failure())->enumerateActiveGuiDomains(answers.text());
   ASSERT_EQ(answers.next(), "text enumerateActiveGuiDomains");
 
+  const std::lock_guard lock(mutex);
   ASSERT_THAT(made, SizeIs(2));
   EXPECT_THAT(made[0]->calls(), ElementsAre("ping"));
   EXPECT_THAT(made[1]->calls(), ElementsAre("enumerateActiveGuiDomains"));
