@@ -6,6 +6,8 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
+option(BUILD_TESTING "Build the tests" ON)
+
 find_program(CCACHE ccache)
 if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
@@ -57,7 +59,7 @@ endfunction()
 # One test program per module. GoogleTest's discovery gives every test its own CTest entry, so that they run in
 # parallel and each name shows in the report.
 function(halvo_test name)
-  if(DEFINED BUILD_TESTING AND NOT BUILD_TESTING)
+  if(NOT BUILD_TESTING)
     return()
   endif()
   cmake_parse_arguments(ARG "" "" "SOURCES;PRIVATE" ${ARGN})

@@ -1,6 +1,11 @@
 // The product leaves: parts, application bundle, and at last the helper itself.
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+
 #include <filesystem>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "tests/Scenario.h"
 
 namespace halvo::sim {
@@ -202,11 +207,48 @@ TEST_F(BundleScenario, LinksInsideABundleAreRemovedAndNotFollowed) {
 
 TEST_F(BundleScenario, FilesOfOtherOwnersInABundleGoToo) {
   makeBundle("/Users/user501/Halvo.app");
-  mac().run(0, {"/bin/chmod", "000", "/Users/user501/Halvo.app/Contents/MacOS/halvo-daemon"});
+  mac().run(0, {"/bin/chown", "-R", "502", "/Users/user501/Halvo.app/Contents/MacOS"});
+  mac().run(0, {"/bin/chmod", "-R", "000", "/Users/user501/Halvo.app/Contents/MacOS"});
 
   EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "true");
 
   EXPECT_FALSE(stands("/Users/user501/Halvo.app"));
+}
+
+// A file that not even root can remove while this lives.
+class ImmutableFile {
+ public:
+  explicit ImmutableFile(const std::filesystem::path& path) : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    taken_ = setFlags(FS_IMMUTABLE_FL);
+  }
+  ~ImmutableFile() { setFlags(0); }
+  ImmutableFile(const ImmutableFile&) = delete;
+  ImmutableFile& operator=(const ImmutableFile&) = delete;
+
+  // Whether the file system knows such files and lets this process make one.
+  [[nodiscard]] bool taken() const { return taken_; }
+
+ private:
+  bool setFlags(int flags) const { return ::ioctl(file_.get(), FS_IOC_SETFLAGS, &flags) == 0; }
+
+  UniqueDescriptor file_;
+  bool taken_ = false;
+};
+
+TEST_F(BundleScenario, AnImmutableFileStaysWithTheFoldersAroundItAndTheAnswerIsFalse) {
+  makeBundle("/Users/user501/Halvo.app");
+  mac().writeFile("/Users/user501/Halvo.app/Contents/Info.plist", "goes");
+  mac().writeFile("/Users/user501/Halvo.app/Contents/locked", "stays");
+  mac().writeFile("/Users/user501/Halvo.appendix", "outside");
+  const ImmutableFile locked(mac().path("/Users/user501/Halvo.app/Contents/locked"));
+  if (!locked.taken()) GTEST_SKIP() << "this file system has no immutable files, or they are not for this user";
+
+  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "false");
+
+  EXPECT_EQ(mac().readFile("/Users/user501/Halvo.app/Contents/locked"), "stays");
+  EXPECT_FALSE(stands("/Users/user501/Halvo.app/Contents/Info.plist"));
+  EXPECT_FALSE(stands("/Users/user501/Halvo.app/Contents/MacOS"));
+  EXPECT_EQ(mac().readFile("/Users/user501/Halvo.appendix"), "outside");
 }
 
 TEST_F(BundleScenario, WithoutAGrantTheApplicationStays) {

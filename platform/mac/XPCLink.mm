@@ -106,8 +106,9 @@ void XPCLink::close() {
     closed_ = true;
     open = std::exchange(connection_, nil);
   }
-  [open invalidate];
+  // In this order: the connection's own word for what waits, spoken on its queue, would be that it never worked.
   pending_.failAll({ServiceFailure::Kind::interrupted, kClosed});
+  [open invalidate];
 }
 
 NSXPCConnection* XPCLink::connectionLocked() {

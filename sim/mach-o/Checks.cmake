@@ -71,3 +71,10 @@ foreach(source ${mac_sources})
 endforeach()
 file(MAKE_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/analysis")
 add_custom_target(macho_analysis ALL DEPENDS ${analyzed})
+
+# The build files as a Mac reads them.
+foreach(tests ON OFF)
+  add_test(NAME MachO.BuildFilesSuitAMac/Tests${tests}
+    COMMAND "${CMAKE_COMMAND}" "-DSOURCE=${PROJECT_SOURCE_DIR}" "-DBINARY=${CMAKE_CURRENT_BINARY_DIR}/mac-tests-${tests}"
+            -DTESTS=${tests} "-DGTEST=${GTest_DIR}" -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/ConfigureForMac.cmake")
+endforeach()

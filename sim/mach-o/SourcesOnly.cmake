@@ -12,9 +12,8 @@ function(halvo_executable name)
   add_executable(${name} EXCLUDE_FROM_ALL ${ARG_SOURCES})
 endfunction()
 
-function(halvo_test)
-  halvo_executable(${ARGV})
-endfunction()
+# Tests are no part of the product.
+set(BUILD_TESTING OFF)
 
 foreach(module HalvoHelperXPC HalvoHelper main client)
   add_subdirectory("${PROJECT_SOURCE_DIR}/${module}" "${module}" EXCLUDE_FROM_ALL)

@@ -8,14 +8,22 @@
 namespace halvo::sim {
 namespace {
 
-std::mutex threadsMutex;
-std::condition_variable threadsChanged;
-int threads = 0;  // guarded by threadsMutex
+struct Threads {
+  std::mutex mutex;
+  std::condition_variable changed;
+  int count = 0;  // guarded by mutex
+};
+
+// Never destroyed: the last threads may still be ending when the process does.
+Threads& threads() {
+  static auto& instance = *new Threads;
+  return instance;
+}
 
 void countThread(int change) {
-  const std::lock_guard lock(threadsMutex);
-  threads += change;
-  threadsChanged.notify_all();
+  const std::lock_guard lock(threads().mutex);
+  threads().count += change;
+  threads().changed.notify_all();
 }
 
 }  // namespace
@@ -63,8 +71,8 @@ void SerialQueue::drain(const std::shared_ptr<State>& state) {
 }
 
 void waitForSerialQueues() {
-  std::unique_lock lock(threadsMutex);
-  threadsChanged.wait(lock, [] { return threads == 0; });
+  std::unique_lock lock(threads().mutex);
+  threads().changed.wait(lock, [] { return threads().count == 0; });
 }
 
 }  // namespace halvo::sim

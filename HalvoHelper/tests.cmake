@@ -1,0 +1,96 @@
+# The core logic's tests, with the doubles and small programs that they need.
+set(tests
+  install/InstallPruningTest.cpp
+  install/InstallRecoveryTest.cpp
+  install/InstallRefusalTest.cpp
+  install/InstallResultTest.cpp
+  install/InstallSequenceTest.cpp
+  install/InstallerTest.cpp
+  install/VersionsTest.cpp
+  removal/AppBundleGuardTest.cpp
+  removal/AppBundleRemovalTest.cpp
+  removal/FinalRemovalTest.cpp
+  removal/UninstallResultTest.cpp
+  removal/UninstallSequenceTest.cpp
+  security/AdminRightTest.cpp
+  security/PkgDistrustTest.cpp
+  security/PkgFingerprintTest.cpp
+  security/PkgSignatureTest.cpp
+  security/PkgTrustReportTest.cpp
+  security/PkgTrustTest.cpp
+  security/PkgVerifierTest.cpp
+  service/ActivityTrackerTest.cpp
+  service/HelperHandlerCountingTest.cpp
+  service/HelperHandlerTest.cpp
+  system/AudioActivityTest.cpp
+  system/BoundedCopyTest.cpp
+  system/CopyTreeTest.cpp
+  system/LaunchctlTest.cpp
+  system/LoginUsersTest.cpp
+  system/PathStringsTest.cpp
+  system/PkgutilTest.cpp
+  system/RealPrivilegedFSTest.cpp
+  system/RealProcessRunnerTest.cpp
+  system/RemoveTreeTest.cpp
+  system/StageFileTest.cpp
+  testing/FifoEnds.cpp
+  testing/FileState.cpp
+  testing/FixedAudioDevices.cpp
+  testing/InMemoryPrivilegedFS.cpp
+  testing/InstallBench.cpp
+  testing/InstallMachine.cpp
+  testing/ProcessState.cpp
+  testing/ScriptedPrivilegedFS.cpp
+  testing/ScriptedProcessRunner.cpp
+  testing/TemporaryDirectory.cpp
+  testing/TreeSwapper.cpp
+  text/TextTest.cpp)
+
+# Where the system's frameworks are simulated, their answers can be scripted.
+if(NOT APPLE)
+  list(APPEND tests
+    security/AdminRightRegistrationTest.cpp
+    security/CFTextTest.cpp
+    security/RealAdminAuthorizerTest.cpp
+    security/SecCodeClientValidatorCallsTest.cpp
+    security/SecCodeClientValidatorTest.cpp
+    system/CoreAudioDeviceEnumeratorTest.cpp
+    testing/SignedProcess.cpp)
+endif()
+
+# Property tests, where their library is at hand: it is packaged for Linux only.
+if(APPLE)
+  find_package(rapidcheck QUIET)
+else()
+  find_package(rapidcheck REQUIRED)
+endif()
+set(libraries HalvoHelper)
+if(rapidcheck_FOUND)
+  list(APPEND tests security/PkgTrustPropertyTest.cpp)
+  list(APPEND libraries rapidcheck)
+endif()
+
+# Small programs that the tests start as child processes.
+halvo_executable(halvo_child_report SOURCES testing/ChildReport.cpp)
+halvo_executable(halvo_file_probe SOURCES testing/FileProbe.cpp PRIVATE HalvoHelper)
+
+halvo_test(HalvoHelperTest SOURCES ${tests} PRIVATE ${libraries})
+target_compile_definitions(HalvoHelperTest PRIVATE
+  HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>"
+  HALVO_FILE_PROBE="$<TARGET_FILE:halvo_file_probe>")
+add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe)
+
+# Counts what the report parser does: a build of it with a hook in every basic block, and a linker that can redirect
+# its searches.
+if(NOT APPLE)
+  add_library(halvo_counted_parser OBJECT security/PkgSignature.cpp text/Text.cpp)
+  target_link_libraries(halvo_counted_parser PRIVATE halvo_flags)
+  target_compile_options(halvo_counted_parser PRIVATE -fsanitize-coverage=trace-pc)
+  halvo_test(HalvoReportCostTest
+    SOURCES
+      security/PkgSignatureCostTest.cpp
+      $<TARGET_OBJECTS:halvo_counted_parser>)
+  target_link_options(HalvoReportCostTest PRIVATE -Wl,--wrap=memchr)
+  # GCC looks into the test's own allocation functions once it optimises and then misses that they belong together.
+  target_compile_options(HalvoReportCostTest PRIVATE -Wno-mismatched-new-delete)
+endif()
