@@ -119,11 +119,24 @@ TEST_F(AdmissionTest, TheHandlerDiesWithItsConnection) {
   EXPECT_TRUE(handlers_.front().expired());
 }
 
-TEST_F(AdmissionTest, AMissingConnectionIsRefused) {
+// Would take anybody.
+class HospitableDelegate final : public ServiceListenerDelegate {
+ public:
+  int asked = 0;
+
+  bool shouldAcceptNewConnection(IncomingConnection&) override {
+    ++asked;
+    return true;
+  }
+};
+
+TEST_F(AdmissionTest, AMissingConnectionIsRefusedAndTheDelegateNotAsked) {
+  const auto hospitable = std::make_shared<HospitableDelegate>();
+  HalvoListenerDelegate* const delegate = [[HalvoListenerDelegate alloc] initWithDelegate:hospitable];
   const id nothing = nil;
 
-  EXPECT_FALSE([delegate_ listener:listener_ shouldAcceptNewConnection:nothing]);
-  EXPECT_THAT(handlers_, IsEmpty());
+  EXPECT_FALSE([delegate listener:listener_ shouldAcceptNewConnection:nothing]);
+  EXPECT_EQ(hospitable->asked, 0);
 }
 
 }  // namespace

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include "sim/objc/doubles/SerialQueue.h"
+#import "sim/objc/doubles/XPCDoubleWorld.h"
 #include "sim/objc/tests/ServiceFixture.h"
 
 namespace halvo::sim {
 namespace {
 
 using testing::ElementsAre;
+using testing::StartsWith;
 
 TEST_F(ServiceTest, APingIsAnswered) { EXPECT_EQ(pinged(), "text {}"); }
 
@@ -87,6 +89,16 @@ TEST_F(ServiceTest, AnEndedClientIsNoLongerServed) {
   client_.reset();
 
   EXPECT_EQ(openDoubleConnections(kService), 0U);
+}
+
+TEST_F(ServiceTest, AnEndedListenerIsNotAskedAgainThoughTheSystemKeepsIt) {
+  NSXPCListener* const kept = listenerNamed(kService);
+  ASSERT_NE(kept, nil);
+
+  listener_.reset();
+
+  EXPECT_EQ(listenerNamed(kService), nil);
+  EXPECT_THAT(pinged(), StartsWith("unreachable"));
 }
 
 TEST(ServiceOwnershipTest, AfterListenerAndClientEndNoThreadAndNoHandlerIsLeft) {
