@@ -12,11 +12,13 @@ namespace {
 id initWithoutArguments(Class type) { return [static_cast<id>([type alloc]) init]; }
 
 TEST(UnavailableInitializerDeathTest, AnExportedHandlerWithoutHandlerStopsTheProcess) {
-  EXPECT_DEATH(initWithoutArguments([HalvoExportedHandler class]), "init\\(\\).*HalvoExportedHandler");
+  EXPECT_DEATH(initWithoutArguments([HalvoExportedHandler class]),
+               "halvo-helper: use of unimplemented initializer 'init\\(\\)' for class 'HalvoExportedHandler'");
 }
 
 TEST(UnavailableInitializerDeathTest, AListenerDelegateWithoutDelegateStopsTheProcess) {
-  EXPECT_DEATH(initWithoutArguments([HalvoListenerDelegate class]), "init\\(\\).*HalvoListenerDelegate");
+  EXPECT_DEATH(initWithoutArguments([HalvoListenerDelegate class]),
+               "halvo-helper: use of unimplemented initializer 'init\\(\\)' for class 'HalvoListenerDelegate'");
 }
 
 }  // namespace

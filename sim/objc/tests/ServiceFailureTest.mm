@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "sim/objc/doubles/SerialQueue.h"
 #include "sim/objc/tests/ServiceFixture.h"
 
 namespace halvo::sim {
@@ -61,6 +62,20 @@ TEST_F(ServiceFailureTest, AReplyAfterTheInterruptionIsDropped) {
 
   // The next answer comes on the same queue: by then the late one would have been given a second time, and thrown.
   EXPECT_EQ(removed(), "true");
+}
+
+TEST_F(ServiceFailureTest, AReplyAfterTheClientsEndIsDropped) {
+  Answer answer;
+  startUnansweredPing(answer);
+  client_.reset();
+  EXPECT_THAT(answer.get(), StartsWith("interrupted: "));
+
+  delegate_->handler->textReplies.front()("too late");
+  delegate_->handler->textReplies.clear();
+
+  // Until the last queue has ended: a late answer would be given a second time there, and end the process.
+  listener_.reset();
+  waitForSerialQueues();
 }
 
 TEST_F(ServiceFailureTest, ErrorsOfOtherKindsRejectTheMessage) {
