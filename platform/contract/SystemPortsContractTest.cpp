@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "platform/ServiceRegistration.h"
 #include "platform/SystemLog.h"
@@ -48,6 +50,15 @@ TEST(SystemUptimeContract, NeverGoesBack) {
 
   EXPECT_GT(first, 0.0);
   EXPECT_GE(second, first);
+}
+
+TEST(SystemUptimeContract, CountsSeconds) {
+  const double before = halvoSystemUptime();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  const double passed = halvoSystemUptime() - before;
+
+  EXPECT_GE(passed, 0.09);
+  EXPECT_LT(passed, 60.0);
 }
 
 TEST(ServiceRegistrationContract, FailureIsDescribed) {

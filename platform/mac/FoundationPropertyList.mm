@@ -27,7 +27,7 @@ id objectIn(NSData* data) {
 
 std::optional<PropertyList> halvoReadPropertyList(std::span<const std::byte> bytes) {
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  if (text.empty() || holdsTooManyContainers(text)) return std::nullopt;
+  if (holdsTooManyContainers(text)) return std::nullopt;
   @autoreleasepool {
     const id top = objectIn([NSData dataWithBytes:bytes.data() length:bytes.size()]);
     if (![top isKindOfClass:[NSDictionary class]]) return std::nullopt;

@@ -1,36 +1,12 @@
 #include "sim/launchd/Launchd.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "sim/harness/WaitUntil.h"
-#include "sim/launchd/testing/RunningLaunchd.h"
+#include "sim/launchd/testing/LaunchdFixture.h"
 
 namespace halvo::sim {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
-
-constexpr const char* kDaemons = "Library/LaunchDaemons";
-constexpr const char* kElsewhere = "elsewhere";
-const std::string kNoThrottle = "<key>ThrottleInterval</key><integer>0</integer>";
-const std::string kAtLoad = "<key>RunAtLoad</key><true/>";
-const std::string kAlways = "<key>KeepAlive</key><true/>";
-
-class LaunchdTest : public testing::Test {
- protected:
-  bool runs(const std::string& label) const {
-    const auto job = launchd.state("system", label);
-    return job && job->pid;
-  }
-
-  RunningLaunchd launchd;
-};
 
 TEST_F(LaunchdTest, AJobWithAServiceWaitsForItsFirstClient) {
   launchd.job(kDaemons, "test.server", {"serve"}, publishing("test.service"));
@@ -195,159 +171,6 @@ TEST_F(LaunchdTest, WhatAJobLeavesInItsProcessGroupEndsWithIt) {
   ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(file); }));
 
   EXPECT_TRUE(waitUntil([&] { return !alive(std::stoi(launchd.root.read("child"))); }));
-}
-
-struct RefusalRow {
-  std::string name;
-  std::function<ControlReply(const RunningLaunchd&)> ask;
-  int status;
-};
-
-class LaunchdRefusal : public testing::TestWithParam<RefusalRow> {};
-
-TEST_P(LaunchdRefusal, HasLaunchctlsExitStatus) {
-  RunningLaunchd launchd;
-  launchd.job(kDaemons, "test.idle", {"idle"}, publishing("test.service"));
-  launchd.root.write("elsewhere/broken.plist", "garbage");
-  launchd.job(kElsewhere, "test.rival", {"idle"}, publishing("test.service"));
-  launchd.start();
-
-  EXPECT_EQ(GetParam().ask(launchd).status, GetParam().status);
-}
-
-std::string elsewhere(const RunningLaunchd& launchd, const std::string& file) {
-  return (launchd.root.path() / "elsewhere" / file).string();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, LaunchdRefusal,
-    testing::Values(
-        RefusalRow{"BootoutOfAnUnknownJob", [](const auto& l) { return l.control().bootout("system/nobody"); }, 3},
-        RefusalRow{"BootoutOfADomain", [](const auto& l) { return l.control().bootout("system"); }, 3},
-        RefusalRow{"BootoutInAnAbsentDomain", [](const auto& l) { return l.control().bootout("gui/501/x"); }, 112},
-        RefusalRow{"BootstrapOfALoadedJob",
-                   [](const auto& l) {
-                     return l.control().bootstrap("system", (l.root.path() / kDaemons / "test.idle.plist").string());
-                   },
-                   5},
-        RefusalRow{"BootstrapOfGarbage",
-                   [](const auto& l) { return l.control().bootstrap("system", elsewhere(l, "broken.plist")); }, 5},
-        RefusalRow{"BootstrapOfNothing",
-                   [](const auto& l) { return l.control().bootstrap("system", elsewhere(l, "absent.plist")); }, 5},
-        RefusalRow{"BootstrapOfATakenService",
-                   [](const auto& l) { return l.control().bootstrap("system", elsewhere(l, "test.rival.plist")); }, 5},
-        RefusalRow{"BootstrapIntoAnAbsentDomain",
-                   [](const auto& l) { return l.control().bootstrap("gui/501", elsewhere(l, "test.rival.plist")); },
-                   112},
-        RefusalRow{"PrintOfAnAbsentDomain", [](const auto& l) { return l.control().print("gui/501"); }, 112},
-        RefusalRow{"PrintOfAnUnknownKindOfDomain", [](const auto& l) { return l.control().print("pid/1"); }, 112},
-        RefusalRow{"PrintOfAnUnknownJob", [](const auto& l) { return l.control().print("system/nobody"); }, 113},
-        RefusalRow{"KillallOfAJobThatDoesNotRun", [](const auto& l) { return l.control().killall("sim-test-job"); },
-                   1}),
-    [](const auto& row) { return row.param.name; });
-
-TEST_F(LaunchdTest, ARefusalSaysWhy) {
-  const auto plist = launchd.job(kDaemons, "test.idle", {"idle"});
-  launchd.start();
-
-  EXPECT_EQ(launchd.control().bootstrap("system", plist).text,
-            "Input/output error\nsystem/test.idle is loaded already.");
-}
-
-TEST_F(LaunchdTest, PrintDescribesDomainsAndJobs) {
-  launchd.job(kDaemons, "test.idle", {"idle"}, publishing("test.service"));
-  launchd.start();
-
-  EXPECT_THAT(launchd.control().print("system").text, HasSubstr("test.idle"));
-  EXPECT_THAT(launchd.control().print("system/test.idle").text, HasSubstr("state = not running"));
-}
-
-TEST_F(LaunchdTest, OthersThanRootMayOnlyLook) {
-  if (::geteuid() != 0) GTEST_SKIP() << "Only root can act as somebody else.";
-  launchd.job(kDaemons, "test.idle", {"idle"});
-  std::filesystem::permissions(launchd.root.path(), std::filesystem::perms(0755));
-  launchd.start();
-
-  const pid_t other = ::fork();
-  if (other == 0) {
-    const bool became = ::setuid(501) == 0;
-    const bool looks = launchd.control().print("system").status == 0;
-    const bool changes = launchd.control().bootout("system/test.idle").status != 1;
-    ::_exit(became && looks && !changes ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(other, &status, 0), other);
-
-  EXPECT_EQ(status, 0);
-  EXPECT_TRUE(launchd.state("system", "test.idle"));
-}
-
-TEST_F(LaunchdTest, ARegisteredServiceOutlivesARestart) {
-  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
-  launchd.start();
-
-  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
-  EXPECT_EQ(launchd.stop(), 0);
-  launchd.start();
-
-  EXPECT_EQ(launchd.root.read("sim/registered-services"), plist + "\n");
-  EXPECT_EQ(launchd.ask("test.service")["listen_fds"], "1");
-}
-
-TEST_F(LaunchdTest, RegisteringTwiceChangesNothing) {
-  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
-  launchd.start();
-
-  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
-  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
-
-  EXPECT_EQ(launchd.root.read("sim/registered-services"), plist + "\n");
-}
-
-TEST_F(LaunchdTest, UnregisteringLeavesTheProcessAndAnswersNobodyElse) {
-  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
-  launchd.start();
-  launchd.control().registerService(plist);
-  const pid_t process = launchd.ask("test.service")["pid"];
-
-  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
-
-  EXPECT_TRUE(alive(process));
-  EXPECT_EQ(launchd.root.read("sim/registered-services"), "");
-  EXPECT_TRUE(launchd.ask("test.service").is_null());
-  EXPECT_EQ(launchd.control().bootout("system/test.server").status, 0);
-  EXPECT_FALSE(alive(process));
-}
-
-TEST_F(LaunchdTest, UnregisteringAJobThatDoesNotRunForgetsIt) {
-  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
-  launchd.start();
-  launchd.control().registerService(plist);
-
-  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
-
-  EXPECT_FALSE(launchd.state("system", "test.server"));
-  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
-}
-
-TEST_F(LaunchdTest, AJobThatWasUnregisteredIsForgottenWhenItsProcessEnds) {
-  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service") + kAlways);
-  launchd.start();
-  launchd.control().registerService(plist);
-  const pid_t process = launchd.ask("test.service")["pid"];
-  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
-
-  EXPECT_EQ(launchd.control().registerService(plist).status, 37);
-  ::kill(process, SIGKILL);
-
-  EXPECT_TRUE(waitUntil([&] { return !launchd.state("system", "test.server"); }));
-}
-
-TEST_F(LaunchdTest, UnregisteringWhatIsNotRegisteredSaysSo) {
-  launchd.start();
-
-  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"),
-            "The operation couldn’t be completed. (SMAppServiceErrorDomain error 6: job not found)");
 }
 
 TEST_F(LaunchdTest, WhatAJobPrintsIsKept) {

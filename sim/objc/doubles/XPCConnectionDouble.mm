@@ -1,6 +1,7 @@
 #include <mach/message.h>
 #import <objc/runtime.h>
 
+#include <future>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -140,7 +141,9 @@ using namespace halvo::sim;
 
 - (BOOL)mayConnect {
   const std::lock_guard lock(_mutex);
-  return !_invalid && !_ended && _resumeCount > 0;
+  // The services here are the system's: without the option a connection looks in its user's session only.
+  const bool looksInTheSystem = (_options & NSXPCConnectionPrivileged) != 0;
+  return looksInTheSystem && !_invalid && !_ended && _resumeCount > 0;
 }
 
 // The connection is interrupted: what waits fails, the next message connects anew. On the client's queue.
@@ -187,6 +190,17 @@ using namespace halvo::sim;
   [self endExport];
   NSXPCConnection* const client = _client;
   [client async:[client] { [client lose]; }];
+}
+
+- (void)endByInvalidation {
+  [self endExport];
+  NSXPCConnection* const client = _client;
+  std::promise<void> done;
+  [client async:[client, &done] {
+    [client becomeInvalid];
+    done.set_value();
+  }];
+  done.get_future().wait();
 }
 
 - (void)endExport {

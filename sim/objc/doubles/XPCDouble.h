@@ -19,6 +19,9 @@ void setDoubleClientIdentity(id token, pid_t pid);
 // The helper's process ends: every open connection to the service is interrupted, its exported object let go of.
 void endDoubleService(const std::string& machServiceName);
 
+// The system gives up every open connection to the service: their clients' ends are invalid when this returns.
+void giveUpDoubleConnections(const std::string& machServiceName);
+
 // The next message of any client fails before it is sent.
 void failNextDoubleMessage(NSError* error);
 

@@ -26,6 +26,8 @@ NSXPCConnection* newHelperEnd();
 - (void)setClient:(NSXPCConnection*)client;
 // The helper ended: the client's end is interrupted.
 - (void)endByInterruption;
+// The system gave the connection up: the client's end is invalid when this returns. Not on the client's queue.
+- (void)endByInvalidation;
 // The client ended: the exported object is let go of once the current message is done.
 - (void)endExport;
 @end
@@ -35,5 +37,6 @@ NSXPCConnection* newHelperEnd();
 - (BOOL)takeClient:(NSXPCConnection*)connection;
 - (void)dropClient:(NSXPCConnection*)connection;
 - (void)endEveryConnection;
+- (void)giveUpEveryConnection;
 - (std::size_t)servedCount;
 @end

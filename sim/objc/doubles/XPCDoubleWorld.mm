@@ -61,6 +61,10 @@ void setDoubleClientIdentity(id token, pid_t pid) {
 
 void endDoubleService(const std::string& machServiceName) { [listenerNamed(machServiceName) endEveryConnection]; }
 
+void giveUpDoubleConnections(const std::string& machServiceName) {
+  [listenerNamed(machServiceName) giveUpEveryConnection];
+}
+
 void failNextDoubleMessage(NSError* error) {
   const std::lock_guard lock(worldMutex);
   scriptedFailure = error;

@@ -70,14 +70,19 @@ using namespace halvo::sim;
   [_served removeObjectIdenticalTo:connection];
 }
 
+- (NSArray<NSXPCConnection*>*)takeServed {
+  const std::lock_guard lock(_mutex);
+  NSArray<NSXPCConnection*>* const served = [_served copy];
+  [_served removeAllObjects];
+  return served;
+}
+
 - (void)endEveryConnection {
-  NSArray<NSXPCConnection*>* served = nil;
-  {
-    const std::lock_guard lock(_mutex);
-    served = [_served copy];
-    [_served removeAllObjects];
-  }
-  for (NSXPCConnection* connection in served) [connection endByInterruption];
+  for (NSXPCConnection* connection in [self takeServed]) [connection endByInterruption];
+}
+
+- (void)giveUpEveryConnection {
+  for (NSXPCConnection* connection in [self takeServed]) [connection endByInvalidation];
 }
 
 - (std::size_t)servedCount {

@@ -52,6 +52,22 @@ TEST_F(ServiceFailureTest, AfterAnInterruptionTheNextMessageConnectsAnew) {
   EXPECT_EQ(pinged(), "text {}");
 }
 
+TEST_F(ServiceFailureTest, ARefusalByTheHelperThatFollowsIsNoInterruption) {
+  pinged();
+  endDoubleService(kService);
+  delegate_->admits = false;
+  pinged();  // its answer comes after the news of the end
+
+  EXPECT_THAT(pinged(), StartsWith("unreachable: "));
+}
+
+TEST_F(ServiceFailureTest, AfterAConnectionThatTheSystemGaveUpTheNextMessageConnectsAnew) {
+  pinged();
+  giveUpDoubleConnections(kService);
+
+  EXPECT_EQ(pinged(), "text {}");
+}
+
 TEST_F(ServiceFailureTest, AReplyAfterTheInterruptionIsDropped) {
   Answer answer;
   startUnansweredPing(answer);
@@ -92,6 +108,12 @@ TEST_F(ServiceFailureTest, AnErrorOfAnotherDomainRejectsTheMessage) {
                                         userInfo:@{NSLocalizedDescriptionKey : @"odd"}]);
 
   EXPECT_EQ(pinged(), "rejected: odd");
+}
+
+TEST_F(ServiceFailureTest, AnErrorWithoutATextIsDescribedAllTheSame) {
+  failNextDoubleMessage([NSError errorWithDomain:@"Other" code:1 userInfo:@{NSLocalizedDescriptionKey : @""}]);
+
+  EXPECT_EQ(pinged(), "rejected: The connection failed.");
 }
 
 TEST_F(ServiceFailureTest, AClientWhoseSignatureTheServiceRefusesFindsItUnreachable) {

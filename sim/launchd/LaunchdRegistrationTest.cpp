@@ -1,0 +1,77 @@
+// Services that the application registers and unregisters.
+#include "sim/harness/WaitUntil.h"
+#include "sim/launchd/testing/LaunchdFixture.h"
+
+namespace halvo::sim {
+namespace {
+
+TEST_F(LaunchdTest, ARegisteredServiceOutlivesARestart) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.start();
+
+  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
+  EXPECT_EQ(launchd.stop(), 0);
+  launchd.start();
+
+  EXPECT_EQ(launchd.root.read("sim/registered-services"), plist + "\n");
+  EXPECT_EQ(launchd.ask("test.service")["listen_fds"], "1");
+}
+
+TEST_F(LaunchdTest, RegisteringTwiceChangesNothing) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.start();
+
+  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
+  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
+
+  EXPECT_EQ(launchd.root.read("sim/registered-services"), plist + "\n");
+}
+
+TEST_F(LaunchdTest, UnregisteringLeavesTheProcessAndAnswersNobodyElse) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.start();
+  launchd.control().registerService(plist);
+  const pid_t process = launchd.ask("test.service")["pid"];
+
+  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
+
+  EXPECT_TRUE(alive(process));
+  EXPECT_EQ(launchd.root.read("sim/registered-services"), "");
+  EXPECT_TRUE(launchd.ask("test.service").is_null());
+  EXPECT_EQ(launchd.control().bootout("system/test.server").status, 0);
+  EXPECT_FALSE(alive(process));
+}
+
+TEST_F(LaunchdTest, UnregisteringAJobThatDoesNotRunForgetsIt) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.start();
+  launchd.control().registerService(plist);
+
+  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
+
+  EXPECT_FALSE(launchd.state("system", "test.server"));
+  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
+}
+
+TEST_F(LaunchdTest, AJobThatWasUnregisteredIsForgottenWhenItsProcessEnds) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service") + kAlways);
+  launchd.start();
+  launchd.control().registerService(plist);
+  const pid_t process = launchd.ask("test.service")["pid"];
+  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
+
+  EXPECT_EQ(launchd.control().registerService(plist).status, 37);
+  ::kill(process, SIGKILL);
+
+  EXPECT_TRUE(waitUntil([&] { return !launchd.state("system", "test.server"); }));
+}
+
+TEST_F(LaunchdTest, UnregisteringWhatIsNotRegisteredSaysSo) {
+  launchd.start();
+
+  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"),
+            "The operation couldn’t be completed. (SMAppServiceErrorDomain error 6: job not found)");
+}
+
+}  // namespace
+}  // namespace halvo::sim

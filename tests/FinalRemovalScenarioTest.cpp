@@ -1,0 +1,94 @@
+// The helper takes itself away.
+#include "tests/RemovalScenario.h"
+
+namespace halvo::sim {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+class FinalRemovalScenario : public RemovalScenario {
+ protected:
+  bool helperIsGone() { return !machine.job("system", "com.halvo.helper").has_value(); }
+};
+
+TEST_F(FinalRemovalScenario, TheAnswerComesFirstAndThenTheHelperIsGone) {
+  start();
+
+  EXPECT_EQ(reply({"finalize"}), "true");
+
+  EXPECT_TRUE(waitUntil([&] { return helperIsGone(); }));
+  EXPECT_THAT(helperLog(), Contains("halvo-helper: finalized, booting out com.halvo.helper"));
+  EXPECT_EQ(mac().readState("registered-services"), "");
+}
+
+TEST_F(FinalRemovalScenario, AfterwardsNobodyAnswers) {
+  start();
+  machine.app({"finalize"});
+  ASSERT_TRUE(waitUntil([&] { return helperIsGone(); }));
+
+  const CommandResult ping = machine.app({"ping"});
+
+  EXPECT_EQ(ping.out, "");
+  EXPECT_NE(ping.status, 0);
+}
+
+TEST_F(FinalRemovalScenario, RegisteredAgainTheHelperServesAndInstalls) {
+  start();
+  machine.app({"finalize"});
+  ASSERT_TRUE(waitUntil([&] { return helperIsGone(); }));
+
+  machine.reinstallApplication();
+
+  EXPECT_EQ(reply({"ping"}), kPingReply);
+  EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kInstalledReply);
+}
+
+TEST_F(FinalRemovalScenario, ARequestBeforeTheDelayIsOverIsStillServed) {
+  // Slowed down, the delay lasts long enough for a request of any speed.
+  mac().writeState("clock-rate", "0.05\n");
+  start();
+  machine.app({"finalize"});
+
+  EXPECT_EQ(reply({"ping"}), kPingReply);
+
+  EXPECT_FALSE(helperIsGone());
+}
+
+TEST_F(FinalRemovalScenario, ARunningInstallIsCompletedFirst) {
+  start();
+  auto install =
+      machine.appAsync(ProductMachine::install(machine.package({.extra = {"--postinstall", waitingScript(mac())}})));
+  ASSERT_TRUE(waitUntil([&] { return stands("/Library/LaunchAgents/com.halvo.daemon.plist"); }));
+
+  EXPECT_EQ(reply({"finalize"}), "true");
+  EXPECT_FALSE(waitUntil([&] { return helperIsGone(); }, std::chrono::milliseconds(800)));
+  letItGo(mac());
+
+  EXPECT_EQ(install.get().out, std::string(kInstalledReply) + "\n");
+  EXPECT_TRUE(waitUntil([&] { return helperIsGone(); }));
+}
+
+TEST_F(FinalRemovalScenario, WithoutAGrantTheHelperStays) {
+  start();
+
+  EXPECT_EQ(reply({"finalize", "--without-grant"}), "false");
+  machine.app({"legacy", "finalize"});
+
+  EXPECT_EQ(reply({"ping"}), kPingReply);
+  EXPECT_FALSE(helperIsGone());
+}
+
+TEST_F(FinalRemovalScenario, TheJobTableLosesTheProductAndNothingElse) {
+  installed();
+  machine.app({"prepare-removal"});
+  machine.app({"finalize"});
+  ASSERT_TRUE(waitUntil([&] { return helperIsGone(); }));
+
+  const std::vector<JobState> jobs = mac().jobs();
+
+  EXPECT_THAT(jobs, ElementsAre(testing::Field(&JobState::label, "com.apple.audio.coreaudiod")));
+}
+
+}  // namespace
+}  // namespace halvo::sim
