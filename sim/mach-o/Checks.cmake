@@ -22,7 +22,7 @@ target_compile_features(halvo_macho_test PRIVATE cxx_std_20)
 target_include_directories(halvo_macho_test PRIVATE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(halvo_macho_test PRIVATE HALVO_MACHO_METADATA_DIR="${CMAKE_CURRENT_BINARY_DIR}/metadata")
 target_link_libraries(halvo_macho_test PRIVATE GTest::gmock GTest::gtest_main)
-gtest_discover_tests(halvo_macho_test DISCOVERY_TIMEOUT 60)
+gtest_discover_tests(halvo_macho_test NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60)
 
 foreach(program ${programs})
   set(linked "")
