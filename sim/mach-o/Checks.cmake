@@ -63,7 +63,7 @@ foreach(source ${mac_sources})
     DEPENDS "${source}" DEPFILE "${stamp}.d"
     COMMENT "Analyzing ${name}" VERBATIM)
   add_custom_command(OUTPUT "${stamp}.tidied"
-    COMMAND "${MACHO_TIDY}" --quiet --warnings-as-errors=* "${source}" -- ${flags}
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/quietly" "${MACHO_TIDY}" --quiet --warnings-as-errors=* "${source}" -- ${flags}
     COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}.tidied"
     DEPENDS "${source}" "${stamp}.analyzed"
     COMMENT "Tidying ${name}" VERBATIM)

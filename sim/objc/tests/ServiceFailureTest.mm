@@ -28,11 +28,22 @@ TEST_F(ServiceFailureTest, AServiceThatNobodyPublishesIsUnreachable) {
 TEST_F(ServiceFailureTest, AfterAnInvalidConnectionTheNextMessageConnectsAnew) {
   listener_.reset();
   pinged();
-  listener_ = ServiceListener::forMachService(kService);
-  listener_->setDelegate(delegate_);
-  listener_->resume();
+  publishAgain();
 
   EXPECT_EQ(pinged(), "text {}");
+}
+
+TEST_F(ServiceFailureTest, WhoTriesAgainWhileBeingToldOfTheFailureDoesNotGetTheDeadConnection) {
+  listener_.reset();
+  Answer second;
+  const auto tryAgain = [&](const ServiceFailure&) {
+    publishAgain();
+    client_->proxy(second.failure())->ping(second.text());
+  };
+
+  client_->proxy(tryAgain)->ping([](const std::string&) {});
+
+  EXPECT_EQ(second.get(), "text {}");
 }
 
 TEST_F(ServiceFailureTest, AHelperThatEndsDuringACallInterruptsIt) {

@@ -91,6 +91,13 @@ class ServiceTest : public testing::Test {
     return answer.get();
   }
 
+  // A new listener takes the place of one that ended.
+  void publishAgain() {
+    listener_ = ServiceListener::forMachService(kService);
+    listener_->setDelegate(delegate_);
+    listener_->resume();
+  }
+
   // Returns when the ping is with the handler, which keeps its reply.
   void startUnansweredPing(Answer& answer) {
     delegate_->handler->keepsTextReplies = true;
