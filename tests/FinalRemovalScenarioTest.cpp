@@ -1,4 +1,6 @@
 // The helper takes itself away.
+#include <chrono>
+
 #include "tests/RemovalScenario.h"
 
 namespace halvo::sim {
@@ -53,6 +55,18 @@ TEST_F(FinalRemovalScenario, ARequestBeforeTheDelayIsOverIsStillServed) {
   EXPECT_EQ(reply({"ping"}), kPingReply);
 
   EXPECT_FALSE(helperIsGone());
+}
+
+TEST_F(FinalRemovalScenario, TheWorkDoesNotBeginBeforeThreeTenthsOfASecondHavePassed) {
+  // Slowed down to three seconds, which no other delay comes near to.
+  mac().writeState("clock-rate", "0.1\n");
+  start();
+  const auto before = std::chrono::steady_clock::now();
+  machine.app({"finalize"});
+
+  ASSERT_TRUE(waitUntil([&] { return helperIsGone(); }));
+
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(3));
 }
 
 TEST_F(FinalRemovalScenario, ARunningInstallIsCompletedFirst) {
