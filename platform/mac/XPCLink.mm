@@ -106,7 +106,7 @@ void XPCLink::close() {
     closed_ = true;
     open = std::exchange(connection_, nil);
   }
-  // In this order: the connection's own word for what waits, spoken on its queue, would be that it never worked.
+  // In this order: an invalidated connection would itself fail what waits, and say that it had never worked.
   pending_.failAll({ServiceFailure::Kind::interrupted, kClosed});
   [open invalidate];
 }

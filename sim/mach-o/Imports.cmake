@@ -65,7 +65,7 @@ function(macho_link program arch)
     COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS_${arch}} -fuse-ld=lld --ld-path=${MACHO_LLD} -nostdlib -nodefaultlibs
             -Wl,-dead_strip -Wl,--error-limit=0 -Wl,-platform_version,macos,13.0,13.0
             ${ARG_OBJECTS} -Wl,--start-lib ${ARG_LIBRARY} -Wl,--end-lib ${stubs} ${CXX_STUB} -o "${output}"
-    DEPENDS ${ARG_OBJECTS} ${ARG_LIBRARY} ${stubs}
+    DEPENDS ${ARG_OBJECTS} ${ARG_LIBRARY} ${stubs} ${CXX_STUB}
     COMMENT "Linking ${program} for ${arch} against the reviewed imports" VERBATIM)
   add_custom_target(macho_${program}_${arch} ALL DEPENDS "${output}")
 endfunction()
