@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "platform/JSONObject.h"
+#include "platform/contract/Repeated.h"
 
 namespace halvo {
 namespace {
@@ -15,12 +16,6 @@ using testing::Values;
 
 constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
-
-std::string repeated(std::string_view text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) all += text;
-  return all;
-}
 
 // An object that holds one array in another; the object is the first level.
 std::string nested(int levels) { return "{\"a\":" + repeated("[", levels - 1) + repeated("]", levels - 1) + "}"; }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/PropertyList.h"
+#include "platform/contract/Repeated.h"
 
 namespace halvo {
 namespace {
@@ -23,12 +24,6 @@ std::string xml(std::string_view content) {
          R"(<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">)"
          R"(<plist version="1.0">)" +
          std::string(content) + "</plist>\n";
-}
-
-std::string repeated(std::string_view text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) all += text;
-  return all;
 }
 
 // {"CFBundleVersion": "2.1.0", "n": 7}: the objects, where each lies, and how to read those positions.

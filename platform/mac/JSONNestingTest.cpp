@@ -4,14 +4,10 @@
 
 #include <string>
 
+#include "platform/contract/Repeated.h"
+
 namespace halvo {
 namespace {
-
-std::string repeated(const std::string& text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) all += text;
-  return all;
-}
 
 TEST(JSONNestingTest, DepthOf512IsAllowed) {
   const std::string deep = std::string(512, '[') + std::string(512, ']');

@@ -4,14 +4,10 @@
 
 #include <string>
 
+#include "platform/contract/Repeated.h"
+
 namespace halvo {
 namespace {
-
-std::string repeated(const std::string& text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) all += text;
-  return all;
-}
 
 // A binary list of `count` empty arrays (0xA0), each with a two-byte offset.
 std::string binaryWithArrays(int count) {

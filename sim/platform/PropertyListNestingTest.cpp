@@ -4,14 +4,10 @@
 
 #include <string>
 
+#include "platform/contract/Repeated.h"
+
 namespace halvo::sim {
 namespace {
-
-std::string repeated(std::string_view text, int times) {
-  std::string all;
-  for (int i = 0; i < times; ++i) all += text;
-  return all;
-}
 
 // A binary list of `arrays` empty arrays, all at the same place; what matters is how many objects the table names.
 std::string binaryWithArrays(unsigned arrays) {
