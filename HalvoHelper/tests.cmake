@@ -94,3 +94,18 @@ if(NOT APPLE)
   # GCC looks into the test's own allocation functions once it optimises and then misses that they belong together.
   target_compile_options(HalvoReportCostTest PRIVATE -Wno-mismatched-new-delete)
 endif()
+
+# Tests of what happens when a system call fails. The linker leads the named calls of the whole program through
+# testing/SystemCallFaults.cpp.
+if(NOT APPLE)
+  halvo_test(HalvoHelperFaultTest
+    SOURCES
+      testing/SystemCallFaults.cpp
+      testing/SystemCallFaultsTest.cpp
+      testing/TemporaryDirectory.cpp
+    PRIVATE HalvoHelper)
+  set(faulty_calls
+    close fcntl fdopendir fstat fstatat open openat pipe read readdir unlink unlinkat waitpid write)
+  list(TRANSFORM faulty_calls PREPEND "-Wl,--wrap=")
+  target_link_options(HalvoHelperFaultTest PRIVATE ${faulty_calls})
+endif()
