@@ -84,6 +84,7 @@ void ClientLink::run() {
     process();
     waitForWork();
   }
+  for (Sent& sent : sent_) sent.slot.reset();
   bus_.reset();
   failWaiting(kClosed);
 }
@@ -104,12 +105,22 @@ void ClientLink::transmit(Messages messages) {
       message.fail(unreachable(machServiceName_, error));
       continue;
     }
-    const OwnedBusMessage call = message.encode(bus_.get());
-    std::uint64_t cookie = 0;
-    const int status = call ? sd_bus_send(bus_.get(), call.get(), &cookie) : -EINVAL;
-    sent_.push_back({std::move(message), cookie});
-    if (status < 0) disconnect(-status);
+    sent_.push_back({*this, std::move(message), nullptr});
+    if (const int status = transmitNewest(); status < 0) disconnect(-status);
   }
+}
+
+int ClientLink::transmitNewest() {
+  Sent& sent = sent_.back();
+  const OwnedBusMessage call = sent.message.encode(bus_.get());
+  if (!call) return -EINVAL;
+  if (!sent.message.expectsReply()) return sd_bus_send(bus_.get(), call.get(), nullptr);
+  // An installation takes as long as it takes.
+  constexpr std::uint64_t kNoTimeOut = UINT64_MAX;
+  sd_bus_slot* slot = nullptr;
+  const int status = sd_bus_call_async(bus_.get(), &slot, call.get(), onAnswer, &sent, kNoTimeOut);
+  sent.slot.reset(slot);
+  return status;
 }
 
 int ClientLink::connect() {
@@ -120,8 +131,6 @@ int ClientLink::connect() {
   OwnedBus bus(raw);
   if (status >= 0) status = sd_bus_set_fd(raw, socket.get(), socket.get());
   if (status >= 0) static_cast<void>(socket.release());
-  // Answers are matched here and not by the library, which would give up on an installation after a while.
-  if (status >= 0) status = sd_bus_add_filter(raw, nullptr, onAnswer, this);
   if (status >= 0) status = sd_bus_start(raw);
   if (status < 0) return -status;
   bus_ = std::move(bus);
@@ -145,21 +154,20 @@ void ClientLink::dropWrittenOneWays() {
   std::erase_if(sent_, [](const Sent& sent) { return !sent.message.expectsReply(); });
 }
 
-int ClientLink::onAnswer(sd_bus_message* answer, void* link, sd_bus_error* /*error*/) {
-  auto& self = *static_cast<ClientLink*>(link);
-  std::uint64_t cookie = 0;
-  if (sd_bus_message_get_reply_cookie(answer, &cookie) < 0) return 0;
-  const auto found = std::find_if(self.sent_.begin(), self.sent_.end(), [cookie](const Sent& sent) {
-    return sent.cookie == cookie && sent.message.expectsReply();
-  });
-  if (found == self.sent_.end()) return 0;
-  const OutgoingMessage message = std::move(found->message);
-  self.sent_.erase(found);
-  message.deliver(answer);
+int ClientLink::onAnswer(sd_bus_message* answer, void* sent, sd_bus_error* /*error*/) {
+  ClientLink& self = static_cast<Sent*>(sent)->link;
+  // While a connection ends, the library answers what is open with errors of its own; disconnect() knows what to say.
+  if (sd_bus_is_open(self.bus_.get()) <= 0) return 0;
+  const auto found =
+      std::find_if(self.sent_.begin(), self.sent_.end(), [sent](const Sent& one) { return &one == sent; });
+  std::list<Sent> answered;
+  answered.splice(answered.begin(), self.sent_, found);
+  answered.front().message.deliver(answer);
   return 1;
 }
 
 void ClientLink::disconnect(int error) {
+  for (Sent& sent : sent_) sent.slot.reset();
   bus_.reset();
   if (greeted_)
     return failWaiting({ServiceFailure::Kind::interrupted, "The connection to the helper was interrupted."});

@@ -1,7 +1,6 @@
 // The client's connection to the helper and the thread that keeps it.
 #pragma once
 
-#include <cstdint>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -36,6 +35,8 @@ class ClientLink : public std::enable_shared_from_this<ClientLink> {
   // False when the link was closed.
   bool takeQueued(Messages& taken);
   void transmit(Messages messages);
+  // Hands the newest of sent_ to the library. Negative when it refuses.
+  int transmitNewest();
   // 0, or the error.
   int connect();
   void process();
@@ -43,7 +44,7 @@ class ClientLink : public std::enable_shared_from_this<ClientLink> {
   void disconnect(int error);
   void failWaiting(const ServiceFailure& failure);
   void waitForWork();
-  static int onAnswer(sd_bus_message* answer, void* link, sd_bus_error* error);
+  static int onAnswer(sd_bus_message* answer, void* sent, sd_bus_error* error);
 
   const std::string machServiceName_;
   const UniqueDescriptor wake_;
@@ -55,8 +56,9 @@ class ClientLink : public std::enable_shared_from_this<ClientLink> {
 
   // Of the link's thread only.
   struct Sent {
+    ClientLink& link;
     OutgoingMessage message;
-    std::uint64_t cookie;  // by which the answer names its message
+    OwnedBusSlot slot;  // nothing for a message without reply
   };
   OwnedBus bus_;
   bool greeted_ = false;  // whether the helper has taken this connection

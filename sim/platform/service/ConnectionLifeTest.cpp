@@ -157,6 +157,29 @@ class ForgetfulDelegate final : public ServiceListenerDelegate {
   }
 };
 
+TEST(ConnectionLifeTest, RefusedClientIsClosedWithoutAWord) {
+  ListeningHelper helper;
+  helper.refuseEverybody();
+  const UniqueDescriptor socket = connectRaw(helper.socket());
+  sendRaw(socket, authentication());
+
+  const Received received = receiveUntilClosed(socket);
+
+  EXPECT_TRUE(received.closed);
+  EXPECT_EQ(received.bytes, "");
+  EXPECT_THAT(helper.handler().calls(), testing::IsEmpty());
+}
+
+TEST(ConnectionLifeTest, TextWithANulIsNotSent) {
+  ListeningHelper helper;
+  Answers answers;
+  const auto client = ServiceClient::forMachService("com.halvo.helper");
+  client->proxy(answers.failure())->removeAppBundle(std::string("/a\0b", 4), answers.boolean());
+
+  EXPECT_EQ(answers.next(), "rejected");
+  EXPECT_THAT(helper.handler().calls(), testing::IsEmpty());
+}
+
 TEST(ConnectionLifeTest, ConnectionThatWasNotResumedIsClosedUnread) {
   const LaunchedService service("com.halvo.helper");
   const auto listener = ServiceListener::forMachService("com.halvo.helper");

@@ -1,35 +1,39 @@
 #include "sim/platform/service/ConnectionServer.h"
 
-#include "sim/platform/service/ClientStream.h"
-#include "sim/platform/service/FedBus.h"
-#include "sim/platform/service/MessageCutter.h"
+#include <fcntl.h>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/platform/service/BusHandles.h"
 #include "sim/platform/service/MethodTable.h"
 
 namespace halvo::sim {
 namespace {
 
-// Handles the messages that have come. False when the connection must end: after a message that is too large or none
-// at all, nothing that follows can be trusted to be one.
-bool handleMessages(ClientStream& stream, MessageCutter& cutter, FedBus& bus) {
-  for (;;) {
-    const MessageCutter::Piece piece = cutter.next(stream.bytes());
-    if (piece.tooLarge) return false;
-    if (piece.length == 0) return true;
-    if (!bus.feed(stream.bytes().substr(0, piece.length))) return false;
-    if (piece.endsMessage && !bus.tookMessage()) return false;
-    stream.take(piece.length);
-  }
+// The server's side of a connection. Authenticating proves nothing here and only has to be done: admission was decided
+// before.
+OwnedBus serveOn(int socket, MethodTable& methods) {
+  // The library owns what it is given, while the caller's descriptor is what the listener cuts connections by.
+  UniqueDescriptor own(::fcntl(socket, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  sd_bus* raw = nullptr;
+  if (!own.valid() || sd_bus_new(&raw) < 0) return nullptr;
+  OwnedBus bus(raw);
+  if (sd_bus_set_fd(raw, own.get(), own.get()) < 0) return nullptr;
+  static_cast<void>(own.release());
+  sd_id128_t identifier{};
+  const bool started = sd_id128_randomize(&identifier) >= 0 && sd_bus_set_server(raw, 1, identifier) >= 0 &&
+                       sd_bus_set_anonymous(raw, 1) >= 0 && methods.addTo(raw) && sd_bus_start(raw) >= 0;
+  return started ? std::move(bus) : nullptr;
 }
 
 }  // namespace
 
-void serveConnection(int socket, HalvoHelperProtocol& handler, std::chrono::milliseconds patience) {
+void serveConnection(int socket, HalvoHelperProtocol& handler) {
   MethodTable methods(handler);
-  ClientStream stream(socket);
-  auto bus = FedBus::start(socket);
-  if (!bus || !bus->authenticate(stream, patience) || !methods.addTo(bus->get())) return;
-  MessageCutter cutter;
-  while (handleMessages(stream, cutter, *bus) && stream.readMore()) {
+  const OwnedBus bus = serveOn(socket, methods);
+  int status = bus ? 1 : -1;
+  while (status >= 0) {
+    status = sd_bus_process(bus.get(), nullptr);
+    if (status == 0) status = sd_bus_wait(bus.get(), UINT64_MAX);
   }
 }
 

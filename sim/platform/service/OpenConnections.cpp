@@ -27,17 +27,9 @@ void OpenConnections::add(UniqueDescriptor socket, std::function<void(int socket
   }
 }
 
-bool OpenConnections::waitForRoom() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return closed_ || sockets_.size() < most_; });
-  return !closed_;
-}
-
 void OpenConnections::closeAll() {
   std::unique_lock lock(mutex_);
-  closed_ = true;
   for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
-  changed_.notify_all();
   changed_.wait(lock, [this] { return sockets_.empty(); });
 }
 

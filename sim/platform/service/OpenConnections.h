@@ -2,7 +2,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -15,26 +14,19 @@ namespace halvo::sim {
 // Any thread.
 class OpenConnections : public std::enable_shared_from_this<OpenConnections> {
  public:
-  explicit OpenConnections(std::size_t most) : most_(most) {}
-
   // Runs `serve` on a thread of its own; the socket is closed when it returns. The thread leaves nothing behind. When
   // no thread can be had, the socket is closed at once.
   void add(UniqueDescriptor socket, std::function<void(int socket)> serve);
 
-  // Returns when there is room for one more. False when closeAll() was called.
-  [[nodiscard]] bool waitForRoom();
-
-  // Cuts every connection, and returns when all their threads are done. None must be added afterwards.
+  // Cuts every connection that was added so far, and returns when all their threads are done.
   void closeAll();
 
  private:
   void forget(int socket);
 
-  const std::size_t most_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::set<int> sockets_;  // guarded by mutex_; a socket is closed only after it was taken out
-  bool closed_ = false;    // guarded by mutex_
 };
 
 }  // namespace halvo::sim

@@ -43,17 +43,14 @@ class SocketConnection final : public IncomingConnection {
 
 class SocketServiceListener final : public ServiceListener {
  public:
-  SocketServiceListener(std::optional<int> listeningSocket, const ListenerLimits& limits)
+  explicit SocketServiceListener(std::optional<int> listeningSocket)
       : listeningSocket_(listeningSocket),
-        limits_(limits),
-        connections_(std::make_shared<OpenConnections>(limits.connections)),
+        connections_(std::make_shared<OpenConnections>()),
         stop_(::eventfd(0, EFD_CLOEXEC)) {}
 
   ~SocketServiceListener() override {
     static_cast<void>(::eventfd_write(stop_.get(), 1));
-    connections_->closeAll();
     if (accepting_.joinable()) accepting_.join();
-    // Again for a client that was admitted meanwhile.
     connections_->closeAll();
   }
 
@@ -68,7 +65,7 @@ class SocketServiceListener final : public ServiceListener {
 
  private:
   void acceptClients() {
-    while (connections_->waitForRoom() && waitForClient()) {
+    while (waitForClient()) {
       UniqueDescriptor client(::accept4(*listeningSocket_, nullptr, nullptr, SOCK_CLOEXEC));
       if (client.valid()) {
         admit(std::move(client));
@@ -102,13 +99,11 @@ class SocketServiceListener final : public ServiceListener {
     if (!delegate_->shouldAcceptNewConnection(connection)) return;
     auto handler = connection.takeHandler();
     if (!handler) return;
-    connections_->add(std::move(client), [handler = std::move(handler), patience = limits_.patience](int socket) {
-      serveConnection(socket, *handler, patience);
-    });
+    connections_->add(std::move(client),
+                      [handler = std::move(handler)](int socket) { serveConnection(socket, *handler); });
   }
 
   const std::optional<int> listeningSocket_;
-  const ListenerLimits limits_;
   const std::shared_ptr<OpenConnections> connections_;
   const UniqueDescriptor stop_;
   std::shared_ptr<ServiceListenerDelegate> delegate_;
@@ -117,9 +112,8 @@ class SocketServiceListener final : public ServiceListener {
 
 }  // namespace
 
-std::unique_ptr<ServiceListener> makeSocketServiceListener(std::optional<int> listeningSocket,
-                                                           const ListenerLimits& limits) {
-  return std::make_unique<SocketServiceListener>(listeningSocket, limits);
+std::unique_ptr<ServiceListener> makeSocketServiceListener(std::optional<int> listeningSocket) {
+  return std::make_unique<SocketServiceListener>(listeningSocket);
 }
 
 }  // namespace sim

@@ -1,7 +1,9 @@
 #include "sim/platform/service/WireFormat.h"
 
+#include <utf8.h>
+
 #include <algorithm>
-#include <cstdint>
+#include <iterator>
 
 namespace halvo::sim {
 namespace {
@@ -44,22 +46,6 @@ WireMessage wireMessage(const HalvoHelperMessage& message) {
   return wire;
 }
 
-// How many bytes the well-formed, non-NUL character at the front of `text` has; 0 when there is none.
-std::size_t characterLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned lead = byte(0);
-  if (lead < 0x80) return lead == 0 ? 0 : 1;
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0U) != 0x80U) return 0;
-  }
-  // Neither longer than needed, nor a surrogate, nor beyond U+10FFFF.
-  const bool wrong = (lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
-                     (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F);
-  return wrong ? 0 : length;
-}
-
 }  // namespace
 
 const std::array<WireMessage, kHalvoHelperMessages.size()>& wireMessages() {
@@ -72,12 +58,16 @@ const std::array<WireMessage, kHalvoHelperMessages.size()>& wireMessages() {
 }
 
 std::string sendableText(std::string_view text) {
+  constexpr char32_t kReplacement = 0xFFFD;
+  std::string wellFormed;
+  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(wellFormed), kReplacement);
   std::string sendable;
-  sendable.reserve(text.size());
-  while (!text.empty()) {
-    const std::size_t length = characterLength(text);
-    sendable.append(length == 0 ? std::string_view("\uFFFD") : text.substr(0, length));
-    text.remove_prefix(std::max<std::size_t>(length, 1));
+  for (const char byte : wellFormed) {
+    if (byte == '\0') {
+      utf8::append(kReplacement, std::back_inserter(sendable));
+    } else {
+      sendable.push_back(byte);
+    }
   }
   return sendable;
 }

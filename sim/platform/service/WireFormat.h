@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -12,9 +11,6 @@ namespace halvo::sim {
 
 inline constexpr const char* kHelperObject = "/com/halvo/helper";
 inline constexpr const char* kHelperInterface = "com.halvo.HalvoHelperProtocol";
-
-// A message with all its headers. The bus library alone would take 128 MiB; a manifest of a megabyte fits well.
-inline constexpr std::size_t kMaxMessageBytes = 4UL * 1024 * 1024;
 
 struct WireMessage {
   std::string member;         // the selector with "_" for ":"

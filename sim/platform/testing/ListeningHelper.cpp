@@ -6,12 +6,10 @@
 
 namespace halvo::sim {
 
-ListeningHelper::ListeningHelper(const ListenerLimits& limits) : limits_(limits), service_("com.halvo.helper") {
-  startAgain();
-}
+ListeningHelper::ListeningHelper() : service_("com.halvo.helper") { startAgain(); }
 
 void ListeningHelper::startAgain() {
-  listener_ = makeSocketServiceListener(launchSocketFor("com.halvo.helper"), limits_);
+  listener_ = makeSocketServiceListener(launchSocketFor("com.halvo.helper"));
   listener_->setDelegate(std::make_shared<AdmittingDelegate>(
       [handler = handler_, admits = admits_] { return admits->load() ? handler : nullptr; }));
   listener_->resume();

@@ -15,7 +15,7 @@ namespace halvo::sim {
 
 class ListeningHelper {
  public:
-  explicit ListeningHelper(const ListenerLimits& limits = {});
+  ListeningHelper();
 
   [[nodiscard]] std::string socket() const { return service_.socket(); }
   [[nodiscard]] ScriptedHandler& handler() { return *handler_; }
@@ -30,7 +30,6 @@ class ListeningHelper {
   [[nodiscard]] OwnedBus thirdPartyClient() const;
 
  private:
-  const ListenerLimits limits_;
   LaunchedService service_;
   std::shared_ptr<ScriptedHandler> handler_ = std::make_shared<ScriptedHandler>();
   std::shared_ptr<std::atomic<bool>> admits_ = std::make_shared<std::atomic<bool>>(true);

@@ -10,22 +10,6 @@
 #include <stdexcept>
 
 namespace halvo::sim {
-namespace {
-
-std::string word(std::uint32_t value, bool bigEndian) {
-  std::string bytes;
-  for (unsigned i = 0; i < 4; ++i) bytes.push_back(static_cast<char>(value >> (bigEndian ? 24 - 8 * i : 8 * i)));
-  return bytes;
-}
-
-}  // namespace
-
-std::string frameHeader(const FrameLengths& lengths) {
-  const bool big = lengths.bigEndian;
-  return std::string(big ? "B" : "l") + '\x01' + '\x00' + '\x01' + word(lengths.body, big) + word(1, big) +
-         word(lengths.fields, big);
-}
-
 UniqueDescriptor connectRaw(const std::string& path) {
   UniqueDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un address{};
@@ -41,12 +25,6 @@ UniqueDescriptor connectRaw(const std::string& path) {
 
 void sendRaw(const UniqueDescriptor& socket, const std::string& bytes) {
   static_cast<void>(::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL));
-}
-
-std::string receiveSome(const UniqueDescriptor& socket) {
-  std::array<char, 4096> bytes{};
-  const ssize_t count = ::recv(socket.get(), bytes.data(), bytes.size(), 0);
-  return count < 0 ? std::string() : std::string(bytes.data(), static_cast<std::size_t>(count));
 }
 
 Received receiveUntilClosed(const UniqueDescriptor& socket) {

@@ -1,24 +1,11 @@
-// Bytes as a client puts them on the wire that does not use the library, or means harm.
+// Bytes as a client puts them on the wire that does not use the library.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <string>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 
 namespace halvo::sim {
-
-inline constexpr std::size_t kFrameHeaderBytes = 16;
-
-struct FrameLengths {
-  std::uint32_t body = 0;
-  std::uint32_t fields = 0;
-  bool bigEndian = false;
-};
-
-// The fixed part of a method call's header, which announces these lengths.
-std::string frameHeader(const FrameLengths& lengths);
 
 // All that a client says to begin with; messages may follow.
 inline constexpr char kAuthentication[] = "\0AUTH EXTERNAL 30\r\nBEGIN\r\n";
@@ -34,7 +21,5 @@ struct Received {
   bool closed = false;
 };
 Received receiveUntilClosed(const UniqueDescriptor& socket);
-// Waits for the first bytes.
-std::string receiveSome(const UniqueDescriptor& socket);
 
 }  // namespace halvo::sim
