@@ -5,7 +5,6 @@
 
 namespace halvo::sim {
 
-// Output that is not UTF-8 has the bad bytes replaced by U+FFFD.
 struct CommandResult {
   int status = 0;   // exit status; 128 + number of the signal that ended it; -1 when the machine stopped first
   std::string out;  // standard output

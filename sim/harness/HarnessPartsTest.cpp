@@ -3,7 +3,6 @@
 
 #include <stdexcept>
 
-#include "sim/harness/AgentMessages.h"
 #include "sim/harness/InsidePath.h"
 #include "sim/harness/MachineState.h"
 #include "sim/harness/TreeSnapshot.h"
@@ -15,30 +14,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-TEST(AgentMessagesTest, MessagesSurviveTheJourney) {
-  const AgentRequest request{7, 501, {"/bin/x", "a\nb"}, "in"};
-  const AgentReply reply{7, 3, "out\n", "err"};
-
-  EXPECT_EQ(agentRequestFromLine(toLine(request)), request);
-  EXPECT_EQ(agentReplyFromLine(toLine(reply)), reply);
-  EXPECT_EQ(greetingFromLine(toLine(AgentGreeting{true})), AgentGreeting{true});
-}
-
-TEST(AgentMessagesTest, ARequestNeedsNoInput) {
-  EXPECT_EQ(agentRequestFromLine(R"({"id":1,"user":0,"argv":["/x"]})"), (AgentRequest{1, 0, {"/x"}, ""}));
-}
-
-TEST(AgentMessagesTest, BytesThatAreNotTextAreReplaced) {
-  EXPECT_EQ(agentReplyFromLine(toLine(AgentReply{1, 0, "a\xff", ""}))->out, "a\xef\xbf\xbd");
-}
-
-TEST(AgentMessagesTest, WhatIsNoMessageIsNothing) {
-  EXPECT_EQ(agentRequestFromLine("garbage"), std::nullopt);
-  EXPECT_EQ(agentRequestFromLine(R"({"id":1,"user":0,"argv":[]})"), std::nullopt);
-  EXPECT_EQ(agentReplyFromLine("{}"), std::nullopt);
-  EXPECT_EQ(greetingFromLine("[]"), std::nullopt);
-}
 
 class InsidePathTest : public testing::Test {
  protected:

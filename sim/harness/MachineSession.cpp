@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,13 +11,12 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <stdexcept>
-#include <string_view>
+#include <thread>
 #include <utility>
 
-#include "sim/harness/AgentMessages.h"
 #include "sim/harness/WaitUntil.h"
+#include "sim/support/NamelessFile.h"
 
 extern char** environ;
 
@@ -28,22 +26,26 @@ namespace {
 // A machine that is told to end takes milliseconds; the rest is for jobs that ignore it and for busy hosts.
 constexpr std::chrono::seconds kShutdownBound(30);
 
-struct Channel {
-  UniqueDescriptor here;
-  UniqueDescriptor there;
+// Says that the machine has booted, and then lives until its input ends, and the machine with it.
+constexpr const char* kSessionCommand = "echo; exec cat";
+
+constexpr uid_t kFirstOrdinaryUser = 501;
+constexpr int kNoSuchUser = 126;
+
+struct Pipe {
+  UniqueDescriptor out;
+  UniqueDescriptor in;
 };
 
-Channel makeChannel() {
+Pipe makePipe() {
   std::array<int, 2> ends{};
   // No other machine that this process starts may hold an end: this one would not notice the end of its input.
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-    throw std::runtime_error("no channel to the machine can be made");
-  }
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe to the machine can be made");
   return {UniqueDescriptor(ends[0]), UniqueDescriptor(ends[1])};
 }
 
 pid_t startMachine(const std::filesystem::path& machine, const std::filesystem::path& errors, int input, int output) {
-  std::vector<std::string> words = {HALVO_SIM_PROGRAM, "run", machine.string(), "--", "/usr/libexec/sim-agent"};
+  std::vector<std::string> words = {HALVO_SIM_PROGRAM, "run", machine.string(), "--", "/bin/sh", "-c", kSessionCommand};
   std::vector<char*> argv;
   for (std::string& word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
@@ -67,108 +69,62 @@ void collect(pid_t process) {
   ::waitpid(process, nullptr, 0);
 }
 
-std::string contentOf(const std::filesystem::path& file) {
+std::string textOf(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// The next line, without its end; nothing at the end of the input.
-std::optional<std::string> readLine(int input, std::string& received) {
-  std::array<char, 65536> chunk{};
-  std::size_t end = 0;
-  while ((end = received.find('\n')) == std::string::npos) {
-    const ssize_t count = ::read(input, chunk.data(), chunk.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return std::nullopt;
-    received.append(chunk.data(), static_cast<std::size_t>(count));
-  }
-  std::string line = received.substr(0, end);
-  received.erase(0, end + 1);
-  return line;
+// False when the machine ends instead.
+bool hasBooted(const UniqueDescriptor& output) {
+  char word = 0;
+  ssize_t count = 0;
+  do count = ::read(output.get(), &word, 1);
+  while (count < 0 && errno == EINTR);
+  return count == 1;
 }
 
-// Whoever waits for the answer to a line that does not arrive is told when the machine's answers end.
-void sendLine(int output, std::string_view line) {
-  while (!line.empty()) {
-    // A machine that ends while a command is on its way to it must not end this process.
-    const ssize_t count = ::send(output, line.data(), line.size(), MSG_NOSIGNAL);
-    if (count < 0 && errno != EINTR) return;
-    if (count > 0) line.remove_prefix(static_cast<std::size_t>(count));
-  }
+CommandResult runAndWait(const ControlClient& launchd, uid_t user, const std::vector<std::string>& argv,
+                         const std::string& input) {
+  const UniqueDescriptor in = namelessFile(input);
+  const UniqueDescriptor out = namelessFile();
+  const UniqueDescriptor err = namelessFile();
+  const auto status = launchd.run(user, argv, {in.get(), out.get(), err.get()});
+  if (!status) return {.status = -1, .out = {}, .err = "the machine stopped"};
+  return {.status = *status, .out = contentOf(out), .err = contentOf(err)};
 }
-
-CommandResult machineStopped() { return {.status = -1, .out = {}, .err = "the machine stopped"}; }
 
 }  // namespace
 
-MachineSession::MachineSession(const std::filesystem::path& machine, const std::filesystem::path& errors) {
-  Channel input = makeChannel();
-  Channel output = makeChannel();
-  process_ = startMachine(machine, errors, input.there.get(), output.there.get());
-  output.there.close();
-  toAgent_ = std::move(input.here);
-  fromAgent_ = std::move(output.here);
-  const auto line = readLine(fromAgent_.get(), received_);
-  const auto greeting = line ? greetingFromLine(*line) : std::nullopt;
-  if (!greeting) {
-    toAgent_.close();
-    collect(process_);
-    throw std::runtime_error("the simulated Mac does not start: " + contentOf(errors));
+MachineSession::MachineSession(const std::filesystem::path& machine, const std::filesystem::path& errors)
+    : launchd_(machine / "sim/launchd.sock") {
+  Pipe input = makePipe();
+  Pipe output = makePipe();
+  process_ = startMachine(machine, errors, input.out.get(), output.in.get());
+  output.in.close();
+  keepsRunning_ = std::move(input.in);
+  if (!hasBooted(output.out)) {
+    shutDown();
+    throw std::runtime_error("the simulated Mac does not start: " + textOf(errors));
   }
-  severalUsers_ = greeting->severalUsers;
-  reader_ = std::thread([this] { readReplies(); });
+  severalUsers_ = runAndWait(launchd_, kFirstOrdinaryUser, {"/usr/bin/true"}, {}).status != kNoSuchUser;
 }
 
-MachineSession::~MachineSession() {
-  {
-    const std::lock_guard lock(sending_);
-    toAgent_.close();
-  }
-  collect(process_);
-  reader_.join();
-}
+MachineSession::~MachineSession() { shutDown(); }
 
 std::future<CommandResult> MachineSession::run(uid_t user, const std::vector<std::string>& argv,
-                                               const std::string& input) {
-  const std::lock_guard sending(sending_);
-  auto [id, future] = expectReply();
-  sendLine(toAgent_.get(), toLine(AgentRequest{.id = id, .user = user, .argv = argv, .input = input}));
-  return std::move(future);
-}
-
-std::pair<std::int64_t, std::future<CommandResult>> MachineSession::expectReply() {
-  const std::lock_guard lock(mutex_);
-  const std::int64_t id = nextId_++;
+                                               const std::string& input) const {
   std::promise<CommandResult> promise;
   auto future = promise.get_future();
-  if (over_) {
-    promise.set_value(machineStopped());
-  } else {
-    waiting_.emplace(id, std::move(promise));
-  }
-  return {id, std::move(future)};
+  // Nobody has to wait for the thread: its connection to launchd ends with the machine at the latest.
+  std::thread([promise = std::move(promise), launchd = launchd_, user, argv, input]() mutable {
+    promise.set_value(runAndWait(launchd, user, argv, input));
+  }).detach();
+  return future;
 }
 
-void MachineSession::readReplies() {
-  while (const auto line = readLine(fromAgent_.get(), received_)) deliver(*line);
-  failWaiting();
-}
-
-void MachineSession::deliver(const std::string& line) {
-  auto reply = agentReplyFromLine(line);
-  if (!reply) return;
-  const std::lock_guard lock(mutex_);
-  const auto found = waiting_.find(reply->id);
-  if (found == waiting_.end()) return;
-  found->second.set_value({reply->status, std::move(reply->out), std::move(reply->err)});
-  waiting_.erase(found);
-}
-
-void MachineSession::failWaiting() {
-  const std::lock_guard lock(mutex_);
-  over_ = true;
-  for (auto& [id, promise] : waiting_) promise.set_value(machineStopped());
-  waiting_.clear();
+void MachineSession::shutDown() {
+  keepsRunning_.close();
+  collect(process_);
 }
 
 }  // namespace halvo::sim

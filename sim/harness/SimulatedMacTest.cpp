@@ -50,7 +50,8 @@ TEST_F(SimulatedMacTest, CarriesMoreThanAPipeHolds) {
 TEST_F(SimulatedMacTest, ACommandThatDoesNotExistIs127) {
   mac.start();
 
-  EXPECT_EQ(mac.run(0, {"/bin/nothing"}), (CommandResult{127, "", "/bin/nothing: No such file or directory\n"}));
+  EXPECT_EQ(mac.run(0, {"/bin/nothing"}),
+            (CommandResult{127, "", "Cannot run /bin/nothing in the machine: No such file or directory.\n"}));
 }
 
 TEST_F(SimulatedMacTest, ASignalIsToldByItsNumber) {
@@ -106,10 +107,9 @@ TEST_F(SimulatedMacTest, AMachineThatIsOffRunsNothing) {
 }
 
 TEST_F(SimulatedMacTest, AMachineThatCannotStartSaysWhy) {
-  std::filesystem::remove(mac.path("/usr/libexec/sim-agent"));
+  std::filesystem::remove(mac.path("/bin/sh"));
 
-  EXPECT_THAT([&] { mac.start(); },
-              ThrowsMessage<std::runtime_error>(HasSubstr("Cannot run /usr/libexec/sim-agent in the machine")));
+  EXPECT_THAT([&] { mac.start(); }, ThrowsMessage<std::runtime_error>(HasSubstr("Cannot run /bin/sh in the machine")));
 }
 
 TEST_F(SimulatedMacTest, PathsFollowTheMachinesLinks) {

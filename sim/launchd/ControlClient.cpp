@@ -35,6 +35,25 @@ UniqueDescriptor connectTo(const std::filesystem::path& name) {
   return socket;
 }
 
+// The first byte takes the descriptors along.
+bool sendWith(int socket, std::string_view byte, const CommandStreams& streams) {
+  const std::array<int, kCommandStreams> descriptors = {streams.in, streams.out, streams.err};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptors)> extra{};
+  std::string copy(byte);
+  iovec bytes{copy.data(), copy.size()};
+  msghdr message{};
+  message.msg_iov = &bytes;
+  message.msg_iovlen = 1;
+  message.msg_control = extra.data();
+  message.msg_controllen = extra.size();
+  cmsghdr* header = CMSG_FIRSTHDR(&message);
+  header->cmsg_level = SOL_SOCKET;
+  header->cmsg_type = SCM_RIGHTS;
+  header->cmsg_len = CMSG_LEN(sizeof descriptors);
+  std::memcpy(CMSG_DATA(header), descriptors.data(), sizeof descriptors);
+  return ::sendmsg(socket, &message, MSG_NOSIGNAL) == 1;
+}
+
 bool sendAll(int socket, std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
@@ -83,10 +102,25 @@ std::optional<std::string> ControlClient::unregisterService(const std::string& p
   return "The operation couldn’t be completed. (" + reply.text + ")";
 }
 
-ControlReply ControlClient::ask(const ControlRequest& request) const {
+std::optional<int> ControlClient::run(uid_t user, const std::vector<std::string>& command,
+                                      const CommandStreams& streams) const {
+  ControlRequest request{"run", {std::to_string(user)}};
+  request.arguments.insert(request.arguments.end(), command.begin(), command.end());
+  const ControlReply reply = ask(request, &streams);
+  return reply.status == 0 ? std::optional(std::stoi(reply.text)) : std::nullopt;
+}
+
+ControlReply ControlClient::ask(const ControlRequest& request, const CommandStreams* streams) const {
   const UniqueDescriptor socket = connectTo(socket_);
   if (!socket.valid()) return {kLaunchdUnreachable, "launchd cannot be reached: " + reason(errno)};
-  if (!sendAll(socket.get(), toLine(request))) return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};
+  const std::string line = toLine(request);
+  std::string_view left = line;
+  bool sent = true;
+  if (streams != nullptr) {
+    sent = sendWith(socket.get(), left.substr(0, 1), *streams);
+    left.remove_prefix(1);
+  }
+  if (!sent || !sendAll(socket.get(), left)) return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};
   const auto reply = replyFromLine(receiveToEnd(socket.get()));
   return reply.value_or(ControlReply{kLaunchdUnreachable, "launchd ended without an answer"});
 }

@@ -1,9 +1,14 @@
 // Talks to the simulated launchd. launchctl, killall and the service registration are thin layers over this.
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "sim/launchd/SessionCommand.h"
 
 namespace halvo::sim {
 
@@ -43,8 +48,14 @@ class ControlClient {
   // the job that is running goes on until it is booted out or ends. The description of the failure, or nothing.
   std::optional<std::string> unregisterService(const std::string& plistName) const;
 
+  // Runs a command as `user` with these standard streams, in /, and blocks until it has ended: its exit status, 128 +
+  // the number of the signal that ended it, 126 when that user does not exist, 127 when the program does not. Nothing
+  // when launchd cannot be reached, refuses, or ends first.
+  [[nodiscard]] std::optional<int> run(uid_t user, const std::vector<std::string>& command,
+                                       const CommandStreams& streams) const;
+
  private:
-  [[nodiscard]] ControlReply ask(const ControlRequest& request) const;
+  [[nodiscard]] ControlReply ask(const ControlRequest& request, const CommandStreams* streams = nullptr) const;
 
   std::filesystem::path socket_;
 };

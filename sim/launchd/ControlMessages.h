@@ -11,10 +11,13 @@
 namespace halvo::sim {
 
 struct ControlRequest {
-  std::string verb;  // bootstrap, bootout, print, killall, register or unregister
+  std::string verb;  // bootstrap, bootout, print, killall, register, unregister or run
   std::vector<std::string> arguments;
   bool operator==(const ControlRequest&) const = default;
 };
+
+// With "run" come the descriptors of the command's standard streams.
+inline constexpr std::size_t kCommandStreams = 3;
 
 // Longer ones are refused.
 inline constexpr std::size_t kMaxControlMessage = 64UL * 1024;

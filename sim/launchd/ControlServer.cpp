@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <utility>
 
 namespace halvo::sim {
@@ -48,17 +49,34 @@ void ControlServer::acceptAll() {
     UniqueDescriptor socket(::accept4(socket_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket.valid()) return;
     const bool mayChange = peerMayChange(socket.get());
-    connections_.emplace(nextNumber_++, Connection{std::move(socket), mayChange, false, {}});
+    connections_.emplace(nextNumber_++, Connection{std::move(socket), {mayChange, {}}, false, {}});
   }
+}
+
+ssize_t ControlServer::receive(Connection& connection) {
+  std::array<char, 4096> chunk{};
+  iovec bytes{chunk.data(), chunk.size()};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(kCommandStreams * sizeof(int))> extra{};
+  msghdr message{};
+  message.msg_iov = &bytes;
+  message.msg_iovlen = 1;
+  message.msg_control = extra.data();
+  message.msg_controllen = extra.size();
+  const ssize_t count = ::recvmsg(connection.socket.get(), &message, MSG_CMSG_CLOEXEC);
+  if (count <= 0) return count;
+  connection.received.append(chunk.data(), static_cast<std::size_t>(count));
+  const cmsghdr* header = CMSG_FIRSTHDR(&message);
+  if (header == nullptr || header->cmsg_type != SCM_RIGHTS) return count;
+  std::vector<int> passed((header->cmsg_len - CMSG_LEN(0)) / sizeof(int));
+  std::memcpy(passed.data(), CMSG_DATA(header), passed.size() * sizeof(int));
+  for (const int descriptor : passed) connection.client.passed.emplace_back(descriptor);
+  return count;
 }
 
 void ControlServer::read(int number) {
   Connection& connection = connections_.at(number);
-  std::array<char, 4096> chunk{};
   ssize_t count = 0;
-  while ((count = ::recv(connection.socket.get(), chunk.data(), chunk.size(), 0)) > 0) {
-    connection.received.append(chunk.data(), static_cast<std::size_t>(count));
-    if (connection.received.size() > kMaxControlMessage) break;
+  while ((count = receive(connection)) > 0 && connection.received.size() <= kMaxControlMessage) {
   }
   const bool hungUp = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
   const std::size_t end = connection.received.find('\n');
@@ -69,7 +87,7 @@ void ControlServer::read(int number) {
   connection.waiting = true;
   const auto request = requestFromLine(std::string_view(connection.received).substr(0, end));
   if (!request) return answer(number, {22, "Invalid argument"});
-  handler_(*request, connection.mayChange, [this, number](const ControlReply& reply) { answer(number, reply); });
+  handler_(*request, connection.client, [this, number](const ControlReply& reply) { answer(number, reply); });
 }
 
 void ControlServer::answer(int number, const ControlReply& reply) {

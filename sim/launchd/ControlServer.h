@@ -18,9 +18,12 @@ namespace halvo::sim {
 class ControlServer {
  public:
   using Answer = std::function<void(const ControlReply&)>;
-  // Works on one request; may keep `answer` for later, and calls it once. `mayChange`: the client is root, or whoever
-  // runs this launchd.
-  using Handler = std::function<void(const ControlRequest&, bool mayChange, const Answer& answer)>;
+  struct Client {
+    bool mayChange = false;                // it is root, or whoever runs this launchd
+    std::vector<UniqueDescriptor> passed;  // the descriptors that came with the request
+  };
+  // Works on one request; may keep `answer` for later, and calls it at most once.
+  using Handler = std::function<void(const ControlRequest&, const Client&, const Answer& answer)>;
 
   ControlServer(ListeningSocket socket, Handler handler);
   ControlServer(const ControlServer&) = delete;
@@ -34,13 +37,14 @@ class ControlServer {
  private:
   struct Connection {
     UniqueDescriptor socket;
-    bool mayChange = false;
+    Client client;
     bool waiting = false;  // for its answer
     std::string received;
   };
 
   void acceptAll();
   void read(int number);
+  static ssize_t receive(Connection& connection);
   void answer(int number, const ControlReply& reply);
 
   ListeningSocket socket_;

@@ -1,17 +1,16 @@
 #include "sim/launchd/JobProcess.h"
 
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/launchd/FreshProgram.h"
 #include "sim/launchd/UserSwitch.h"
 
 namespace halvo::sim {
@@ -26,15 +25,6 @@ std::string joined(const std::vector<std::string>& names) {
   std::string text;
   for (const std::string& name : names) text += (text.empty() ? "" : ":") + name;
   return text;
-}
-
-void resetSignals() {
-  struct sigaction standard {};
-  standard.sa_handler = SIG_DFL;
-  for (int number = 1; number < NSIG; ++number) ::sigaction(number, &standard, nullptr);
-  sigset_t none{};
-  sigemptyset(&none);
-  ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 // Leaves 0 to 2, the sockets from 3 on, and `report` behind them, which closes when the program takes over.
@@ -63,27 +53,13 @@ bool arrangeDescriptors(const JobProcessOrder& order, int& report) {
   ::umask(S_IWGRP | S_IWOTH);
   if (error == 0 && ::chdir("/") != 0) error = errno;
   if (error == 0 && userExists(order.user)) error = becomeUser(order.user);
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-
   std::vector<std::string> environment = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin", "XPC_SERVICE_NAME=" + order.label};
   if (!order.listening.empty()) {
     environment.push_back("LISTEN_FDS=" + std::to_string(order.listening.size()));
     environment.push_back("LISTEN_PID=" + std::to_string(::getpid()));
     environment.push_back("LISTEN_FDNAMES=" + joined(order.listeningNames));
   }
-  std::vector<char*> envp;
-  for (std::string& entry : environment) envp.push_back(entry.data());
-  envp.push_back(nullptr);
-  std::vector<std::string> arguments = order.arguments;
-  std::vector<char*> argv;
-  for (std::string& argument : arguments) argv.push_back(argument.data());
-  argv.push_back(nullptr);
-
-  resetSignals();
-  if (error == 0) {
-    ::execve(order.program.c_str(), argv.data(), envp.data());
-    error = errno;
-  }
+  if (error == 0) error = becomeFreshProgram(order.program, order.arguments, environment);
   [[maybe_unused]] const ssize_t written = ::write(report, &error, sizeof error);
   ::_exit(kExecFailed);
 }

@@ -14,6 +14,7 @@
 #include <chrono>
 #include <csignal>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -30,6 +31,7 @@ namespace {
 
 constexpr int kCannotStart = 71;
 constexpr int kRunningAlready = 75;
+constexpr int kNoSuchUser = 126;
 constexpr int kNoSuchCommand = 127;
 constexpr int kSignalBase = 128;
 
@@ -53,8 +55,9 @@ class Session {
   Session(const LaunchdPaths& paths, ListeningSocket control, UniqueDescriptor signals)
       : launchd_(paths),
         server_(std::move(control),
-                [this](const ControlRequest& request, bool mayChange, const ControlServer::Answer& answer) {
-                  launchd_.handle(request, mayChange, answer);
+                [this](const ControlRequest& request, const ControlServer::Client& client,
+                       const ControlServer::Answer& answer) {
+                  if (!startCommand(request, client, answer)) launchd_.handle(request, client.mayChange, answer);
                 }),
         signals_(std::move(signals)) {}
 
@@ -65,12 +68,30 @@ class Session {
     if (!command_) status_ = kNoSuchCommand;
     while (!status_) turn();
     if (command_) ::kill(*command_, SIGTERM);
+    for (const auto& [process, answer] : asked_) ::kill(-process, SIGKILL);
     launchd_.shutDown();
     while (!launchd_.allGone()) turn();
     return *status_;
   }
 
  private:
+  // False when that is not what is asked for, or by somebody who may not.
+  bool startCommand(const ControlRequest& request, const ControlServer::Client& client,
+                    const ControlServer::Answer& answer) {
+    const auto& words = request.arguments;
+    if (request.verb != "run" || words.size() < 2 || client.passed.size() != kCommandStreams) return false;
+    if (!client.mayChange) return false;
+    const CommandStreams streams{client.passed[0].get(), client.passed[1].get(), client.passed[2].get()};
+    const auto process =
+        startSessionCommand({words.begin() + 1, words.end()}, static_cast<uid_t>(std::stoul(words[0])), streams);
+    if (process) {
+      asked_.emplace(*process, answer);
+    } else {
+      answer({0, std::to_string(kNoSuchUser)});
+    }
+    return true;
+  }
+
   // Waits for the next event and deals with it.
   void turn() {
     const auto now = Job::Clock::now();
@@ -119,6 +140,7 @@ class Session {
         command_.reset();
         if (!status_) status_ = statusOf(waitStatus);
       }
+      if (const auto asked = asked_.extract(child)) asked.mapped()({0, std::to_string(statusOf(waitStatus))});
       launchd_.processEnded(child, waitStatus);
     }
   }
@@ -127,6 +149,7 @@ class Session {
   ControlServer server_;
   UniqueDescriptor signals_;
   std::optional<pid_t> command_;
+  std::map<pid_t, ControlServer::Answer> asked_;  // the other commands that run, and who waits for their end
   std::optional<int> status_;
 };
 

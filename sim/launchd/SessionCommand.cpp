@@ -1,16 +1,13 @@
 #include "sim/launchd/SessionCommand.h"
 
-#include <fcntl.h>
 #include <pwd.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
-#include <iostream>
 #include <system_error>
 
+#include "sim/launchd/FreshProgram.h"
 #include "sim/launchd/UserSwitch.h"
 
 namespace halvo::sim {
@@ -18,51 +15,7 @@ namespace {
 
 constexpr int kCannotRun = 127;
 
-[[noreturn]] void becomeCommand(const std::vector<std::string>& command, uid_t user) {
-  std::vector<std::string> environment = userEnvironment(user);
-  std::vector<char*> envp;
-  for (std::string& entry : environment) envp.push_back(entry.data());
-  envp.push_back(nullptr);
-  std::vector<std::string> arguments = command;
-  std::vector<char*> argv;
-  for (std::string& argument : arguments) argv.push_back(argument.data());
-  argv.push_back(nullptr);
-
-  int error = becomeUser(user);
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  struct sigaction standard {};
-  standard.sa_handler = SIG_DFL;
-  for (int number = 1; number < NSIG; ++number) ::sigaction(number, &standard, nullptr);
-  sigset_t none{};
-  sigemptyset(&none);
-  ::sigprocmask(SIG_SETMASK, &none, nullptr);
-  if (error == 0 && ::chdir("/") != 0) error = errno;
-  if (error == 0) {
-    ::execvpe(argv[0], argv.data(), envp.data());
-    error = errno;
-  }
-  std::cerr << "Cannot run " << command.front() << " in the machine: " << std::generic_category().message(error)
-            << ".\n";
-  ::_exit(kCannotRun);
-}
-
-}  // namespace
-
-std::optional<pid_t> startSessionCommand(const std::vector<std::string>& command, uid_t user) {
-  if (!userExists(user)) {
-    std::cerr << "This machine cannot run anything as uid " << user
-              << ": it was entered with a single account. Use --user 0, or start it as root.\n";
-    return std::nullopt;
-  }
-  const pid_t child = ::fork();
-  if (child < 0) {
-    std::cerr << "Cannot start a process: " << std::generic_category().message(errno) << ".\n";
-    return std::nullopt;
-  }
-  if (child == 0) becomeCommand(command, user);
-  return child;
-}
-
+// The environment of a program that `user` runs.
 std::vector<std::string> userEnvironment(uid_t user) {
   std::vector<std::string> environment = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin", "SHELL=/bin/sh"};
   if (const passwd* account = ::getpwuid(user)) {
@@ -72,6 +25,46 @@ std::vector<std::string> userEnvironment(uid_t user) {
   }
   if (const char* terminal = std::getenv("TERM")) environment.push_back(std::string("TERM=") + terminal);
   return environment;
+}
+
+void say(int descriptor, const std::string& text) {
+  const std::string line = text + "\n";
+  [[maybe_unused]] const ssize_t written = ::write(descriptor, line.data(), line.size());
+}
+
+// Only in the child.
+[[noreturn]] void becomeCommand(const std::vector<std::string>& command, uid_t user, const CommandStreams& streams) {
+  if (streams.in != STDIN_FILENO) {
+    ::setpgid(0, 0);
+    ::dup2(streams.in, STDIN_FILENO);
+    ::dup2(streams.out, STDOUT_FILENO);
+    ::dup2(streams.err, STDERR_FILENO);
+  }
+  const std::vector<std::string> environment = userEnvironment(user);
+  int error = becomeUser(user);
+  if (error == 0 && ::chdir("/") != 0) error = errno;
+  if (error == 0) error = becomeFreshProgram(command.front(), command, environment);
+  say(STDERR_FILENO,
+      "Cannot run " + command.front() + " in the machine: " + std::generic_category().message(error) + ".");
+  ::_exit(kCannotRun);
+}
+
+}  // namespace
+
+std::optional<pid_t> startSessionCommand(const std::vector<std::string>& command, uid_t user,
+                                         const CommandStreams& streams) {
+  if (!userExists(user)) {
+    say(streams.err, "This machine cannot run anything as uid " + std::to_string(user) +
+                         ": it was entered with a single account. Use --user 0, or start it as root.");
+    return std::nullopt;
+  }
+  const pid_t child = ::fork();
+  if (child < 0) {
+    say(streams.err, "Cannot start a process: " + std::generic_category().message(errno) + ".");
+    return std::nullopt;
+  }
+  if (child == 0) becomeCommand(command, user, streams);
+  return child;
 }
 
 }  // namespace halvo::sim

@@ -2,16 +2,14 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <optional>
 
-#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/support/NamelessFile.h"
 
 namespace halvo::sim {
 namespace {
@@ -55,21 +53,6 @@ int collect(pid_t child) {
   return WIFSIGNALED(status) ? kSignalBase + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-// What a child prints goes to a file without a name: nothing has to be read while it runs.
-UniqueDescriptor namelessFile() { return UniqueDescriptor(::memfd_create("output", MFD_CLOEXEC)); }
-
-std::string contentOf(int file) {
-  std::string text;
-  std::array<char, 4096> chunk{};
-  ssize_t count = 0;
-  off_t offset = 0;
-  while ((count = ::pread(file, chunk.data(), chunk.size(), offset)) > 0) {
-    text.append(chunk.data(), static_cast<std::size_t>(count));
-    offset += count;
-  }
-  return text;
-}
-
 }  // namespace
 
 HostResult runOnHost(const std::vector<std::string>& argv) {
@@ -82,7 +65,7 @@ HostResult runOnHost(const std::vector<std::string>& argv) {
   const auto child = spawn(argv, actions);
   if (!child) return {.status = kProgramMissing, .out = {}, .err = {}};
   const int status = collect(*child);
-  return {.status = status, .out = contentOf(out.get()), .err = contentOf(err.get())};
+  return {.status = status, .out = contentOf(out), .err = contentOf(err)};
 }
 
 int runInPlace(const std::vector<std::string>& argv) {
