@@ -24,6 +24,22 @@ TEST_F(FinalRemovalScenario, TheAnswerComesFirstAndThenTheHelperIsGone) {
   EXPECT_EQ(mac().readState("registered-services"), "");
 }
 
+// A Mac may end the process before unregistering has answered it, or leave that to what follows.
+class FinalRemovalWhen : public FinalRemovalScenario, public testing::WithParamInterface<const char*> {};
+
+TEST_P(FinalRemovalWhen, UnregisteringGoesEitherWayTheReplyIsDeliveredAndTheJobIsGone) {
+  mac().writeState("unregister", GetParam());
+  start();
+
+  EXPECT_EQ(reply({"finalize"}), "true");
+
+  EXPECT_TRUE(waitUntil([&] { return helperIsGone(); }));
+  EXPECT_EQ(mac().readState("registered-services"), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, FinalRemovalWhen, testing::Values("keep", "kill"),
+                         [](const auto& row) { return std::string(row.param); });
+
 TEST_F(FinalRemovalScenario, AfterwardsNobodyAnswers) {
   start();
   machine.app({"finalize"});

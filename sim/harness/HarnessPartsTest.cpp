@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/xattr.h>
+#include <unistd.h>
+
 #include <stdexcept>
 
 #include "sim/harness/InsidePath.h"
@@ -90,6 +93,25 @@ TEST_F(TreeSnapshotTest, SeesAnotherModeAndOtherContentOfTheSameSize) {
 
   EXPECT_THAT(changesBetween(before, snapshot()), ElementsAre(TreeChange{TreeChange::Kind::changed, "/tree/a"},
                                                               TreeChange{TreeChange::Kind::changed, "/tree/b"}));
+}
+
+TEST_F(TreeSnapshotTest, SeesAnotherOwnerTimeAndAttribute) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
+  const auto a = folder.write("tree/a", "one");
+  const auto b = folder.write("tree/b", "one");
+  const auto c = folder.write("tree/c", "one");
+  const auto d = folder.write("tree/d", "one");
+  const auto before = snapshot();
+
+  ASSERT_EQ(::chown(a.c_str(), 501, 0), 0);
+  ASSERT_EQ(::chown(b.c_str(), 0, 20), 0);
+  std::filesystem::last_write_time(c, std::filesystem::last_write_time(c) + std::chrono::nanoseconds(1'000));
+  ASSERT_EQ(::setxattr(d.c_str(), "trusted.note", "x", 1, 0), 0);
+
+  EXPECT_THAT(
+      changesBetween(before, snapshot()),
+      ElementsAre(TreeChange{TreeChange::Kind::changed, "/tree/a"}, TreeChange{TreeChange::Kind::changed, "/tree/b"},
+                  TreeChange{TreeChange::Kind::changed, "/tree/c"}, TreeChange{TreeChange::Kind::changed, "/tree/d"}));
 }
 
 TEST_F(TreeSnapshotTest, SeesALinkByItsTargetAndDoesNotFollowIt) {

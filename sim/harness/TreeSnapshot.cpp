@@ -1,6 +1,10 @@
 #include "sim/harness/TreeSnapshot.h"
 
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
 #include <array>
+#include <cstring>
 #include <fstream>
 #include <optional>
 #include <string_view>
@@ -32,20 +36,51 @@ std::uint64_t hashOfFile(const std::filesystem::path& file) {
   return hash.value();
 }
 
-FileState::Kind kindOf(std::filesystem::file_type type) {
-  if (type == std::filesystem::file_type::regular) return FileState::Kind::file;
-  if (type == std::filesystem::file_type::directory) return FileState::Kind::directory;
-  if (type == std::filesystem::file_type::symlink) return FileState::Kind::link;
+std::string valueOf(const std::filesystem::path& path, const char* attribute) {
+  std::string value(std::size_t{64} * 1024, '\0');
+  const ssize_t size = ::lgetxattr(path.c_str(), attribute, value.data(), value.size());
+  value.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+  return value;
+}
+
+std::uint64_t hashOfAttributes(const std::filesystem::path& path) {
+  std::string names(std::size_t{64} * 1024, '\0');
+  const ssize_t size = ::llistxattr(path.c_str(), names.data(), names.size());
+  names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+  // A file system lists them in any order.
+  std::map<std::string, std::string> attributes;
+  for (std::size_t at = 0; at < names.size(); at += std::strlen(&names[at]) + 1) {
+    attributes[&names[at]] = valueOf(path, &names[at]);
+  }
+  Hash hash;
+  for (const auto& [name, value] : attributes) {
+    hash.add(name + "=" + value);
+    hash.add({"\0", 1});
+  }
+  return hash.value();
+}
+
+FileState::Kind kindOf(mode_t mode) {
+  if (S_ISREG(mode)) return FileState::Kind::file;
+  if (S_ISDIR(mode)) return FileState::Kind::directory;
+  if (S_ISLNK(mode)) return FileState::Kind::link;
   return FileState::Kind::other;
 }
 
 std::optional<FileState> stateOf(const std::filesystem::path& host) {
+  constexpr mode_t kPermissions = 07777;
+  constexpr std::int64_t kNanoseconds = 1'000'000'000;
+  struct stat info {};
+  if (::lstat(host.c_str(), &info) != 0) return std::nullopt;
+  FileState state{.kind = kindOf(info.st_mode),
+                  .mode = info.st_mode & kPermissions,
+                  .owner = info.st_uid,
+                  .group = info.st_gid,
+                  .attributes = hashOfAttributes(host)};
   std::error_code error;
-  const auto status = std::filesystem::symlink_status(host, error);
-  if (error || !std::filesystem::exists(status)) return std::nullopt;
-  FileState state{.kind = kindOf(status.type()), .mode = static_cast<unsigned>(status.permissions())};
   if (state.kind == FileState::Kind::file) {
-    state.size = std::filesystem::file_size(host, error);
+    state.size = static_cast<std::uintmax_t>(info.st_size);
+    state.modified = info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec;
     state.content = hashOfFile(host);
   } else if (state.kind == FileState::Kind::link) {
     Hash hash;

@@ -12,9 +12,13 @@ namespace halvo::sim {
 struct FileState {
   enum class Kind { file, directory, link, other };
   Kind kind = Kind::other;
-  unsigned mode = 0;          // permission bits
-  std::uintmax_t size = 0;    // of a file
-  std::uint64_t content = 0;  // hash of a file's bytes or of a link's target
+  unsigned mode = 0;   // permission bits
+  unsigned owner = 0;  // as the host sees it
+  unsigned group = 0;
+  std::uintmax_t size = 0;       // of a file
+  std::int64_t modified = 0;     // of a file, in nanoseconds since 1970; a folder's changes with every entry
+  std::uint64_t content = 0;     // hash of a file's bytes or of a link's target
+  std::uint64_t attributes = 0;  // hash of the extended attributes' names and values
   bool operator==(const FileState&) const = default;
 };
 

@@ -1,5 +1,8 @@
 #include "sim/launchd/Launchd.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <fstream>
@@ -23,6 +26,30 @@ const ControlReply kNoSuchDomain{112, "Could not find specified domain"};
 const ControlReply kNoSuchService{113, "Could not find specified service"};
 
 ControlReply inputOutputError(const std::string& detail) { return {5, "Input/output error\n" + detail}; }
+
+// Whether only root, or whoever runs this launchd, can change what is there.
+bool belongsToRoot(const std::filesystem::path& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return true;
+  return (info.st_uid == 0 || info.st_uid == ::geteuid()) && (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+// A daemon runs as root: neither what describes it nor its program may be in anybody else's hands.
+std::optional<std::string> unsafeDaemon(const JobDescription& job) {
+  for (const auto& path : {job.plist, job.program}) {
+    if (!belongsToRoot(path)) return path.string() + ": Path had bad ownership/permissions";
+  }
+  return std::nullopt;
+}
+
+// What unregistering does to a process that runs: "kill", as a Mac may before the caller has seen the answer, or
+// "keep".
+bool unregisteringKills(const std::filesystem::path& state) {
+  std::ifstream file(state / "unregister");
+  std::string word;
+  file >> word;
+  return word == "kill";
+}
 
 std::vector<std::filesystem::path> propertyLists(const std::filesystem::path& folder) {
   std::vector<std::filesystem::path> found;
@@ -154,6 +181,10 @@ ControlReply Launchd::unregisterService(const std::string& plistName) {
   if (!registrations_.remove(*plist)) return inputOutputError("The registration cannot be withdrawn.");
   Job* job = jobs_.findPlist(*plist);
   if (job == nullptr) return kDone;
+  if (unregisteringKills(paths_.state)) {
+    unload(*job, nullptr);
+    return kDone;
+  }
   job->withdraw();
   if (!job->process()) jobs_.remove(*job);
   changed_ = true;
@@ -167,6 +198,10 @@ ControlReply Launchd::load(const std::string& domain, const std::filesystem::pat
     return inputOutputError(unusable->reason);
   }
   const auto& description = std::get<JobDescription>(read);
+  if (const auto problem = domain == "system" ? unsafeDaemon(description) : std::nullopt) {
+    note(*problem);
+    return inputOutputError(*problem);
+  }
   if (const Job* known = jobs_.find(domain, description.label)) {
     if (known->leaving()) return kAlreadyInProgress;
     return inputOutputError(domain + "/" + description.label + " is loaded already.");

@@ -61,6 +61,52 @@ INSTANTIATE_TEST_SUITE_P(
                    1}),
     [](const auto& row) { return row.param.name; });
 
+struct OwnershipRow {
+  std::string name;
+  std::function<void(const std::filesystem::path& plist)> spoil;
+};
+
+class UnsafeDaemon : public LaunchdTest, public testing::WithParamInterface<OwnershipRow> {};
+
+TEST_P(UnsafeDaemon, IsRefused) {
+  const auto plist = launchd.job(kElsewhere, "test.idle", {"idle"});
+  launchd.start();
+  GetParam().spoil(plist);
+
+  const ControlReply reply = launchd.control().bootstrap("system", plist);
+
+  EXPECT_EQ(reply.status, 5);
+  EXPECT_THAT(reply.text, HasSubstr("test.idle.plist: Path had bad ownership/permissions"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, UnsafeDaemon,
+    testing::Values(
+        OwnershipRow{"GroupMayWrite",
+                     [](const auto& plist) { std::filesystem::permissions(plist, std::filesystem::perms(0664)); }},
+        OwnershipRow{"OthersMayWrite",
+                     [](const auto& plist) { std::filesystem::permissions(plist, std::filesystem::perms(0646)); }}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(LaunchdTest, ADaemonWhoseListBelongsToSomebodyElseIsRefused) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
+  const auto plist = launchd.job(kElsewhere, "test.idle", {"idle"});
+  launchd.start();
+  ASSERT_EQ(::chown(plist.c_str(), 501, 20), 0);
+
+  EXPECT_EQ(launchd.control().bootstrap("system", plist).status, 5);
+}
+
+TEST_F(LaunchdTest, ADaemonWhoseProgramOthersMayWriteIsRefused) {
+  const auto program = launchd.root.write("program", "#!/bin/sh\n");
+  std::filesystem::permissions(program, std::filesystem::perms(0777));
+  const auto plist =
+      launchd.job(kElsewhere, "test.idle", {"idle"}, "<key>Program</key><string>" + program.string() + "</string>");
+  launchd.start();
+
+  EXPECT_EQ(launchd.control().bootstrap("system", plist).status, 5);
+}
+
 TEST_F(LaunchdTest, ARefusalSaysWhy) {
   const auto plist = launchd.job(kDaemons, "test.idle", {"idle"});
   launchd.start();

@@ -42,6 +42,18 @@ TEST_F(LaunchdTest, UnregisteringLeavesTheProcessAndAnswersNobodyElse) {
   EXPECT_FALSE(alive(process));
 }
 
+TEST_F(LaunchdTest, UnregisteringMayEndTheProcess) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.root.write("sim/unregister", "kill\n");
+  launchd.start();
+  launchd.control().registerService(plist);
+  const pid_t process = launchd.ask("test.service")["pid"];
+
+  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
+
+  EXPECT_TRUE(waitUntil([&] { return !alive(process) && !launchd.state("system", "test.server"); }));
+}
+
 TEST_F(LaunchdTest, UnregisteringAJobThatDoesNotRunForgetsIt) {
   const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
   launchd.start();

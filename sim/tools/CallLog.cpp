@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
@@ -50,6 +51,18 @@ void CallLog::append(std::string_view tool, const std::vector<std::string>& argu
   const std::string path = stateRoot() / "calls.jsonl";
   if (appendWhole(path, callLine(tool, arguments, status))) return;
   std::cerr << tool << ": the call could not be recorded in " << path << ": " << std::strerror(errno) << "\n";
+}
+
+int CallLog::count(std::string_view tool, std::string_view verb) {
+  std::ifstream file(stateRoot() / "calls.jsonl");
+  int found = 0;
+  for (std::string line; std::getline(file, line);) {
+    const auto call = nlohmann::json::parse(line, nullptr, false);
+    if (call.is_discarded() || call.at("tool") != tool) continue;
+    const auto& arguments = call.at("arguments");
+    if (verb.empty() || (!arguments.empty() && arguments.front() == verb)) ++found;
+  }
+  return found;
 }
 
 }  // namespace halvo::sim

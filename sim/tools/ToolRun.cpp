@@ -3,7 +3,6 @@
 #include <sysexits.h>
 
 #include <exception>
-#include <filesystem>
 #include <optional>
 #include <ostream>
 
@@ -27,7 +26,7 @@ int runTool(std::string_view tool, const std::vector<std::string>& arguments, co
             const std::function<int()>& act) {
   int status = EX_SOFTWARE;
   try {
-    const std::optional<Fault> fault = scriptedFault(std::filesystem::path(tool).filename().string());
+    const std::optional<Fault> fault = scriptedFault(tool, arguments);
     if (fault && fault->kind == Fault::Kind::hang) {
       CallLog::append(tool, arguments, kHasNoEnd);
       hangUntilKilled();

@@ -88,7 +88,7 @@ TEST_F(ToolRunTest, AMisspeltFaultIsReportedAndTheToolDoesNotAct) {
   EXPECT_EQ(run(), 70);
 
   EXPECT_EQ(acts_, 0);
-  EXPECT_THAT(err_.str(), HasSubstr("faults/tool: write an exit status from 0 to 255"));
+  EXPECT_THAT(err_.str(), HasSubstr("faults/tool: \"sometimes\" is none of: STATUS [after] [on WORD] [call N]"));
 }
 
 TEST_F(ToolRunTest, AToolThatThrowsIsReportedAndRecorded) {
