@@ -3,10 +3,12 @@
 
 #include <atomic>
 #include <memory>
+#include <thread>
 
 #include "sim/frameworks/corefoundation/Object.h"
 #include "sim/frameworks/dispatch/Clock.h"
 #include "sim/frameworks/dispatch/MainQueue.h"
+#include "sim/frameworks/dispatch/MainThread.h"
 
 using namespace halvo::sim;
 
@@ -21,7 +23,6 @@ struct Source : dispatch_source_s {
 };
 
 std::atomic<void*> mainQueueContext{nullptr};
-std::atomic<bool> mainQueueRuns{false};
 
 // The main queue is the only object that is not a source.
 Source* sourceOf(dispatch_object_t object) {
@@ -56,8 +57,8 @@ void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* contex
 
 void dispatch_main(void) {
   if (::gettid() != ::getpid()) abortWithReason("dispatch_main was called on another thread than the main one");
-  if (mainQueueRuns.exchange(true)) abortWithReason("dispatch_main was called from an item of the main queue");
-  MainQueue::instance().runForever();
+  std::thread([] { MainQueue::instance().runForever(); }).detach();
+  endMainThread();
 }
 
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t, uintptr_t, dispatch_queue_t queue) {

@@ -1,7 +1,9 @@
 #include "sim/frameworks/dispatch/MainQueue.h"
 
 #include <algorithm>
+#include <csignal>
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "sim/frameworks/dispatch/Clock.h"
@@ -87,6 +89,10 @@ Callout MainQueue::prepare(const Item& item) const {
 }
 
 void MainQueue::runForever() {
+  // Workers take no asynchronous signals, and neither does what an item starts on a thread of its own.
+  sigset_t all{};
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, nullptr);
   std::unique_lock lock(mutex_);
   while (true) {
     collectDue(uptimeNanoseconds());
@@ -99,7 +105,7 @@ void MainQueue::runForever() {
     const Callout callout = prepare(item);
     // Unlocked: the handler may add work, and it may end the process.
     lock.unlock();
-    if (callout.function != nullptr) callout.function(callout.context);
+    if (callout.function != nullptr) std::thread(callout.function, callout.context).join();
     lock.lock();
   }
 }

@@ -1,4 +1,4 @@
-// The main queue: what any thread adds runs on the main thread, one item at a time and in order.
+// The main queue: what any thread adds runs one item at a time and in order, each on another worker thread.
 #pragma once
 
 #include <pthread.h>
@@ -30,6 +30,7 @@ class MainQueue {
     noticeTimer(timer);
   }
 
+  // Runs what is added, with every signal blocked on this thread.
   [[noreturn]] void runForever();
 
  private:
