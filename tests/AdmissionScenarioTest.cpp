@@ -1,5 +1,7 @@
 // Who may talk to the helper: any program, the application's own or a third party's, whose signature is the
 // application's, and nobody else.
+#include <fstream>
+
 #include "tests/Scenario.h"
 
 namespace halvo::sim {
@@ -41,6 +43,21 @@ INSTANTIATE_TEST_SUITE_P(Table, Stranger,
                                          Signer{"OtherTeam", "com.halvo.app", "AB12CD34EF"},
                                          Signer{"NoTeam", "com.halvo.app", ""}),
                          [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(Scenario, AnApplicationThatWasAlteredAfterSigningIsRefused) {
+  start();
+  const std::string program =
+      machine.signedCopy(mac().path(ProductMachine::kAppProgram), "altered", "com.halvo.app", "QX4TRM2ZL9");
+  ASSERT_EQ(mac().run(machine.user(), {program, "ping"}).status, 0);
+  std::fstream file(mac().path(program), std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(15);  // padding of the header, which nobody reads
+  file.put('x');
+  file.close();
+
+  EXPECT_EQ(mac().run(machine.user(), {program, "ping"}).out, "");
+
+  EXPECT_THAT(helperLog(), Contains("halvo-helper: client signature refused status=-67061"));
+}
 
 class ThirdPartyClient : public Scenario {
  protected:

@@ -1,15 +1,19 @@
 #include "sim/support/CodeSignature.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
 
 namespace halvo::sim {
 namespace {
@@ -27,20 +31,6 @@ static_assert(sizeof(Trailer) == sizeof(std::uint32_t) + kMark.size());
 struct Block {
   off_t start = 0;
   std::string text;
-};
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (value_ >= 0) ::close(value_);
-  }
-  [[nodiscard]] int get() const { return value_; }
-
- private:
-  int value_;
 };
 
 bool readAt(int descriptor, void* buffer, std::size_t size, off_t offset) {
@@ -72,9 +62,21 @@ std::optional<Block> findBlock(int descriptor) {
   return block;
 }
 
-std::string makeBlock(const CodeSignature& signature) {
-  const nlohmann::json json = {
-      {"identifier", signature.identifier}, {"team", signature.teamIdentifier}, {"anchor", signature.anchor}};
+// Of the first `size` bytes. It need not withstand anybody who wants two programs with the same one.
+std::uint64_t digestOf(int descriptor, off_t size) {
+  const auto length = static_cast<std::size_t>(size);
+  void* bytes = length == 0 ? MAP_FAILED : ::mmap(nullptr, length, PROT_READ, MAP_PRIVATE, descriptor, 0);
+  if (bytes == MAP_FAILED) return 0;
+  const std::uint64_t digest = std::hash<std::string_view>()({static_cast<const char*>(bytes), length});
+  ::munmap(bytes, length);
+  return digest;
+}
+
+std::string makeBlock(const CodeSignature& signature, std::uint64_t digest) {
+  const nlohmann::json json = {{"identifier", signature.identifier},
+                               {"team", signature.teamIdentifier},
+                               {"anchor", signature.anchor},
+                               {"digest", digest}};
   std::string bytes = json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
   Trailer trailer;
   trailer.textLength = static_cast<std::uint32_t>(bytes.size());
@@ -92,12 +94,12 @@ std::optional<std::string> textMember(const nlohmann::json& json, const char* ke
 }  // namespace
 
 bool signExecutable(const std::filesystem::path& executable, const CodeSignature& signature) {
-  const Descriptor file(::open(executable.c_str(), O_RDWR | O_CLOEXEC));
+  const UniqueDescriptor file(::open(executable.c_str(), O_RDWR | O_CLOEXEC));
   struct stat info {};
-  if (file.get() < 0 || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+  if (!file.valid() || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
   const auto previous = findBlock(file.get());
   const off_t start = previous ? previous->start : info.st_size;
-  const std::string block = makeBlock(signature);
+  const std::string block = makeBlock(signature, digestOf(file.get(), start));
   return ::ftruncate(file.get(), start) == 0 && writeAt(file.get(), block, start);
 }
 
@@ -111,6 +113,13 @@ std::optional<CodeSignature> readCodeSignature(int descriptor) {
   auto anchor = textMember(json, "anchor");
   if (!identifier || !team || !anchor) return std::nullopt;
   return CodeSignature{std::move(*identifier), std::move(*team), std::move(*anchor)};
+}
+
+bool signedCodeIsIntact(int descriptor) {
+  const auto block = findBlock(descriptor);
+  if (!block) return false;
+  const auto json = nlohmann::json::parse(block->text, nullptr, false);
+  return json.is_object() && json.value("digest", std::uint64_t{0}) == digestOf(descriptor, block->start);
 }
 
 }  // namespace halvo::sim

@@ -22,4 +22,7 @@ bool signExecutable(const std::filesystem::path& executable, const CodeSignature
 // descriptor's offset.
 std::optional<CodeSignature> readCodeSignature(int descriptor);
 
+// Whether what stands before the block is what was signed. Reads the whole file.
+bool signedCodeIsIntact(int descriptor);
+
 }  // namespace halvo::sim

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {
@@ -63,6 +64,17 @@ TEST_F(CodeSignatureTest, SigningAgainReplacesTheBlock) {
   EXPECT_EQ(signatureOf(file), kApp);
   EXPECT_EQ(std::filesystem::file_size(file), size);
   EXPECT_EQ(directory_.read("program").substr(0, 5), "code{");
+}
+
+TEST_F(CodeSignatureTest, CodeIsIntactUntilAByteOfItChanges) {
+  const auto file = directory_.write("program", "code");
+  ASSERT_TRUE(signExecutable(file, kApp));
+  const UniqueDescriptor open(::open(file.c_str(), O_RDWR | O_CLOEXEC));
+
+  EXPECT_TRUE(signedCodeIsIntact(open.get()));
+  ASSERT_EQ(::pwrite(open.get(), "x", 1, 2), 1);
+  EXPECT_FALSE(signedCodeIsIntact(open.get()));
+  EXPECT_EQ(readCodeSignature(open.get()), kApp);
 }
 
 TEST_F(CodeSignatureTest, ALengthBeyondTheFileIsDamage) {

@@ -81,6 +81,8 @@ std::string describeCheck(SecCSFlags flags, SecRequirementRef requirement) {
 OSStatus judge(const Guest& guest, const Requirement* requirement) {
   if (!guestStillRuns(guest)) return kNoSuchProcess;
   if (guest.process && !guest.signature) return errSecCSUnsigned;
+  if (!guest.intact) return errSecCSSignatureFailed;
+  if (guest.replaced) return errSecCSStaticCodeChanged;
   if (requirement == nullptr) return errSecSuccess;
   // The kernel is valid code, but signed by nobody whom a requirement could name.
   if (!guest.process || !requirement->isMetBy(*guest.signature)) return errSecCSReqFailed;

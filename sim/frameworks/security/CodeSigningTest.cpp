@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 
@@ -60,14 +61,38 @@ TEST_F(CodeSigningTest, AProcessNumberIsAnAttributeToo) {
   EXPECT_EQ(validity(found.code.get()), errSecSuccess);
 }
 
-TEST_F(CodeSigningTest, AProgramWhoseFileWasRemovedIsStillItself) {
+TEST_F(CodeSigningTest, AProgramWhoseFileWasRemovedIsNotFound) {
   const RunningProgram program(makeProgram(kApp));
   std::filesystem::remove(directory_.path() / "program");
 
   const Found found = find(attributesFor(tokenOf(program.pid())).get());
 
+  EXPECT_EQ(found.status, kNoSuchFile);
+  EXPECT_EQ(found.code, nullptr);
+}
+
+TEST_F(CodeSigningTest, AProgramWhoseFileWasReplacedIsNotWhatLiesOnDisk) {
+  const auto place = makeProgram(kApp);
+  const RunningProgram program(place);
+  const auto update = directory_.path() / "update";
+  makeWaitingProgram(update, kApp);
+  std::filesystem::rename(update, place);
+
+  const Found found = find(attributesFor(tokenOf(program.pid())).get());
+
   ASSERT_EQ(found.status, errSecSuccess);
-  EXPECT_EQ(validity(found.code.get()), errSecSuccess);
+  EXPECT_EQ(validity(found.code.get()), errSecCSStaticCodeChanged);
+}
+
+TEST_F(CodeSigningTest, AProgramThatWasAlteredAfterSigningHasABrokenSignature) {
+  const auto place = makeProgram(kApp);
+  std::fstream file(place, std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(15);  // padding of the header, which nobody reads
+  file.put('x');
+  file.close();
+  const RunningProgram program(place);
+
+  EXPECT_EQ(validity(find(attributesFor(tokenOf(program.pid())).get()).code.get()), errSecCSSignatureFailed);
 }
 
 TEST_F(CodeSigningTest, AScriptCountsAsItsInterpreter) {

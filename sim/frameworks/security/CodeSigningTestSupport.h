@@ -17,6 +17,7 @@
 namespace halvo::sim {
 
 inline const CodeSignature kApp{"com.halvo.app", "QX4TRM2ZL9", "apple generic"};
+inline constexpr OSStatus kNoSuchFile = 100000 + ENOENT;
 inline constexpr OSStatus kNoSuchProcess = 100000 + ESRCH;
 
 inline audit_token_t tokenOf(pid_t pid) {

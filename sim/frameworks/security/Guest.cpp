@@ -7,9 +7,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <string>
+#include <string_view>
 #include <utility>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/support/ProcessIdentity.h"
 
 namespace halvo::sim {
@@ -37,19 +40,42 @@ class FileSystemIdentity {
   int previousGroup_ = 0;
 };
 
-// Opens the program file of a process; a negative descriptor with errno set when that fails. The link is opened and not
-// read: its text says "(deleted)" once the bundle is gone, while opening reaches the file that runs.
-int openExecutable(pid_t pid) {
+// Asks about a process; in a container root may lack the right to look at another user's process, and then asks as that
+// user, who never does. `ask` answers a negative number with errno set when it fails.
+template <typename Ask>
+ssize_t askAbout(pid_t pid, const Ask& ask) {
   const std::string process = "/proc/" + std::to_string(pid);
-  const std::string link = process + "/exe";
-  const int descriptor = ::open(link.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor >= 0 || errno != EACCES || ::geteuid() != 0) return descriptor;
-
-  // In a container root may lack the right to look at another user's process; that user never does.
+  const ssize_t answer = ask(process + "/exe");
+  if (answer >= 0 || errno != EACCES || ::geteuid() != 0) return answer;
   struct stat owner {};
   if (::stat(process.c_str(), &owner) != 0) return -1;
   const FileSystemIdentity asOwner(owner.st_uid, owner.st_gid);
-  return ::open(link.c_str(), O_RDONLY | O_CLOEXEC);
+  return ask(process + "/exe");
+}
+
+// The file that runs, whatever lies at its path by now.
+UniqueDescriptor openExecutable(pid_t pid) {
+  return UniqueDescriptor(static_cast<int>(
+      askAbout(pid, [](const std::string& link) { return ssize_t{::open(link.c_str(), O_RDONLY | O_CLOEXEC)}; })));
+}
+
+// Where the program lay when it was started.
+std::string pathOfExecutable(pid_t pid) {
+  constexpr std::string_view kGone = " (deleted)";
+  std::string path(PATH_MAX, '\0');
+  const ssize_t length =
+      askAbout(pid, [&path](const std::string& link) { return ::readlink(link.c_str(), path.data(), path.size()); });
+  path.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
+  struct stat info {};
+  const bool marked = path.ends_with(kGone) && ::stat(path.c_str(), &info) != 0;
+  return marked ? path.substr(0, path.size() - kGone.size()) : path;
+}
+
+bool isSameFile(int one, int other) {
+  struct stat first {};
+  struct stat second {};
+  return ::fstat(one, &first) == 0 && ::fstat(other, &second) == 0 && first.st_dev == second.st_dev &&
+         first.st_ino == second.st_ino;
 }
 
 GuestLookup failed(OSStatus status) { return {status, {}}; }
@@ -61,10 +87,14 @@ GuestLookup findGuest(pid_t pid, std::optional<std::uint32_t> version) {
   if (!before) return failed(kErrnoBase + ESRCH);
   if (version && *version != *before) return failed(errSecCSNoSuchCode);
 
-  const int executable = openExecutable(pid);
-  if (executable < 0) return failed(kErrnoBase + errno);
-  Guest guest{Guest::Process{pid, *before}, readCodeSignature(executable)};
-  ::close(executable);
+  const UniqueDescriptor running = openExecutable(pid);
+  if (!running.valid()) return failed(kErrnoBase + errno);
+  const UniqueDescriptor onDisk(::open(pathOfExecutable(pid).c_str(), O_RDONLY | O_CLOEXEC));
+  if (!onDisk.valid()) return failed(kErrnoBase + errno);
+  Guest guest{.process = Guest::Process{pid, *before},
+              .signature = readCodeSignature(running.get()),
+              .intact = signedCodeIsIntact(running.get()),
+              .replaced = !isSameFile(running.get(), onDisk.get())};
   // The number may have passed to another process between the first look and the open.
   if (processVersion(pid) != before) return failed(errSecCSNoSuchCode);
   return {errSecSuccess, std::move(guest)};

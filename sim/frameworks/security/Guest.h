@@ -19,6 +19,8 @@ struct Guest {
   };
   std::optional<Process> process;
   std::optional<CodeSignature> signature;  // nothing when unsigned
+  bool intact = true;                      // the file that runs is what was signed
+  bool replaced = false;                   // another program lies at its path by now
 };
 
 struct GuestLookup {
@@ -26,8 +28,9 @@ struct GuestLookup {
   Guest guest;  // meaningful when the status is success
 };
 
-// Answers a status other than success when there is no such process, or when `version` is given and belongs to an
-// earlier process of the same number. A script counts as its interpreter.
+// Answers a status other than success when there is no such process, when `version` is given and belongs to an earlier
+// process of the same number, or when nothing lies at the program's path any more: code is looked up by its path. A
+// script counts as its interpreter.
 GuestLookup findGuest(pid_t pid, std::optional<std::uint32_t> version);
 
 // False once the process has gone.
