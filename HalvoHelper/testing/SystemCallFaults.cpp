@@ -15,6 +15,7 @@ namespace halvo {
 namespace {
 
 thread_local SystemCallFault* newestFault = nullptr;
+thread_local SystemCallHook* newestHook = nullptr;
 
 // The answer of a call that is to fail: `failure` with errno set, or 0 where the fault says so.
 template <typename Result>
@@ -34,6 +35,7 @@ SystemCallFault::SystemCallFault(std::string function, int error, int first, int
 SystemCallFault::~SystemCallFault() { newestFault = next_; }
 
 const SystemCallFault* SystemCallFault::of(const char* function) {
+  SystemCallHook::announce(function);
   const SystemCallFault* failing = nullptr;
   for (SystemCallFault* fault = newestFault; fault != nullptr; fault = fault->next_) {
     if (fault->function_ != function) continue;
@@ -41,6 +43,19 @@ const SystemCallFault* SystemCallFault::of(const char* function) {
     if (fault->calls_ >= fault->first_ && fault->calls_ <= fault->last_) failing = fault;
   }
   return failing;
+}
+
+SystemCallHook::SystemCallHook(std::string function, int call, std::function<void()> action)
+    : function_(std::move(function)), call_(call), action_(std::move(action)), next_(newestHook) {
+  newestHook = this;
+}
+
+SystemCallHook::~SystemCallHook() { newestHook = next_; }
+
+void SystemCallHook::announce(const char* function) {
+  for (SystemCallHook* hook = newestHook; hook != nullptr; hook = hook->next_) {
+    if (hook->function_ == function && ++hook->calls_ == hook->call_) hook->action_();
+  }
 }
 
 }  // namespace halvo

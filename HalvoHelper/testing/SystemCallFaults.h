@@ -2,6 +2,7 @@
 // --wrap, so on Linux only): what a disk, a process table or a descriptor table that is out of order would answer.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace halvo {
@@ -32,6 +33,27 @@ class SystemCallFault {
   int last_;
   int calls_ = 0;
   SystemCallFault* next_;
+};
+
+// While it lives, does something just before one call that this thread makes of a function: what somebody else on the
+// machine may do at that moment.
+class SystemCallHook {
+ public:
+  // Before the call of that number from now on, counted from 1.
+  SystemCallHook(std::string function, int call, std::function<void()> action);
+  SystemCallHook(const SystemCallHook&) = delete;
+  SystemCallHook& operator=(const SystemCallHook&) = delete;
+  ~SystemCallHook();
+
+  // What a wrapper says before it goes on.
+  static void announce(const char* function);
+
+ private:
+  std::string function_;
+  int call_;
+  std::function<void()> action_;
+  int calls_ = 0;
+  SystemCallHook* next_;
 };
 
 }  // namespace halvo

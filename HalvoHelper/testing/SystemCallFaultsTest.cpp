@@ -47,5 +47,17 @@ TEST(SystemCallFaultsTest, AWriteCanAnswerNothing) {
   EXPECT_EQ(::write(STDOUT_FILENO, "x", 1), 0);
 }
 
+TEST(SystemCallFaultsTest, AHookActsBeforeTheChosenCall) {
+  int before = 0;
+  const SystemCallFault counted("unlink", EIO, 0, 0);
+  const SystemCallHook hook("unlink", 2, [&] { before = counted.calls(); });
+
+  ::unlink("/absent/file");
+  ::unlink("/absent/file");
+  ::unlink("/absent/file");
+
+  EXPECT_EQ(before, 1);
+}
+
 }  // namespace
 }  // namespace halvo
