@@ -31,8 +31,10 @@ set(tests
   system/PkgutilTest.cpp
   system/RealPrivilegedFSTest.cpp
   system/RealProcessRunnerTest.cpp
+  system/RemoveDeepTreeTest.cpp
   system/RemoveTreeTest.cpp
   system/StageFileTest.cpp
+  testing/DeepTree.cpp
   testing/FifoEnds.cpp
   testing/FileState.cpp
   testing/FixedAudioDevices.cpp
@@ -100,6 +102,8 @@ endif()
 if(NOT APPLE)
   halvo_test(HalvoHelperFaultTest
     SOURCES
+      system/RemoveTreeFaultTest.cpp
+      testing/DeepTree.cpp
       testing/SystemCallFaults.cpp
       testing/SystemCallFaultsTest.cpp
       testing/TemporaryDirectory.cpp

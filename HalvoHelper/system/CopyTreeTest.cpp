@@ -24,13 +24,6 @@ class CopyTreeTest : public testing::Test {
     return directory_.path("Halvo.driver");
   }
 
-  // "/d/d/d ...", that many levels.
-  static std::string deepName(int levels) {
-    std::string name;
-    for (int i = 0; i < levels; ++i) name += "/d";
-    return name;
-  }
-
   TemporaryDirectory directory_;
   RealPrivilegedFS fs_;
   std::string copy_ = directory_.path("copy");
@@ -101,15 +94,6 @@ TEST_F(CopyTreeTest, ADanglingLinkAtTheDestinationMakesItFailAndStays) {
 
   EXPECT_TRUE(std::filesystem::is_symlink(dangling));
   EXPECT_FALSE(isNamed(directory_.path("absent")));
-}
-
-TEST_F(CopyTreeTest, NothingIsCopiedIntoADirectoryThatCannotBeRemoved) {
-  // Deeper than a removal goes.
-  directory_.makeFile("copy" + deepName(250));
-
-  EXPECT_FALSE(fs_.copyTree(makeBundle(), copy_));
-
-  EXPECT_THAT(fs_.entries(copy_), UnorderedElementsAre("d"));
 }
 
 TEST_F(CopyTreeTest, LinksInsideAreCopiedAsLinks) {
