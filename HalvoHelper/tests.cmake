@@ -32,6 +32,7 @@ set(tests
   system/RealPrivilegedFSTest.cpp
   system/RealProcessRunnerTest.cpp
   system/RemoveDeepTreeTest.cpp
+  system/RemoveLockedTreeTest.cpp
   system/RemoveTreeTest.cpp
   system/StageFileTest.cpp
   testing/DeepTree.cpp
@@ -41,6 +42,7 @@ set(tests
   testing/InMemoryPrivilegedFS.cpp
   testing/InstallBench.cpp
   testing/InstallMachine.cpp
+  testing/LockedItem.cpp
   testing/ProcessState.cpp
   testing/ScriptedPrivilegedFS.cpp
   testing/ScriptedProcessRunner.cpp

@@ -1,9 +1,7 @@
 // The application's bundle leaves, and nothing else.
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
+#include <sys/stat.h>
 
-#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "HalvoHelper/testing/LockedItem.h"
 #include "tests/RemovalScenario.h"
 
 namespace halvo::sim {
@@ -78,33 +76,29 @@ TEST_F(BundleScenario, FilesOfOtherOwnersInABundleGoToo) {
   EXPECT_FALSE(stands("/Users/user501/Halvo.app"));
 }
 
-// A file that not even root can remove while this lives.
-class ImmutableFile {
- public:
-  explicit ImmutableFile(const std::filesystem::path& path) : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    taken_ = setFlags(FS_IMMUTABLE_FL);
-  }
-  ~ImmutableFile() { setFlags(0); }
-  ImmutableFile(const ImmutableFile&) = delete;
-  ImmutableFile& operator=(const ImmutableFile&) = delete;
+// The simulated Mac keeps the rights of whoever starts it, so that its helper may take back what is set here.
+constexpr const char* kNoFlags =
+    "flags of files take root of the machine itself and a file system with immutable files and extended attributes";
 
-  // Whether the file system knows such files and lets this process make one.
-  [[nodiscard]] bool taken() const { return taken_; }
+TEST_F(BundleScenario, ABundleThatIsLockedInTheFinderGoes) {
+  makeBundle("/Users/user501/Halvo.app");
+  const LockedItem marker(mac().path("/Users/user501/Halvo.app/Contents/MacOS/halvo-daemon"), UF_IMMUTABLE);
+  const LockedItem contents(mac().path("/Users/user501/Halvo.app/Contents"), UF_IMMUTABLE);
+  const LockedItem bundle(mac().path("/Users/user501/Halvo.app"), UF_IMMUTABLE);
+  if (!bundle.taken()) GTEST_SKIP() << kNoFlags;
 
- private:
-  bool setFlags(int flags) const { return ::ioctl(file_.get(), FS_IOC_SETFLAGS, &flags) == 0; }
+  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "true");
 
-  UniqueDescriptor file_;
-  bool taken_ = false;
-};
+  EXPECT_FALSE(stands("/Users/user501/Halvo.app"));
+}
 
-TEST_F(BundleScenario, AnImmutableFileStaysWithTheFoldersAroundItAndTheAnswerIsFalse) {
+TEST_F(BundleScenario, AFileThatTheSystemLocksStaysWithTheFoldersAroundItAndTheAnswerIsFalse) {
   makeBundle("/Users/user501/Halvo.app");
   mac().writeFile("/Users/user501/Halvo.app/Contents/Info.plist", "goes");
   mac().writeFile("/Users/user501/Halvo.app/Contents/locked", "stays");
   mac().writeFile("/Users/user501/Halvo.appendix", "outside");
-  const ImmutableFile locked(mac().path("/Users/user501/Halvo.app/Contents/locked"));
-  if (!locked.taken()) GTEST_SKIP() << "this file system has no immutable files, or they are not for this user";
+  const LockedItem locked(mac().path("/Users/user501/Halvo.app/Contents/locked"), SF_IMMUTABLE);
+  if (!locked.taken()) GTEST_SKIP() << kNoFlags;
 
   EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "false");
 

@@ -14,6 +14,7 @@
 
 #include "HalvoHelper/system/PathStrings.h"
 #include "HalvoHelper/system/UniqueDescriptor.h"
+#include "HalvoHelper/system/UserFlags.h"
 
 namespace halvo {
 namespace {
@@ -147,9 +148,18 @@ class TreeRemoval {
     return true;
   }
 
-  // Whether the entry is gone, by this or by somebody else.
+  // Whether the entry is gone, by this or by somebody else. A lock that its owner may set protects neither an entry nor
+  // what is in a directory from root; the directory above the tree keeps its own.
   bool unlink(const Entry& entry, int flags) {
-    return ::unlinkat(levels_.back().directory.get(), entry.name.c_str(), flags) == 0 || errno == ENOENT;
+    const Level& here = levels_.back();
+    const auto gone = [&] {
+      return ::unlinkat(here.directory.get(), entry.name.c_str(), flags) == 0 || errno == ENOENT;
+    };
+    if (gone()) return true;
+    if (errno != EPERM) return false;
+    const bool directoryUnlocked = levels_.size() > 1 && halvoClearUserFlags(here.directory.get());
+    const bool entryUnlocked = halvoClearUserFlags(here.directory.get(), entry.name);
+    return (directoryUnlocked || entryUnlocked) && gone();
   }
 
   dev_t device_;

@@ -101,6 +101,25 @@ TEST_F(RemoveTreeFaultTest, OrdinaryItemsAreNeitherLookedAtNorOpened) {
   EXPECT_EQ(judged.calls(), 2) << "the two directories";
 }
 
+TEST_F(RemoveTreeFaultTest, AFifoThatMayBeLockedIsNotOpened) {
+  directory_.makeFifo("tree/fifo");
+
+  const SystemCallFault locked("unlinkat", EPERM, 1);
+  const SystemCallFault opened("openat", EIO, 0, 0);
+  EXPECT_FALSE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_EQ(opened.calls(), 2) << "the tree, and the FIFO only as a directory";
+}
+
+TEST_F(RemoveTreeFaultTest, ARefusalThatNoFlagExplainsIsNotTriedAgain) {
+  directory_.makeFile("tree/file");
+
+  const SystemCallFault refused("unlinkat", EPERM, 1);
+  EXPECT_FALSE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_EQ(refused.calls(), 1);
+}
+
 // ---- Entries that vanish
 
 struct Moment {

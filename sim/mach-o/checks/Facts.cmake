@@ -3,7 +3,7 @@
 # Arguments: TABLES (the document), INCLUDE (the declarations' folder), OUTPUT (the file to write).
 set(headers
   CoreFoundation/CoreFoundation.h Security/Security.h CoreAudio/CoreAudio.h dispatch/dispatch.h mach/message.h
-  bsm/libbsm.h copyfile.h spawn.h)
+  bsm/libbsm.h copyfile.h spawn.h sys/attr.h sys/stat.h unistd.h)
 set(text "#include <signal.h>\n#include <stdint.h>\n#include <sys/types.h>\n\n#include <type_traits>\n\n")
 foreach(header ${headers})
   string(APPEND text "#include <${header}>\n")
@@ -45,11 +45,11 @@ foreach(file ${files})
   file(STRINGS "${file}" code)
   foreach(line IN LISTS code)
     string(REGEX REPLACE "//.*$" "" line "${line}")
-    if(line MATCHES "^#define (k[A-Z]|err[A-Z]|COPYFILE_|POSIX_SPAWN_|[NUM]SEC_PER|DISPATCH_TIME)([A-Za-z0-9_]*) ")
+    if(line MATCHES "^#define (k[A-Z]|err[A-Z]|COPYFILE_|POSIX_SPAWN_|ATTR_|[US]F_|[NUM]SEC_PER|DISPATCH_TIME)([A-Za-z0-9_]*) ")
       list(APPEND declared "${CMAKE_MATCH_1}${CMAKE_MATCH_2}")
     elseif(line MATCHES "(^|[^A-Za-z0-9_])((k|err)[A-Z][A-Za-z0-9]+) *(=|;)")
       list(APPEND declared "${CMAKE_MATCH_2}")
-    elseif(line MATCHES "(^|[ *])((CF|Sec|Authorization|AudioObject)[A-Z][A-Za-z]+|(dispatch_|posix_spawn|audit_token_to_)[a-z_0-9]*|copyfile)\\(")
+    elseif(line MATCHES "(^|[ *])((CF|Sec|Authorization|AudioObject)[A-Z][A-Za-z]+|(dispatch_|posix_spawn|audit_token_to_)[a-z_0-9]*|copyfile|fchflags|fgetattrlist)\\(")
       list(APPEND declared "${CMAKE_MATCH_2}")
     endif()
   endforeach()
