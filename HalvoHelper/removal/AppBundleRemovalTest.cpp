@@ -126,6 +126,34 @@ TEST_F(RealBundleRemovalTest, ALinkToAnotherNameLeavesTheTargetAlone) {
   EXPECT_THAT(lines, ElementsAre("halvo-helper: refused to remove (failed realpath re-validation) " + link));
 }
 
+TEST_F(RealBundleRemovalTest, AMarkerThatIsADirectoryCounts) {
+  directory.makeDirectory("Halvo.app/Contents/MacOS/halvo-daemon");
+
+  EXPECT_TRUE(remove(directory.path("Halvo.app")));
+
+  EXPECT_FALSE(isNamed(directory.path("Halvo.app")));
+}
+
+TEST_F(RealBundleRemovalTest, AMarkerThatIsALinkToAFileCountsAndTheFileStays) {
+  const std::string outside = directory.makeFile("outside");
+  directory.makeLink("Halvo.app/Contents/MacOS/halvo-helper", outside);
+
+  EXPECT_TRUE(remove(directory.path("Halvo.app")));
+
+  EXPECT_FALSE(isNamed(directory.path("Halvo.app")));
+  EXPECT_TRUE(isNamed(outside));
+}
+
+TEST_F(RealBundleRemovalTest, AMarkerThatIsADanglingLinkDoesNotCount) {
+  const std::string marker = directory.makeLink("Halvo.app/Contents/MacOS/halvo-app", directory.path("absent"));
+  const std::string bundle = directory.path("Halvo.app");
+
+  EXPECT_FALSE(remove(bundle));
+
+  EXPECT_TRUE(isNamed(marker));
+  EXPECT_THAT(lines, ElementsAre("halvo-helper: refused to remove non-Halvo path " + bundle));
+}
+
 TEST_F(RealBundleRemovalTest, APathLongerThanTheSystemAllowsIsRefused) {
   const std::string path = "/" + std::string(100'000, 'x') + "/Halvo.app";
 
@@ -140,6 +168,26 @@ TEST_F(RealBundleRemovalTest, APathWithANulIsRefusedAlthoughTheBundleBeforeItExi
   EXPECT_FALSE(remove(directory.path("Halvo.app") + std::string("\0/Halvo.app", 11)));
 
   EXPECT_TRUE(isNamed(marker));
+}
+
+// ---- The canonical path
+
+TEST(CanonicalPathTest, LeadsThroughLinksToTheItemItself) {
+  const TemporaryDirectory directory;
+  const std::string item = directory.makeFile("folder/item");
+  const std::string link = directory.makeLink("link", directory.path("folder"));
+
+  EXPECT_EQ(halvoCanonicalPath(link + "//./item"), item);
+}
+
+TEST(CanonicalPathTest, WhatCannotBeResolvedGivesNothing) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoCanonicalPath(""), std::nullopt);
+  EXPECT_EQ(halvoCanonicalPath(directory.path("absent")), std::nullopt);
+  EXPECT_EQ(halvoCanonicalPath(directory.makeFile("file") + "/below"), std::nullopt);
+  EXPECT_EQ(halvoCanonicalPath(directory.makeLink("dangling", "/no/such/file")), std::nullopt);
+  EXPECT_EQ(halvoCanonicalPath(directory.makeLink("loop", directory.path("loop"))), std::nullopt);
 }
 
 }  // namespace
