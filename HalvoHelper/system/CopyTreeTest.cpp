@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "HalvoHelper/system/RealPrivilegedFS.h"
+#include "HalvoHelper/system/RealProcessRunner.h"
 #include "HalvoHelper/testing/FileState.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 
@@ -152,11 +153,33 @@ TEST_F(CopyTreeTest, AnAbsentSourceFailsAfterTheDestinationWasRemoved) {
   EXPECT_FALSE(isNamed(destination));
 }
 
-TEST_F(CopyTreeTest, AFifoInsideMakesItFail) {
+TEST_F(CopyTreeTest, ATreeThatHoldsAFifoIsNotCopiedAndNothingOfItStays) {
   const std::string bundle = makeBundle();
   directory_.makeFifo("Halvo.driver/fifo");
 
   EXPECT_FALSE(fs_.copyTree(bundle, copy_));
+
+  EXPECT_FALSE(isNamed(copy_));
+  EXPECT_EQ(contentsOf(bundle + "/Contents/Info.plist"), "info");
+}
+
+TEST_F(CopyTreeTest, AFileThatDoesNotFitLeavesNothing) {
+  const std::string source = directory_.makeSparseFile("source", 5'000'000);
+
+  EXPECT_EQ(RealProcessRunner().run(HALVO_FILE_PROBE, {"copy-tree-limited", "3000000", source, copy_}).output, "false");
+
+  EXPECT_FALSE(isNamed(copy_));
+  EXPECT_TRUE(isNamed(source));
+}
+
+TEST_F(CopyTreeTest, TrailingSlashesOfTheDestinationAreIgnored) {
+  const std::string file = directory_.makeFile("file", "kept");
+
+  EXPECT_TRUE(fs_.copyTree(makeBundle(), copy_ + "//"));
+  EXPECT_FALSE(fs_.copyTree(directory_.makeFile("broker"), file + "/"));
+
+  EXPECT_EQ(contentsOf(copy_ + "/Contents/Info.plist"), "info");
+  EXPECT_EQ(contentsOf(file), "kept");
 }
 
 TEST_F(CopyTreeTest, FailsWhenNoDirectoryCanBeMadeAboveTheDestination) {

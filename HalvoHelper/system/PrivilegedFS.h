@@ -26,7 +26,8 @@ class PrivilegedFS {
   // True when nothing is there afterwards; an absent path, and a dangling link, which stays, count as nothing.
   virtual bool removeTree(const std::string& path) const = 0;
 
-  // Replaces `destination` wholly by a copy of `source`, making the directories above it.
+  // Replaces `destination` wholly by a copy of `source`, making the directories above it. A copy that fails leaves
+  // nothing of itself; what was at the destination has gone by then, unless it could not be removed.
   virtual bool copyTree(const std::string& source, const std::string& destination) const = 0;
 
   // Copies one regular file that an untrusted caller named into a place that only root can write. Refuses links,

@@ -25,6 +25,19 @@ bool isDirectory(const std::string& path) {
   return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+// Whether anything has that name, a dangling link included.
+bool isNamed(const std::string& path) {
+  struct stat info {};
+  return ::lstat(path.c_str(), &info) == 0;
+}
+
+// Whether a copy that failed with `error` can have made what has that name. What stood in its way it did not make; for
+// a tree, that is said of something further down as well.
+bool canBeOurs(const std::string& copy, int error) {
+  struct stat info {};
+  return error != EEXIST || (::lstat(copy.c_str(), &info) == 0 && S_ISDIR(info.st_mode));
+}
+
 // Makes the directory and those above it; an existing directory is success. False on any error.
 bool createDirectories(const std::string& path) {
   std::error_code error;
@@ -69,14 +82,18 @@ bool RealPrivilegedFS::removeTree(const std::string& path) const {
 bool RealPrivilegedFS::copyTree(const std::string& source, const std::string& destination) const {
   if (halvoHoldsNul(source) || halvoHoldsNul(destination)) return false;
   if (exists(destination)) removeTree(destination);
-  if (!createDirectories(halvoDeletingLastPathComponent(destination))) return false;
+  const std::string parent = halvoDeletingLastPathComponent(destination);
+  if (!createDirectories(parent)) return false;
 
   // copyfile(3) would copy into a directory that is still there; the copy must replace it or fail.
-  struct stat info {};
-  if (::lstat(destination.c_str(), &info) == 0) return false;
+  const std::string copy = halvoAppendingPathComponent(parent, halvoLastPathComponent(destination));
+  if (isNamed(copy)) return false;
   constexpr copyfile_flags_t kFlags =
       COPYFILE_ALL | COPYFILE_RECURSIVE | COPYFILE_NOFOLLOW | COPYFILE_EXCL | COPYFILE_CLONE;
-  return ::copyfile(source.c_str(), destination.c_str(), nullptr, kFlags) == 0;
+  if (::copyfile(source.c_str(), copy.c_str(), nullptr, kFlags) == 0) return true;
+  // Half a copy must not be taken for a whole one: a snapshot's items are copied back by their mere presence.
+  if (canBeOurs(copy, errno)) static_cast<void>(halvoRemoveTree(copy));
+  return false;
 }
 
 bool RealPrivilegedFS::stageFile(const std::string& source, const std::string& destination) const {

@@ -30,6 +30,9 @@ int main(int argc, char* argv[]) {
   const std::string operation = words.empty() ? "" : words[0];
   if (operation == "remove-tree" && words.size() == 2) {
     std::cout << word(fs.removeTree(words[1]));
+  } else if (operation == "copy-tree-limited" && words.size() == 4) {
+    limitFileSize(words[1]);
+    std::cout << word(fs.copyTree(words[2], words[3]));
   } else if (operation == "stage-file" && words.size() == 3) {
     std::cout << word(fs.stageFile(words[1], words[2]));
   } else if (operation == "stage-file-limited" && words.size() == 4) {
@@ -41,7 +44,8 @@ int main(int argc, char* argv[]) {
     ::getrusage(RUSAGE_SELF, &usage);
     std::cout << (staged ? usage.ru_maxrss : -1);
   } else {
-    std::cerr << "usage: remove-tree PATH | stage-file FROM TO | stage-file-limited BYTES FROM TO | "
+    std::cerr << "usage: remove-tree PATH | copy-tree-limited BYTES FROM TO | stage-file FROM TO | stage-file-limited "
+                 "BYTES FROM TO | "
                  "stage-file-memory FROM TO\n";
     return EXIT_FAILURE;
   }
