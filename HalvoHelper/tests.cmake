@@ -106,12 +106,15 @@ if(NOT APPLE)
     SOURCES
       system/RemoveTreeFaultTest.cpp
       testing/DeepTree.cpp
+      system/PrivilegedFSFaultTest.cpp
+      testing/ProcessState.cpp
       testing/SystemCallFaults.cpp
       testing/SystemCallFaultsTest.cpp
       testing/TemporaryDirectory.cpp
     PRIVATE HalvoHelper)
   set(faulty_calls
-    close fcntl fdopendir fstat fstatat open openat pipe read readdir unlink unlinkat waitpid write)
+    close fcntl fdopendir fstat fstatat lstat open openat pipe read readdir unlink unlinkat waitpid write)
   list(TRANSFORM faulty_calls PREPEND "-Wl,--wrap=")
-  target_link_options(HalvoHelperFaultTest PRIVATE ${faulty_calls})
+  # The C++ library's own calls, such as the reading of a directory, take the same road where it is linked in.
+  target_link_options(HalvoHelperFaultTest PRIVATE ${faulty_calls} -static-libstdc++)
 endif()

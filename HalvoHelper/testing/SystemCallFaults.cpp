@@ -129,6 +129,12 @@ int __wrap_fstatat(int directory, const char* path, struct stat* info, int flags
   return __real_fstatat(directory, path, info, flags);
 }
 
+int __real_lstat(const char* path, struct stat* info);
+int __wrap_lstat(const char* path, struct stat* info) {
+  if (const auto* fault = SystemCallFault::of("lstat")) return halvo::failed(*fault, -1);
+  return __real_lstat(path, info);
+}
+
 int __real_unlink(const char* path);
 int __wrap_unlink(const char* path) {
   if (const auto* fault = SystemCallFault::of("unlink")) return halvo::failed(*fault, -1);
