@@ -29,6 +29,7 @@ set(tests
   system/LoginUsersTest.cpp
   system/PathStringsTest.cpp
   system/PkgutilTest.cpp
+  system/PrivilegedFSContractTest.cpp
   system/RealPrivilegedFSTest.cpp
   system/RealProcessRunnerTest.cpp
   system/RemoveDeepTreeTest.cpp
@@ -38,6 +39,7 @@ set(tests
   testing/DeepTree.cpp
   testing/FifoEnds.cpp
   testing/FileState.cpp
+  testing/FileTree.cpp
   testing/FixedAudioDevices.cpp
   testing/InMemoryPrivilegedFS.cpp
   testing/InstallBench.cpp

@@ -38,6 +38,11 @@ bool canBeOurs(const std::string& copy, int error) {
   return error != EEXIST || (::lstat(copy.c_str(), &info) == 0 && S_ISDIR(info.st_mode));
 }
 
+// The same path without trailing slashes.
+std::string trimmed(const std::string& path) {
+  return halvoAppendingPathComponent(halvoDeletingLastPathComponent(path), halvoLastPathComponent(path));
+}
+
 // Makes the directory and those above it; an existing directory is success. False on any error.
 bool createDirectories(const std::string& path) {
   std::error_code error;
@@ -82,12 +87,13 @@ bool RealPrivilegedFS::removeTree(const std::string& path) const {
 bool RealPrivilegedFS::copyTree(const std::string& source, const std::string& destination) const {
   if (halvoHoldsNul(source) || halvoHoldsNul(destination)) return false;
   if (exists(destination)) removeTree(destination);
-  const std::string parent = halvoDeletingLastPathComponent(destination);
-  if (!createDirectories(parent)) return false;
+  if (!createDirectories(halvoDeletingLastPathComponent(destination))) return false;
 
   // copyfile(3) would copy into a directory that is still there; the copy must replace it or fail.
-  const std::string copy = halvoAppendingPathComponent(parent, halvoLastPathComponent(destination));
+  const std::string copy = trimmed(destination);
   if (isNamed(copy)) return false;
+  // A tree that is copied into itself grows while it is read: the copy would end with the last free byte.
+  if (copy.starts_with(trimmed(source) + "/")) return false;
   constexpr copyfile_flags_t kFlags =
       COPYFILE_ALL | COPYFILE_RECURSIVE | COPYFILE_NOFOLLOW | COPYFILE_EXCL | COPYFILE_CLONE;
   if (::copyfile(source.c_str(), copy.c_str(), nullptr, kFlags) == 0) return true;

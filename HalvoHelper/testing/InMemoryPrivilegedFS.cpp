@@ -4,37 +4,57 @@
 #include "HalvoHelper/testing/ScriptedPrivilegedFS.h"
 
 namespace halvo {
+namespace {
+
+// A directory's path without trailing slashes; a file's must have none.
+std::string trimmed(const std::string& path) {
+  if (!path.starts_with('/')) return path;
+  return halvoAppendingPathComponent(halvoDeletingLastPathComponent(path), halvoLastPathComponent(path));
+}
+
+// Whether `path` is `tree` or lies below it.
+bool isIn(const std::string& tree, const std::string& path) { return path == tree || path.starts_with(tree + "/"); }
+
+}  // namespace
 
 bool InMemoryPrivilegedFS::exists(const std::string& path) const {
   step();
-  return files.contains(path) || directories.contains(path);
+  return isThere(path);
 }
 
 bool InMemoryPrivilegedFS::remove(const std::string& path) const {
   step();
-  if (failing.contains("remove " + path) || directories.contains(path)) return false;
-  files.erase(path);
+  if (failing.contains("remove " + path) || directories.contains(trimmed(path))) return false;
+  for (const auto& file : files) {
+    if (path.starts_with(file.first + "/")) return false;
+  }
+  if (files.contains(path)) eraseTree(path);
   return true;
 }
 
 bool InMemoryPrivilegedFS::removeTree(const std::string& path) const {
   if (!alive() || failing.contains("removeTree " + path)) return false;
-  return eraseTree(path);
+  if (isThere(path)) eraseTree(trimmed(path));
+  return true;
 }
 
 bool InMemoryPrivilegedFS::copyTree(const std::string& source, const std::string& destination) const {
   step();
-  eraseTree(destination);
-  if (failing.contains("copyTree " + source + " -> " + destination)) return false;
-  if (!files.contains(source) && !directories.contains(source)) return false;
-  addDirectories(halvoDeletingLastPathComponent(destination));
-  const auto filesBefore = files;
-  const auto directoriesBefore = directories;
-  for (const auto& [path, contents] : filesBefore) {
-    if (path == source || path.starts_with(source + "/")) files[destination + path.substr(source.size())] = contents;
+  if (isThere(destination)) eraseTree(trimmed(destination));
+  const std::string from = trimmed(source);
+  const std::string to = trimmed(destination);
+  if (!makeDirectories(halvoDeletingLastPathComponent(to)) || isThere(to) || !isThere(source)) return false;
+  if (isIn(from, to) || failing.contains("copyTree " + source + " -> " + destination)) return false;
+
+  const auto ages = daysAgo;
+  for (const std::string& path : std::set(directories)) {
+    if (isIn(from, path)) makeDirectories(to + path.substr(from.size()));
   }
-  for (const auto& path : directoriesBefore) {
-    if (path == source || path.starts_with(source + "/")) directories.insert(destination + path.substr(source.size()));
+  for (const auto& [path, contents] : std::map(files)) {
+    if (isIn(from, path)) put(to + path.substr(from.size()), contents);
+  }
+  for (const auto& [path, days] : ages) {
+    if (isIn(from, path)) daysAgo[to + path.substr(from.size())] = days;
   }
   return true;
 }
@@ -42,46 +62,51 @@ bool InMemoryPrivilegedFS::copyTree(const std::string& source, const std::string
 bool InMemoryPrivilegedFS::stageFile(const std::string& source, const std::string& destination) const {
   step();
   const bool refused = failing.contains("stageFile " + source + " -> " + destination) || !files.contains(source) ||
-                       files.contains(destination) || directories.contains(destination);
+                       destination.ends_with('/') || isThere(destination);
   if (refused || !directories.contains(halvoDeletingLastPathComponent(destination))) return false;
-  files[destination] = files[source];
+  put(destination, files[source]);
   return true;
 }
 
 bool InMemoryPrivilegedFS::makeDir(const std::string& path) const {
   step();
   if (failing.contains("makeDir " + path)) return false;
-  if (!files.contains(path)) addDirectories(path);
-  return true;
+  return makeDirectories(trimmed(path)) || isThere(path);
 }
 
 std::vector<std::string> InMemoryPrivilegedFS::entries(const std::string& path) const {
   step();
-  std::set<std::string> names;
+  std::vector<std::string> names;
   const auto note = [&](const std::string& item) {
-    if (halvoDeletingLastPathComponent(item) == path) names.insert(halvoLastPathComponent(item));
+    if (item != "/" && halvoDeletingLastPathComponent(item) == trimmed(path)) {
+      names.push_back(halvoLastPathComponent(item));
+    }
   };
   for (const auto& file : files) note(file.first);
   for (const auto& directory : directories) note(directory);
-  return {names.begin(), names.end()};
+  return names;
 }
 
 std::optional<std::int64_t> InMemoryPrivilegedFS::modifiedDaysAgo(const std::string& path) const {
   step();
-  if (!files.contains(path) && !directories.contains(path)) return std::nullopt;
-  const auto found = daysAgo.find(path);
+  if (!isThere(path)) return std::nullopt;
+  const auto found = daysAgo.find(trimmed(path));
   return found == daysAgo.end() ? 0 : found->second;
 }
 
 bool InMemoryPrivilegedFS::makePrivateDir(const std::string& path, int mode) const {
   step();
-  if (failing.contains(makePrivateDirLine(path, mode)) || files.contains(path)) return false;
-  addDirectories(path);
-  return true;
+  return !failing.contains(makePrivateDirLine(path, mode)) && makeDirectories(trimmed(path));
 }
 
 void InMemoryPrivilegedFS::step() const {
   if (!alive()) throw ProcessKilled();
+}
+
+bool InMemoryPrivilegedFS::write(const std::string& path, const std::string& contents) const {
+  if (directories.contains(path) || !makeDirectories(halvoDeletingLastPathComponent(path))) return false;
+  put(path, contents);
+  return true;
 }
 
 bool InMemoryPrivilegedFS::alive() const {
@@ -91,17 +116,30 @@ bool InMemoryPrivilegedFS::alive() const {
   return true;
 }
 
-void InMemoryPrivilegedFS::addDirectories(const std::string& path) const {
-  for (std::string directory = path; directory != "/"; directory = halvoDeletingLastPathComponent(directory)) {
-    directories.insert(directory);
-  }
+bool InMemoryPrivilegedFS::isThere(const std::string& path) const {
+  return files.contains(path) || directories.contains(trimmed(path));
 }
 
-bool InMemoryPrivilegedFS::eraseTree(const std::string& path) const {
-  const auto below = [&](const std::string& item) { return item == path || item.starts_with(path + "/"); };
-  std::erase_if(files, [&](const auto& file) { return below(file.first); });
-  std::erase_if(directories, below);
+// Makes all of them or, where a file is in the way, none.
+bool InMemoryPrivilegedFS::makeDirectories(const std::string& path) const {
+  if (directories.contains(path)) return true;
+  if (path.empty() || files.contains(path) || !makeDirectories(halvoDeletingLastPathComponent(path))) return false;
+  directories.insert(path);
+  daysAgo.erase(halvoDeletingLastPathComponent(path));
   return true;
+}
+
+void InMemoryPrivilegedFS::put(const std::string& path, const std::string& contents) const {
+  files[path] = contents;
+  daysAgo.erase(path);
+  daysAgo.erase(halvoDeletingLastPathComponent(path));
+}
+
+void InMemoryPrivilegedFS::eraseTree(const std::string& path) const {
+  std::erase_if(files, [&](const auto& file) { return isIn(path, file.first); });
+  std::erase_if(directories, [&](const auto& directory) { return isIn(path, directory); });
+  std::erase_if(daysAgo, [&](const auto& age) { return isIn(path, age.first); });
+  daysAgo.erase(halvoDeletingLastPathComponent(path));
 }
 
 }  // namespace halvo

@@ -12,7 +12,7 @@ namespace halvo {
 // Thrown out of a call to say that the process ended there. No product code catches it.
 struct ProcessKilled {};
 
-// Paths are absolute and without trailing slashes. Links do not exist here.
+// Paths are absolute. Links, owners and permissions do not exist here.
 class InMemoryPrivilegedFS final : public PrivilegedFS {
  public:
   bool exists(const std::string& path) const override;
@@ -28,11 +28,16 @@ class InMemoryPrivilegedFS final : public PrivilegedFS {
   // A step that something else takes on the same machine, such as a tool: it counts and may be the last one.
   void step() const;
 
-  mutable std::map<std::string, std::string> files;  // contents by path
-  mutable std::set<std::string> directories;
-  std::map<std::string, std::int64_t> daysAgo;  // 0 for what is not named here
+  // What something else on the machine writes: makes the directories above, replaces the file, counts as no step. False
+  // where a directory is, or a file among those above.
+  bool write(const std::string& path, const std::string& contents) const;
 
-  // Calls that fail, as lines such as "copyTree /a -> /b". A copy that fails has removed its destination already.
+  mutable std::map<std::string, std::string> files;  // contents by path
+  mutable std::set<std::string> directories = {"/"};
+  mutable std::map<std::string, std::int64_t> daysAgo;  // 0 for what is not named here
+
+  // Calls that fail, as lines such as "copyTree /a -> /b". A copy that fails has removed its destination already and
+  // leaves nothing of itself.
   std::set<std::string> failing;
 
   // The calls that are still carried out before the process ends; nothing happens afterwards. removeTree() then answers
@@ -41,8 +46,10 @@ class InMemoryPrivilegedFS final : public PrivilegedFS {
 
  private:
   [[nodiscard]] bool alive() const;
-  void addDirectories(const std::string& path) const;
-  bool eraseTree(const std::string& path) const;
+  [[nodiscard]] bool isThere(const std::string& path) const;
+  bool makeDirectories(const std::string& path) const;
+  void put(const std::string& path, const std::string& contents) const;
+  void eraseTree(const std::string& path) const;
 };
 
 }  // namespace halvo
