@@ -5,6 +5,7 @@ set(tests
   install/InstallRefusalTest.cpp
   install/InstallResultTest.cpp
   install/InstallSequenceTest.cpp
+  install/InstallSnapshotTest.cpp
   install/InstallerTest.cpp
   install/VersionsTest.cpp
   removal/AppBundleGuardTest.cpp

@@ -2,42 +2,48 @@
 
 #include <array>
 #include <utility>
+#include <vector>
 
+#include "HalvoHelper/system/PathStrings.h"
+#include "HalvoHelper/system/ProductPaths.h"
 #include "HalvoHelper/testing/FixedAudioDevices.h"
 #include "HalvoHelper/testing/SignatureReports.h"
 
 namespace halvo {
 namespace {
 
-constexpr std::array<const char*, 4> kPartFiles = {
-    "/Library/Audio/Plug-Ins/HAL/Halvo.driver/Contents/Info.plist", "/Library/PrivilegedHelperTools/halvo-broker",
-    "/Library/LaunchDaemons/com.halvo.broker.plist", "/Library/LaunchAgents/com.halvo.daemon.plist"};
-constexpr std::array<const char*, 4> kSavedFiles = {"/Halvo.driver/Contents/Info.plist", "/halvo-broker",
-                                                    "/com.halvo.broker.plist", "/com.halvo.daemon.plist"};
+constexpr std::array<const char*, 4> kParts = {kDriverBundlePath, kBrokerPath, kBrokerPlistPath, kDaemonPlistPath};
 
-void writeFile(const InMemoryPrivilegedFS& fs, const std::string& path, const std::string& contents) {
-  for (auto slash = path.rfind('/'); slash != 0; slash = path.rfind('/', slash - 1)) {
-    fs.directories.insert(path.substr(0, slash));
-  }
-  fs.files[path] = contents;
+bool isBundle(const std::string& path) { return path.ends_with(".driver"); }
+
+std::vector<std::string> wholePart(const std::string& path, const std::string& contents) {
+  if (!isBundle(path)) return {"=" + contents};
+  return {"/", "/Contents/", "/Contents/Info.plist=" + contents, "/Contents/MacOS/",
+          "/Contents/MacOS/Halvo=" + contents};
 }
 
-std::string listed(const InMemoryPrivilegedFS& fs, const std::string& root, const std::array<const char*, 4>& paths) {
-  std::string all;
-  for (const char* path : paths) {
-    const auto found = fs.files.find(root + path);
-    all += (all.empty() ? "" : " ") + (found == fs.files.end() ? "-" : found->second);
+void writePart(const FileTree& tree, const std::string& path, const std::string& contents) {
+  if (!isBundle(path)) {
+    tree.write(path, contents);
+    return;
   }
-  return all;
+  tree.write(path + "/Contents/Info.plist", contents);
+  tree.write(path + "/Contents/MacOS/Halvo", contents);
+}
+
+std::string joined(const std::vector<std::string>& words) {
+  std::string line;
+  for (const std::string& word : words) line += (line.empty() ? "" : " ") + word;
+  return line;
 }
 
 // The tools of the machine, each doing what it does to the file system.
 class MachineTools final : public ProcessRunner {
  public:
-  explicit MachineTools(const InstallMachine& machine) : machine_(machine) {}
+  MachineTools(const InstallMachine& machine, const FileTree& tree) : machine_(machine), tree_(tree) {}
 
   ProcessResult run(const std::string& tool, const std::vector<std::string>&) const override {
-    machine_.fs->step();
+    tree_.step();
     if (tool == "/usr/sbin/pkgutil") return {.code = 0, .output = std::string(kGoodSignatureReport)};
     if (tool == "/usr/sbin/installer") return runInstaller();
     return {};
@@ -46,26 +52,30 @@ class MachineTools final : public ProcessRunner {
  private:
   ProcessResult runInstaller() const {
     for (int part = 0; part < machine_.installedParts; ++part) {
-      machine_.fs->step();
-      writeFile(*machine_.fs, kPartFiles[static_cast<std::size_t>(part)], machine_.newContents);
+      tree_.step();
+      writePart(tree_, kParts.at(static_cast<std::size_t>(part)), machine_.newContents);
     }
+    machine_.installerAlso();
     return {.code = machine_.installerStatus, .output = ""};
   }
 
   const InstallMachine& machine_;
+  const FileTree& tree_;
 };
 
 }  // namespace
 
-InstallMachine::InstallMachine() {
-  writeFile(*fs, "/Users/ada/Halvo.pkg", "package");
-  for (const char* path : kPartFiles) writeFile(*fs, path, "old");
+InstallMachine::InstallMachine(std::shared_ptr<const FileTree> tree, const std::string& old, const std::string& package)
+    : tree_(std::move(tree)), known_({old}) {
+  tree_->write("/Users/ada/Halvo.pkg", package);
+  for (const char* path : kParts) writePart(*tree_, path, old);
 }
 
 InstallResult InstallMachine::install() {
-  const auto tools = std::make_shared<MachineTools>(*this);
+  known_.insert(newContents);
+  const auto tools = std::make_shared<MachineTools>(*this, *tree_);
   const InstallSequence sequence{
-      .fs = fs,
+      .fs = tree_->fs(),
       .launchctl = Launchctl(tools),
       .installer = Installer(tools),
       .verifier = PkgVerifier(tools),
@@ -81,24 +91,28 @@ InstallResult InstallMachine::install() {
   return sequence.run(false);
 }
 
-void InstallMachine::installKilledAfter(std::size_t steps) {
-  fs->callsUntilKilled = steps;
-  try {
-    static_cast<void>(install());
-  } catch (const ProcessKilled&) {
-  }
-  fs->callsUntilKilled.reset();
+std::string InstallMachine::parts() const {
+  std::vector<std::string> words;
+  for (const char* path : kParts) words.push_back(contentsOfPart(path));
+  return joined(words);
 }
-
-std::string InstallMachine::parts() const { return listed(*fs, "", kPartFiles); }
 
 std::string InstallMachine::snapshot(std::int64_t name) const {
-  return listed(*fs, "/var/db/halvo/install-rollback/" + std::to_string(name), kSavedFiles);
+  const std::string directory = "/var/db/halvo/install-rollback/" + std::to_string(name) + "/";
+  std::vector<std::string> words;
+  for (const char* path : kParts) words.push_back(contentsOfPart(directory + halvoLastPathComponent(path)));
+  return joined(words);
 }
 
-void InstallMachine::removeParts() {
-  for (const char* path : kPartFiles) fs->files.erase(path);
-  fs->removeTree("/Library");
+void InstallMachine::removeParts() const { tree_->fs()->removeTree("/Library"); }
+
+std::string InstallMachine::contentsOfPart(const std::string& path) const {
+  const std::vector<std::string> found = tree_->listing(path);
+  if (found.empty()) return "-";
+  for (const std::string& contents : known_) {
+    if (found == wholePart(path, contents)) return contents.substr(0, contents.find('\n'));
+  }
+  return "damaged";
 }
 
 }  // namespace halvo
