@@ -53,9 +53,10 @@ set(tests
   testing/TreeSwapper.cpp
   text/TextTest.cpp)
 
-# Where the system's frameworks are simulated, their answers can be scripted.
+# Where the system's frameworks are simulated, their answers can be scripted, and small disks can be mounted.
 if(NOT APPLE)
   list(APPEND tests
+    install/InstallOnFullDiskTest.cpp
     security/AdminRightRegistrationTest.cpp
     security/CFTextTest.cpp
     security/RealAdminAuthorizerTest.cpp
@@ -80,12 +81,24 @@ endif()
 # Small programs that the tests start as child processes.
 halvo_executable(halvo_child_report SOURCES testing/ChildReport.cpp)
 halvo_executable(halvo_file_probe SOURCES testing/FileProbe.cpp PRIVATE HalvoHelper)
+halvo_executable(halvo_install_probe
+  SOURCES
+    testing/FileState.cpp
+    testing/FileTree.cpp
+    testing/FixedAudioDevices.cpp
+    testing/InMemoryPrivilegedFS.cpp
+    testing/InstallMachine.cpp
+    testing/InstallProbe.cpp
+    testing/ScriptedPrivilegedFS.cpp
+    testing/TemporaryDirectory.cpp
+  PRIVATE HalvoHelper)
 
 halvo_test(HalvoHelperTest SOURCES ${tests} PRIVATE ${libraries})
 target_compile_definitions(HalvoHelperTest PRIVATE
   HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>"
-  HALVO_FILE_PROBE="$<TARGET_FILE:halvo_file_probe>")
-add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe)
+  HALVO_FILE_PROBE="$<TARGET_FILE:halvo_file_probe>"
+  HALVO_INSTALL_PROBE="$<TARGET_FILE:halvo_install_probe>")
+add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_install_probe)
 
 # Counts what the report parser does: a build of it with a hook in every basic block, and a linker that can redirect
 # its searches.
