@@ -132,6 +132,17 @@ TEST_F(CopyTreeTest, PermissionsAreKeptWhateverTheUmask) {
   EXPECT_EQ(permissionsOf(copy_ + "/Contents"), 0555U);
 }
 
+TEST_F(CopyTreeTest, SetIdBitsOfDirectoriesAreKeptAndThoseOfFilesDropped) {
+  const std::string bundle = makeBundle();
+  std::filesystem::permissions(bundle + "/Contents/MacOS/Halvo", std::filesystem::perms(04755));
+  std::filesystem::permissions(bundle + "/Contents", std::filesystem::perms(04755));
+
+  EXPECT_TRUE(fs_.copyTree(bundle, copy_));
+
+  EXPECT_EQ(permissionsOf(copy_ + "/Contents/MacOS/Halvo"), 0755U);
+  EXPECT_EQ(permissionsOf(copy_ + "/Contents"), 04755U);
+}
+
 TEST_F(CopyTreeTest, ModificationTimesAreKeptToTheNanosecond) {
   const std::string bundle = makeBundle();
   const timespec fileTime{1'700'000'000, 123'456'789};

@@ -83,14 +83,10 @@ class Copier {
  public:
   explicit Copier(copyfile_flags_t flags) : flags_(flags) {}
 
-  bool copy(const std::string& from, const std::string& to) const {
-    struct stat info {};
-    const bool follow = !has(COPYFILE_NOFOLLOW_SRC);
-    if ((follow ? ::stat(from.c_str(), &info) : ::lstat(from.c_str(), &info)) != 0) return false;
-    if (S_ISREG(info.st_mode)) return copyRegularFile(from, to);
-    if (S_ISLNK(info.st_mode)) return copyLink(from, to, info);
-    if (S_ISDIR(info.st_mode)) return has(COPYFILE_RECURSIVE) ? copyTree(from, to, info) : makeDirectory(to, info);
-    return failWith(ENOTSUP);
+  // The links of a tree come last, when the times of its directories are set already.
+  bool copy(const std::string& from, const std::string& to) {
+    return copyItem(from, to) &&
+           std::ranges::all_of(links_, [this](const Link& link) { return copyLink(link.from, link.to, link.info); });
   }
 
   // An existing directory means "copy into it".
@@ -104,6 +100,23 @@ class Copier {
   }
 
  private:
+  struct Link {
+    std::string from;
+    std::string to;
+    struct stat info;
+  };
+
+  bool copyItem(const std::string& from, const std::string& to) {
+    struct stat info {};
+    const bool follow = !has(COPYFILE_NOFOLLOW_SRC);
+    if ((follow ? ::stat(from.c_str(), &info) : ::lstat(from.c_str(), &info)) != 0) return false;
+    if (S_ISREG(info.st_mode)) return copyRegularFile(from, to);
+    if (S_ISDIR(info.st_mode)) return has(COPYFILE_RECURSIVE) ? copyTree(from, to, info) : makeDirectory(to, info);
+    if (!S_ISLNK(info.st_mode)) return failWith(ENOTSUP);
+    links_.push_back({from, to, info});
+    return true;
+  }
+
   bool has(copyfile_flags_t flag) const { return (flags_ & flag) != 0; }
   int followSource() const { return has(COPYFILE_NOFOLLOW_SRC) ? O_NOFOLLOW : 0; }
 
@@ -138,12 +151,12 @@ class Copier {
     return merge && S_ISDIR(existing.st_mode) ? true : failWith(error);
   }
 
-  bool copyTree(const std::string& from, const std::string& to, const struct stat& info) const {
+  bool copyTree(const std::string& from, const std::string& to, const struct stat& info) {
     // Read before the target is made: it may lie inside, and would be copied into itself without end.
     const auto names = namesIn(from);
     if (!names || !makeDirectory(to, info)) return false;
     for (const std::string& name : *names) {
-      if (!copy(from + "/" + name, to + "/" + name)) return false;
+      if (!copyItem(from + "/" + name, to + "/" + name)) return false;
     }
     // Last: filling the directory changes its times, and its mode may forbid filling it.
     const Descriptor source(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -152,6 +165,7 @@ class Copier {
   }
 
   copyfile_flags_t flags_;
+  std::vector<Link> links_;
 };
 
 // A clone-style copy is a full, exclusive copy that does not follow its source.
@@ -169,7 +183,7 @@ int copyWithFlags(const std::string& from, const std::string& to, copyfile_flags
   if ((flags & kUnsupported) != 0 || (recursive && (flags & COPYFILE_NOFOLLOW_SRC) == 0)) {
     return resultOf(failWith(EINVAL));
   }
-  const Copier copier(flags);
+  Copier copier(flags);
   return resultOf(copier.copy(from, recursive ? copier.treeDestination(from, to) : to));
 }
 

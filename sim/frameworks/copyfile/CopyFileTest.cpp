@@ -90,7 +90,7 @@ TEST_F(CopyFileTest, TheOwnerIsKeptWhenRootCopies) {
   EXPECT_EQ(statusOf("copy").st_gid, 20U);
 }
 
-TEST_F(CopyFileTest, SetIdBitsDoNotSurviveAClone) {
+TEST_F(CopyFileTest, SetIdBitsOfAFileDoNotSurviveAClone) {
   directory_.write("source", "x");
   ASSERT_EQ(::chmod(path("source").c_str(), 06755), 0);
 
@@ -99,6 +99,29 @@ TEST_F(CopyFileTest, SetIdBitsDoNotSurviveAClone) {
 
   EXPECT_EQ(statusOf("clone").st_mode & 07777U, 0755U);
   EXPECT_EQ(statusOf("copy").st_mode & 07777U, 06755U);
+}
+
+TEST_F(CopyFileTest, SetIdBitsOfADirectorySurviveAClone) {
+  directory_.write("source/file", "x");
+  ASSERT_EQ(::chmod(path("source").c_str(), 06755), 0);
+
+  ASSERT_EQ(copy("source", "clone"), 0);
+
+  EXPECT_EQ(statusOf("clone").st_mode & 07777U, 06755U);
+}
+
+TEST_F(CopyFileTest, LinksAreMadeLastSoThatADirectoryThatHoldsOneIsNew) {
+  directory_.write("source/with-link/file", "x");
+  directory_.write("source/without/file", "x");
+  fs::create_symlink("file", directory_.path() / "source/with-link/link");
+  const std::array<timespec, 2> times = {{{1'000'000'000, 0}, {1'100'000'000, 0}}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, path("source/with-link").c_str(), times.data(), 0), 0);
+  ASSERT_EQ(::utimensat(AT_FDCWD, path("source/without").c_str(), times.data(), 0), 0);
+
+  ASSERT_EQ(copy("source", "copy"), 0);
+
+  EXPECT_NE(statusOf("copy/with-link").st_mtimespec.tv_sec, 1'100'000'000);
+  EXPECT_EQ(statusOf("copy/without").st_mtimespec.tv_sec, 1'100'000'000);
 }
 
 TEST_F(CopyFileTest, ExtendedAttributesAreCarriedOver) {

@@ -38,7 +38,8 @@ bool copyMetadata(int from, int to, const struct stat& info, copyfile_flags_t fl
   if ((flags & COPYFILE_STAT) == 0) return true;
   // The owner first: changing it clears the set-id bits. Whoever is not root keeps the copy, and that is no error.
   static_cast<void>(::fchown(to, info.st_uid, info.st_gid) == 0);
-  const mode_t mode = info.st_mode & ALLPERMS & ((flags & COPYFILE_CLONE) != 0 ? ~kSetId : ~mode_t{0});
+  const bool losesSetId = (flags & COPYFILE_CLONE) != 0 && !S_ISDIR(info.st_mode);
+  const mode_t mode = info.st_mode & ALLPERMS & (losesSetId ? ~kSetId : ~mode_t{0});
   return ::fchmod(to, mode) == 0 && ::futimens(to, timesOf(info).data()) == 0;
 }
 

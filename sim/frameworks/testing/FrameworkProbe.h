@@ -23,7 +23,7 @@ namespace halvo::sim {
 //   SecCodeCheckValidityWithErrors flags=0 requirement="identifier \"x\""
 //   AudioObjectGetPropertyDataSize object=1 selector=dev# scope=glob element=0
 //   AudioObjectGetPropertyData object=41 selector=gone scope=glob element=0
-//   copyfile from=/a to=/b flags=0x10f800f
+//   copyfile from=/a to=/b flags=0x10e800f
 // CFStringCreateWithBytes, CFStringCreateWithCString, CFDataCreate and CFDictionaryCreate are not recorded but can be
 // scripted.
 class FrameworkProbe {
