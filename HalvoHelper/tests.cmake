@@ -62,6 +62,7 @@ if(NOT APPLE)
     security/RealAdminAuthorizerTest.cpp
     security/SecCodeClientValidatorCallsTest.cpp
     security/SecCodeClientValidatorTest.cpp
+    system/CopyTreeCallsTest.cpp
     system/CoreAudioDeviceEnumeratorTest.cpp
     testing/SignedProcess.cpp)
 endif()

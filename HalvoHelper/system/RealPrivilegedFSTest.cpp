@@ -215,6 +215,16 @@ TEST_F(RealPrivilegedFSTest, APrivateDirectoryCannotReplaceAFile) {
   EXPECT_EQ(permissionsOf(file), 0644U);
 }
 
+TEST_F(RealPrivilegedFSTest, APrivateDirectoryMayLieInTheWorkingDirectory) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(directory_.path());
+
+  EXPECT_TRUE(fs_.makePrivateDir("private", 0700));
+  std::filesystem::current_path(before);
+
+  EXPECT_EQ(permissionsOf(directory_.path("private")), 0700U);
+}
+
 TEST_F(RealPrivilegedFSTest, APrivateDirectoryNeedsRoomAboveIt) {
   EXPECT_FALSE(fs_.makePrivateDir(directory_.makeFile("file") + "/private", 0700));
   EXPECT_FALSE(fs_.makePrivateDir(directory_.makeLink("dangling", "/no/such/place"), 0700));
