@@ -8,12 +8,9 @@
 #include <cstdint>
 #include <memory>
 
-namespace halvo::sim {
+#include "sim/frameworks/corefoundation/LivingObjects.h"
 
-// Keeps the count of living objects, whatever their kind.
-void countCreated() noexcept;
-void countDestroyed() noexcept;
-std::int64_t countLiving() noexcept;
+namespace halvo::sim {
 
 class CFObject {
  public:

@@ -1,5 +1,7 @@
 #include "sim/frameworks/spawn/FileActions.h"
 
+#include <fcntl.h>
+
 #include <set>
 
 namespace halvo::sim {
@@ -8,9 +10,12 @@ namespace {
 struct Translator {
   posix_spawn_file_actions_t& target;
 
-  // Duplicating a descriptor onto itself clears its close-on-exec flag, which is how one is inherited.
   int operator()(const FileActions::Duplicate& action) const {
     return ::posix_spawn_file_actions_adddup2(&target, action.from, action.to);
+  }
+  // Duplicating a descriptor onto itself clears its close-on-exec flag here.
+  int operator()(const FileActions::Inherit& action) const {
+    return ::posix_spawn_file_actions_adddup2(&target, action.descriptor, action.descriptor);
   }
   int operator()(const FileActions::Close& action) const {
     return ::posix_spawn_file_actions_addclose(&target, action.descriptor);
@@ -24,31 +29,43 @@ struct Translator {
   }
 };
 
-struct OpenDescriptors {
-  std::set<int> descriptors;
+bool closesOnExec(int descriptor) { return ::fcntl(descriptor, F_GETFD) == FD_CLOEXEC; }
 
-  void operator()(const FileActions::Duplicate& action) { descriptors.insert(action.to); }
-  void operator()(const FileActions::Close& action) { descriptors.erase(action.descriptor); }
-  void operator()(const FileActions::Open& action) { descriptors.insert(action.descriptor); }
+// What the actions leave behind, in the order in which they run.
+struct Outcome {
+  std::set<int> open;
+  // Duplicated onto themselves only: a Mac leaves their close-on-exec flag as it was, the C library clears it.
+  std::set<int> lost;
+
+  void operator()(const FileActions::Duplicate& action) {
+    if (action.from == action.to && !open.contains(action.to) && closesOnExec(action.to)) {
+      lost.insert(action.to);
+    } else {
+      keep(action.to);
+    }
+  }
+  void operator()(const FileActions::Inherit& action) { keep(action.descriptor); }
+  void operator()(const FileActions::Close& action) { open.erase(action.descriptor); }
+  void operator()(const FileActions::Open& action) { keep(action.descriptor); }
   void operator()(const FileActions::ChangeDirectory&) const {}
+
+  void keep(int descriptor) {
+    open.insert(descriptor);
+    lost.erase(descriptor);
+  }
 };
 
-}  // namespace
-
-int FileActions::translate(posix_spawn_file_actions_t& target, bool closeRest) const {
-  const Translator translator{target};
-  for (const Action& action : actions_) {
-    const int error = std::visit(translator, action);
+int closeAll(const std::set<int>& descriptors, posix_spawn_file_actions_t& target) {
+  for (const int descriptor : descriptors) {
+    const int error = ::posix_spawn_file_actions_addclose(&target, descriptor);
     if (error != 0) return error;
   }
-  return closeRest ? closeUnnamed(target) : 0;
+  return 0;
 }
 
-int FileActions::closeUnnamed(posix_spawn_file_actions_t& target) const {
-  OpenDescriptors named;
-  for (const Action& action : actions_) std::visit(named, action);
+int closeAllBut(const std::set<int>& descriptors, posix_spawn_file_actions_t& target) {
   int next = 0;
-  for (const int kept : named.descriptors) {
+  for (const int kept : descriptors) {
     for (; next < kept; ++next) {
       const int error = ::posix_spawn_file_actions_addclose(&target, next);
       if (error != 0) return error;
@@ -56,6 +73,19 @@ int FileActions::closeUnnamed(posix_spawn_file_actions_t& target) const {
     next = kept + 1;
   }
   return ::posix_spawn_file_actions_addclosefrom_np(&target, next);
+}
+
+}  // namespace
+
+int FileActions::translate(posix_spawn_file_actions_t& target, bool closeRest) const {
+  const Translator translator{target};
+  Outcome outcome;
+  for (const Action& action : actions_) {
+    const int error = std::visit(translator, action);
+    if (error != 0) return error;
+    std::visit(outcome, action);
+  }
+  return closeRest ? closeAllBut(outcome.open, target) : closeAll(outcome.lost, target);
 }
 
 }  // namespace halvo::sim

@@ -17,6 +17,9 @@ class FileActions {
     int from;
     int to;
   };
+  struct Inherit {
+    int descriptor;
+  };
   struct Close {
     int descriptor;
   };
@@ -29,7 +32,7 @@ class FileActions {
   struct ChangeDirectory {
     std::string path;
   };
-  using Action = std::variant<Duplicate, Close, Open, ChangeDirectory>;
+  using Action = std::variant<Duplicate, Inherit, Close, Open, ChangeDirectory>;
 
   void add(Action action) { actions_.push_back(std::move(action)); }
 
@@ -38,8 +41,6 @@ class FileActions {
   int translate(posix_spawn_file_actions_t& target, bool closeRest) const;
 
  private:
-  int closeUnnamed(posix_spawn_file_actions_t& target) const;
-
   std::vector<Action> actions_;
 };
 

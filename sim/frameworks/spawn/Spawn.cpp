@@ -1,14 +1,16 @@
 // A Mac's posix_spawn on top of the C library's. Built without the simulated headers, since both declare the same
 // names for different types; the opaque pointers of the simulated header arrive here as void*.
+#include <signal.h>
 #include <spawn.h>
 
 #include <cerrno>
 #include <new>
 #include <utility>
 
+#include "sim/frameworks/corefoundation/LivingObjects.h"
 #include "sim/frameworks/spawn/FileActions.h"
 
-using halvo::sim::FileActions;
+using namespace halvo::sim;
 
 namespace {
 
@@ -19,8 +21,17 @@ constexpr unsigned kSharedFlags =
     POSIX_SPAWN_RESETIDS | POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
 static_assert(kSharedFlags == 0x000F);
 
+// What a fresh object holds is the platform's own affair, so it holds nothing that a caller could rest on: every signal
+// blocked, none with its default action, and a process group that nobody may join.
 struct Attributes {
-  Attributes() { ::posix_spawnattr_init(&native); }
+  Attributes() {
+    constexpr pid_t kForeignGroup = 1;
+    sigset_t all{};
+    sigfillset(&all);
+    ::posix_spawnattr_init(&native);
+    ::posix_spawnattr_setsigmask(&native, &all);
+    ::posix_spawnattr_setpgroup(&native, kForeignGroup);
+  }
   Attributes(const Attributes&) = delete;
   Attributes& operator=(const Attributes&) = delete;
   ~Attributes() { ::posix_spawnattr_destroy(&native); }
@@ -42,13 +53,16 @@ struct NativeActions {
 template <typename T>
 int create(void** target) noexcept {
   *target = new (std::nothrow) T;
-  return *target == nullptr ? ENOMEM : 0;
+  if (*target == nullptr) return ENOMEM;
+  countCreated();
+  return 0;
 }
 
 template <typename T>
 int destroy(void** target) noexcept {
   if (*target == nullptr) return EINVAL;
   delete static_cast<T*>(*target);
+  countDestroyed();
   *target = nullptr;
   return 0;
 }
@@ -118,7 +132,7 @@ int halvo_sim_posix_spawn_file_actions_addopen(void** actions, int descriptor, c
 }
 
 int halvo_sim_posix_spawn_file_actions_addinherit_np(void** actions, int descriptor) {
-  return add(actions, FileActions::Duplicate{descriptor, descriptor}, descriptor);
+  return add(actions, FileActions::Inherit{descriptor}, descriptor);
 }
 
 int halvo_sim_posix_spawn_file_actions_addchdir_np(void** actions, const char* path) {

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <string>
 
+#include "sim/frameworks/testing/FrameworkProbe.h"
+
 namespace halvo::sim {
 namespace {
 
@@ -102,6 +104,37 @@ TEST_F(SpawnTest, AnInheritedDescriptorLosesItsCloseOnExecFlag) {
   ::close(8);
 }
 
+TEST_F(SpawnTest, ADescriptorDuplicatedOntoItselfKeepsItsCloseOnExecFlag) {
+  ASSERT_EQ(::dup3(pipe_[1], 8, O_CLOEXEC), 8);
+  ASSERT_EQ(::dup2(pipe_[1], 9), 9);
+  posix_spawn_file_actions_adddup2(&actions_, 8, 8);
+  posix_spawn_file_actions_adddup2(&actions_, 9, 9);
+
+  EXPECT_EQ(output("for d in 8 9; do [ -e /proc/$$/fd/$d ] && printf '%s ' $d; done"), "9 ");
+  ::close(8);
+  ::close(9);
+}
+
+TEST_F(SpawnTest, ADescriptorDuplicatedOntoItselfIsNamedButNotInherited) {
+  ASSERT_EQ(::dup3(pipe_[1], 8, O_CLOEXEC), 8);
+  ASSERT_EQ(::dup2(pipe_[1], 9), 9);
+  posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_CLOEXEC_DEFAULT);
+  posix_spawn_file_actions_adddup2(&actions_, 8, 8);
+  posix_spawn_file_actions_adddup2(&actions_, 9, 9);
+
+  EXPECT_EQ(output(kListDescriptors), "1 9 ");
+  ::close(8);
+  ::close(9);
+}
+
+TEST_F(SpawnTest, ADescriptorThatAnEarlierActionMadeMayBeDuplicatedOntoItself) {
+  posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_CLOEXEC_DEFAULT);
+  posix_spawn_file_actions_adddup2(&actions_, pipe_[1], 8);
+  posix_spawn_file_actions_adddup2(&actions_, 8, 8);
+
+  EXPECT_EQ(output(kListDescriptors), "1 8 ");
+}
+
 TEST_F(SpawnTest, OpeningClosingAndChangingTheDirectoryWork) {
   posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_CLOEXEC_DEFAULT);
   posix_spawn_file_actions_addopen(&actions_, 0, "/dev/null", O_RDONLY, 0);
@@ -149,6 +182,28 @@ TEST_F(SpawnTest, SignalsAreAsTheAttributesSay) {
   EXPECT_EQ(WTERMSIG(status_), SIGTERM);
   ::signal(SIGTERM, previous);
   ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST_F(SpawnTest, FreshAttributesAreNothingToRestOn) {
+  posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK);
+  EXPECT_EQ(output("kill -TERM $$; printf blocked"), "blocked");
+
+  pid_t child = -1;
+  posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP);
+  EXPECT_NE(spawn("/bin/true", "", child), 0);
+}
+
+TEST_F(SpawnTest, AttributesAndActionsCountAsLivingObjects) {
+  const auto before = FrameworkProbe::liveObjects();
+  posix_spawnattr_t attributes = nullptr;
+  posix_spawn_file_actions_t actions = nullptr;
+
+  posix_spawnattr_init(&attributes);
+  posix_spawn_file_actions_init(&actions);
+  EXPECT_EQ(FrameworkProbe::liveObjects(), before + 2);
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  EXPECT_EQ(FrameworkProbe::liveObjects(), before);
 }
 
 TEST_F(SpawnTest, AProgramThatCannotStartIsAReturnValue) {

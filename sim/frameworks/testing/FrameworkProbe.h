@@ -47,8 +47,8 @@ class FrameworkProbe {
   // the size was asked for.
   void shrinkDeviceList(std::size_t count);
 
-  // CoreFoundation, Security and Authorization objects that exist now, in the whole process and whether or not a probe
-  // listens. Constants are not counted.
+  // CoreFoundation, Security and Authorization objects, spawn attributes and file actions that exist now, in the whole
+  // process and whether or not a probe listens. Constants are not counted.
   static std::int64_t liveObjects();
 };
 
