@@ -26,6 +26,7 @@ set(tests
   system/AudioActivityTest.cpp
   system/BoundedCopyTest.cpp
   system/CopyTreeTest.cpp
+  system/InheritedStateTest.cpp
   system/LaunchctlTest.cpp
   system/LoginUsersTest.cpp
   system/PathStringsTest.cpp
@@ -93,6 +94,7 @@ halvo_executable(halvo_install_probe
     testing/ScriptedPrivilegedFS.cpp
     testing/TemporaryDirectory.cpp
   PRIVATE HalvoHelper)
+halvo_executable(halvo_runner_probe SOURCES testing/RunnerProbe.cpp PRIVATE HalvoHelper)
 
 halvo_test(HalvoHelperTest SOURCES ${tests} PRIVATE ${libraries})
 target_compile_definitions(HalvoHelperTest PRIVATE
@@ -100,6 +102,8 @@ target_compile_definitions(HalvoHelperTest PRIVATE
   HALVO_FILE_PROBE="$<TARGET_FILE:halvo_file_probe>"
   HALVO_INSTALL_PROBE="$<TARGET_FILE:halvo_install_probe>")
 add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_install_probe)
+  HALVO_RUNNER_PROBE="$<TARGET_FILE:halvo_runner_probe>")
+add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_runner_probe)
 
 # Counts what the report parser does: a build of it with a hook in every basic block, and a linker that can redirect
 # its searches.

@@ -1,5 +1,6 @@
 // halvo-helper: a root daemon that launchd starts when the Halvo application connects. The order below is the order of
-// a start: nothing is published before the administrator right was written and judged.
+// a start: nothing is opened before the process itself is in order, and nothing is published before the administrator
+// right was written and judged.
 #include <dispatch/dispatch.h>
 
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include "HalvoHelper/security/SecCodeClientValidator.h"
 #include "HalvoHelper/service/ActivityTracker.h"
 #include "HalvoHelper/system/CoreAudioDeviceEnumerator.h"
+#include "HalvoHelper/system/InheritedState.h"
 #include "HalvoHelper/system/RealPrivilegedFS.h"
 #include "HalvoHelper/system/RealProcessRunner.h"
 #include "HalvoHelperXPC/Constants.h"
@@ -61,6 +63,7 @@ void startListener(std::shared_ptr<HelperService> service) {
 
 int main() {
   using namespace halvo;
+  halvoPutInheritedStateInOrder();
   const std::string requirement = halvoClientCodeRequirement(HALVO_TEAM_ID, "com.halvo.app");
   SystemAdapters adapters = makeAdapters();
   const bool adminRightIsSound = registerAdminRight();

@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -26,15 +25,29 @@ struct Pipe {
   UniqueDescriptor writeEnd;
 };
 
-std::optional<Pipe> makePipe() {
-  std::array<int, 2> ends{};
-  if (::pipe(ends.data()) != 0) return std::nullopt;
-  Pipe pipe{UniqueDescriptor(ends[0]), UniqueDescriptor(ends[1])};
+// A duplicate of `descriptor` with a number above the standard ones, or nothing.
+UniqueDescriptor aboveStandard(int descriptor) {
+  return UniqueDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+// Answers an errno value, 0 on success. A process that was started without its standard descriptors gets their numbers
+// from pipe(2). Such an end cannot be handed on: duplicated onto itself it stays close-on-exec on macOS.
+int makePipe(Pipe& pipe) {
   // macOS has no pipe2(2). A child that another thread starts in between does not get the ends all the same, since
   // every spawn here closes what it does not name.
-  if (::fcntl(ends[0], F_SETFD, FD_CLOEXEC) != 0 || ::fcntl(ends[1], F_SETFD, FD_CLOEXEC) != 0) return std::nullopt;
-  return pipe;
+  std::array<int, 2> ends{};
+  if (::pipe(ends.data()) != 0) return errno;
+  const UniqueDescriptor readEnd(ends[0]);
+  const UniqueDescriptor writeEnd(ends[1]);
+  pipe.readEnd = aboveStandard(ends[0]);
+  if (!pipe.readEnd.valid()) return errno;
+  pipe.writeEnd = aboveStandard(ends[1]);
+  return pipe.writeEnd.valid() ? 0 : errno;
 }
+
+// What the helper was started with came through an exec and is not close-on-exec, unlike everything that it opens
+// itself, which may have got the number of a standard input that was closed.
+bool standardInputIsInherited() { return ::fcntl(STDIN_FILENO, F_GETFD) == 0; }
 
 class SpawnAttributes {
  public:
@@ -82,7 +95,9 @@ class SpawnDescriptors {
   explicit SpawnDescriptors(int output) : status_(::posix_spawn_file_actions_init(&actions_)) {
     if (status_ != 0) return;
     initialised_ = true;
-    keepFirst(::posix_spawn_file_actions_addinherit_np(&actions_, STDIN_FILENO));
+    keepFirst(standardInputIsInherited()
+                  ? ::posix_spawn_file_actions_addinherit_np(&actions_, STDIN_FILENO)
+                  : ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
     keepFirst(::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO));
     keepFirst(::posix_spawn_file_actions_adddup2(&actions_, output, STDERR_FILENO));
   }
@@ -125,16 +140,18 @@ int spawn(const std::string& tool, const std::vector<std::string>& arguments, in
   return ::posix_spawn(&child, tool.c_str(), descriptors.get(), attributes.get(), argv.data(), environ);
 }
 
+// Everything up to the end of file. Nothing when reading fails: half a report is not a report.
 std::string readToEnd(int descriptor) {
   constexpr std::size_t kChunk = 64UL * 1024;
   std::string text;
   std::vector<char> chunk(kChunk);
   while (true) {
     const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
+    if (count == 0) return text;
     if (count > 0) {
       text.append(chunk.data(), static_cast<std::size_t>(count));
-    } else if (count == 0 || errno != EINTR) {
-      return text;
+    } else if (errno != EINTR) {
+      return {};
     }
   }
 }
@@ -150,15 +167,18 @@ std::int32_t waitForExit(pid_t child) {
 }  // namespace
 
 ProcessResult RealProcessRunner::run(const std::string& tool, const std::vector<std::string>& arguments) const {
-  auto pipe = makePipe();
-  if (!pipe) return spawnFailed(errno);
+  Pipe pipe;
+  const int pipeError = makePipe(pipe);
+  if (pipeError != 0) return spawnFailed(pipeError);
   pid_t child = 0;
-  const int error = spawn(tool, arguments, pipe->writeEnd.get(), child);
+  const int error = spawn(tool, arguments, pipe.writeEnd.get(), child);
   if (error != 0) return spawnFailed(error);
-  pipe->writeEnd.close();
+  pipe.writeEnd.close();
 
-  // Read to end of file before waiting: a child that fills the pipe would never exit.
-  std::string output = readToEnd(pipe->readEnd.get());
+  // Read to end of file before waiting: a child that fills the pipe would never exit. Nor would one whose output cannot
+  // be read, were the pipe not closed then.
+  std::string output = readToEnd(pipe.readEnd.get());
+  pipe.readEnd.close();
   const std::int32_t code = waitForExit(child);
   if (!halvoIsValidUTF8(output)) output.clear();
   return {.code = code, .output = std::move(output)};

@@ -5,8 +5,9 @@
 
 namespace halvo {
 
-// A child gets the helper's environment, working directory and standard input, its own process group, default signal
-// dispositions, an empty signal mask, and no descriptor but 0, 1 and 2. Stateless.
+// A child gets the helper's environment, working directory and standard input (/dev/null if the helper has none), its
+// own process group, default signal dispositions, an empty signal mask, and no descriptor but 0, 1 and 2. Stateless.
+// The process must not ignore SIGCHLD: the exit status is -1 then.
 class RealProcessRunner final : public ProcessRunner {
  public:
   ProcessResult run(const std::string& tool, const std::vector<std::string>& arguments) const override;
