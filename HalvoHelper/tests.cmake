@@ -129,12 +129,33 @@ if(NOT APPLE)
       testing/DeepTree.cpp
       system/PrivilegedFSFaultTest.cpp
       testing/ProcessState.cpp
+      system/RealProcessRunnerFaultTest.cpp
+      testing/ProcessState.cpp
+      testing/SpawnFaults.cpp
       testing/SystemCallFaults.cpp
       testing/SystemCallFaultsTest.cpp
       testing/TemporaryDirectory.cpp
     PRIVATE HalvoHelper)
+  target_compile_definitions(HalvoHelperFaultTest PRIVATE HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>")
+  add_dependencies(HalvoHelperFaultTest halvo_child_report)
   set(faulty_calls
     close fcntl fdopendir fstat fstatat lstat open openat pipe read readdir unlink unlinkat waitpid write)
+    close fcntl fdopendir fstat fstatat open openat pipe read readdir unlink unlinkat waitpid write)
+  foreach(call IN ITEMS
+      posix_spawn
+      posix_spawn_file_actions_adddup2
+      posix_spawn_file_actions_addinherit_np
+      posix_spawn_file_actions_addopen
+      posix_spawn_file_actions_destroy
+      posix_spawn_file_actions_init
+      posix_spawnattr_destroy
+      posix_spawnattr_init
+      posix_spawnattr_setflags
+      posix_spawnattr_setpgroup
+      posix_spawnattr_setsigdefault
+      posix_spawnattr_setsigmask)
+    list(APPEND faulty_calls halvo_sim_${call})
+  endforeach()
   list(TRANSFORM faulty_calls PREPEND "-Wl,--wrap=")
   # The C++ library's own calls, such as the reading of a directory, take the same road where it is linked in.
   target_link_options(HalvoHelperFaultTest PRIVATE ${faulty_calls} -static-libstdc++)

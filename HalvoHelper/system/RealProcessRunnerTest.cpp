@@ -1,5 +1,6 @@
 #include "HalvoHelper/system/RealProcessRunner.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -143,6 +144,21 @@ TEST(RealProcessRunnerTest, TheChildHoldsTheThreeStandardDescriptorsOnlyWhatever
   const std::vector<std::string> outputs = repeat(200, [] { return runChild({"descriptors"}).output; });
 
   EXPECT_THAT(outputs, testing::Each("0 1 2 "));
+}
+
+TEST(RealProcessRunnerTest, HoldsNothingMeanwhileThatAProgramStartedElsewhereWouldGet) {
+  const TemporaryDirectory directory;
+  const std::string fifo = directory.makeFifo("go");
+  const std::vector<int> before = inheritableDescriptors();
+  std::thread running([&] { runShell("read line < '" + fifo + "'"); });
+
+  // Opens once the tool runs.
+  UniqueDescriptor go(::open(fifo.c_str(), O_WRONLY | O_CLOEXEC));
+  const std::vector<int> meanwhile = inheritableDescriptors();
+  go.close();
+  running.join();
+
+  EXPECT_EQ(meanwhile, before);
 }
 
 TEST(RealProcessRunnerTest, TheChildLeadsItsOwnProcessGroup) { EXPECT_EQ(runChild({"process-group"}).output, "own"); }

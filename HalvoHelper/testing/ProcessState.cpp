@@ -9,17 +9,25 @@ namespace {
 
 UniqueDescriptor openInheritable() { return UniqueDescriptor(::open("/dev/null", O_RDONLY)); }
 
+std::vector<int> descriptorsWhere(bool (*holds)(int flags)) {
+  constexpr int kHighest = 1024;
+  std::vector<int> descriptors;
+  for (int descriptor = 0; descriptor < kHighest; ++descriptor) {
+    if (holds(::fcntl(descriptor, F_GETFD))) descriptors.push_back(descriptor);
+  }
+  return descriptors;
+}
+
 std::string mark(int thread, int round) { return std::to_string(thread) + "." + std::to_string(round); }
 
 }  // namespace
 
 std::vector<int> openDescriptors() {
-  constexpr int kHighest = 1024;
-  std::vector<int> open;
-  for (int descriptor = 0; descriptor < kHighest; ++descriptor) {
-    if (::fcntl(descriptor, F_GETFD) >= 0) open.push_back(descriptor);
-  }
-  return open;
+  return descriptorsWhere([](int flags) { return flags >= 0; });
+}
+
+std::vector<int> inheritableDescriptors() {
+  return descriptorsWhere([](int flags) { return flags == 0; });
 }
 
 OpenedDescriptors::OpenedDescriptors(int count) {

@@ -17,6 +17,8 @@ namespace halvo {
 
 // The descriptors of this process that are open now.
 [[nodiscard]] std::vector<int> openDescriptors();
+// Those of them that are not close-on-exec.
+[[nodiscard]] std::vector<int> inheritableDescriptors();
 
 // Open files that a child would inherit, none of them close-on-exec.
 class OpenedDescriptors {
