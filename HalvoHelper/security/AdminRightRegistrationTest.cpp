@@ -19,6 +19,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Key;
 using testing::Not;
+using testing::Optional;
 using testing::Pair;
 
 class AdminRightRegistrationTest : public testing::Test {
@@ -44,6 +45,16 @@ void plantHostileRight() {
   const OSStatus status = AuthorizationRightSet(reference.get(), "com.halvo.helper.manage-system", definition.get(),
                                                 nullptr, nullptr, nullptr);
   ASSERT_EQ(status, errAuthorizationSuccess);
+}
+
+// A definition of the right class with one more key.
+ScopedCF<CFDictionaryRef> ourDefinitionWith(CFTypeRef key) {
+  const ScopedCF<CFStringRef> className = halvoCreateCFString("class");
+  const ScopedCF<CFStringRef> user = halvoCreateCFString("user");
+  const void* keys[] = {className.get(), key};
+  const void* values[] = {user.get(), kCFBooleanTrue};
+  return ScopedCF<CFDictionaryRef>(CFDictionaryCreate(
+      kCFAllocatorDefault, keys, values, 2, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
 }
 
 constexpr const char* kCreate = "AuthorizationCreate flags=0 rights=";
@@ -108,6 +119,15 @@ TEST_F(AdminRightRegistrationTest, RegistersNothingWithoutAReference) {
   EXPECT_EQ(FrameworkProbe::liveObjects(), liveBefore_);
 }
 
+TEST_F(AdminRightRegistrationTest, RegistersNothingAfterAFailureThoughAReferenceCameWithIt) {
+  probe_.failNextWithResult("AuthorizationCreate", -60008);
+
+  EXPECT_EQ(halvoRegisterAdminRight(), -60008);
+
+  EXPECT_THAT(probe_.calls(), ElementsAre(kCreate, kFree));
+  EXPECT_EQ(FrameworkProbe::liveObjects(), liveBefore_);
+}
+
 TEST_F(AdminRightRegistrationTest, AnswersTheStatusOfARefusedDefinitionAndFreesTheReference) {
   probe_.failNext("AuthorizationRightSet", -60005);
 
@@ -155,6 +175,39 @@ TEST_F(AdminRightRegistrationTest, ReadsNothingWhenNoDictionaryComesBack) {
   probe_.nullNext("AuthorizationRightGet");
 
   EXPECT_EQ(halvoReadAdminRight(), std::nullopt);
+}
+
+TEST_F(AdminRightRegistrationTest, ReadsNothingAfterAFailureThoughADictionaryCameWithIt) {
+  halvoRegisterAdminRight();
+  probe_.failNextWithResult("AuthorizationRightGet", -60008);
+
+  EXPECT_EQ(halvoReadAdminRight(), std::nullopt);
+
+  EXPECT_EQ(FrameworkProbe::liveObjects(), liveBefore_);
+}
+
+TEST_F(AdminRightRegistrationTest, ReadsNothingOfADefinitionWithAKeyThatIsNoText) {
+  const auto definition = ourDefinitionWith(kCFBooleanTrue);
+  probe_.returnNextRight(definition.get());
+
+  EXPECT_EQ(halvoReadAdminRight(), std::nullopt);
+}
+
+TEST_F(AdminRightRegistrationTest, ReadsNothingOfADefinitionWithAKeyThatUtf8CannotHold) {
+  const UniChar half = 0xD83D;
+  const ScopedCF<CFStringRef> key(CFStringCreateWithCharacters(kCFAllocatorDefault, &half, 1));
+  const auto definition = ourDefinitionWith(key.get());
+  probe_.returnNextRight(definition.get());
+
+  EXPECT_EQ(halvoReadAdminRight(), std::nullopt);
+}
+
+TEST_F(AdminRightRegistrationTest, ReadsADefinitionWhoseKeysAreAllText) {
+  const ScopedCF<CFStringRef> key = halvoCreateCFString("extra");
+  const auto definition = ourDefinitionWith(key.get());
+  probe_.returnNextRight(definition.get());
+
+  EXPECT_THAT(halvoReadAdminRight(), Optional(AdminRightDefinition{{"class", std::string("user")}, {"extra", true}}));
 }
 
 TEST_F(AdminRightRegistrationTest, ReadsValuesOfOtherTypesAsOther) {

@@ -26,6 +26,7 @@ using testing::StartsWith;
 
 using Form = std::vector<std::byte>;
 
+// An item with a value or flags, an environment or a wish for the granted rights would show in the text of the call.
 constexpr const char* kRight = "com.halvo.helper.manage-system";
 constexpr const char* kCopyRights = "AuthorizationCopyRights flags=2 rights=com.halvo.helper.manage-system";
 constexpr const char* kFree = "AuthorizationFree flags=0";
@@ -203,6 +204,19 @@ TEST_F(RealAdminAuthorizerTest, RefusesASuccessWithoutAReference) {
   EXPECT_FALSE(RealAdminAuthorizer().isAuthorized(form));
 
   EXPECT_EQ(probe.calls().size(), 1u);
+  EXPECT_EQ(FrameworkProbe::liveObjects(), before);
+}
+
+TEST_F(RealAdminAuthorizerTest, RefusesAFailingStatusThoughAReferenceCameWithIt) {
+  const ClientAuthorization client = granted();
+  const Form form = client.externalForm();
+  const auto before = FrameworkProbe::liveObjects();
+  FrameworkProbe probe;
+  probe.failNextWithResult("AuthorizationCreateFromExternalForm", -60008);
+
+  EXPECT_FALSE(RealAdminAuthorizer().isAuthorized(form));
+
+  EXPECT_THAT(probe.calls(), ElementsAre(StartsWith("AuthorizationCreateFromExternalForm form="), kFree));
   EXPECT_EQ(FrameworkProbe::liveObjects(), before);
 }
 

@@ -110,6 +110,16 @@ TEST_F(LiveObjects, AreAsBeforeAfterALookupThatFoundNothing) {
   EXPECT_THAT(probe_.calls(), ElementsAre(StartsWith(kLookup)));
 }
 
+TEST_F(LiveObjects, AreAsBeforeAfterAFailedLookupThatCameWithCode) {
+  probe_.failNextWithResult("SecCodeCopyGuestWithAttributes", -67065);
+
+  EXPECT_FALSE(strict_.isAuthorized(client_.auditToken()));
+
+  EXPECT_EQ(FrameworkProbe::liveObjects(), withValidator_);
+  EXPECT_THAT(probe_.calls(), ElementsAre(StartsWith(kLookup)));
+  EXPECT_THAT(log_, ElementsAre("halvo-helper: client look-up failed status=-67065"));
+}
+
 TEST_F(LiveObjects, AreAsBeforeAfterAFailedCheck) {
   probe_.failNext("SecCodeCheckValidityWithErrors", -67034);
 
@@ -172,6 +182,14 @@ TEST_F(ValidatorCallsTest, RefusesEverybodyWhenCompilingAnswersNothing) {
   EXPECT_FALSE(validator().isAuthorized(client.auditToken()));
 
   EXPECT_THAT(probe.calls(), ElementsAre(kCompile));
+}
+
+TEST_F(ValidatorCallsTest, DoesNotCompileARequirementThatIsNoText) {
+  const FrameworkProbe probe;
+
+  const SecCodeClientValidator refusing = validator("identifier \"\xFF\"");
+
+  EXPECT_THAT(probe.calls(), IsEmpty());
 }
 
 TEST_F(ValidatorCallsTest, LeavesNoObjectBehindABadRequirement) {

@@ -93,6 +93,23 @@ TEST_F(CoreAudioDeviceEnumeratorTest, DevicesThatVanishBetweenTheQuestionsCountA
   EXPECT_EQ(probe_.calls().at(3), "AudioObjectGetPropertyData object=0 selector=gone scope=glob element=0");
 }
 
+TEST_F(CoreAudioDeviceEnumeratorTest, DevicesThatComeBetweenTheQuestionsAreLeftOut) {
+  setDevices("0\n1\n1\n");
+  probe_.growDeviceList(2);
+
+  EXPECT_THAT(enumerator_.runningSomewhereFlags(), ElementsAre(false, true));
+
+  EXPECT_EQ(probe_.calls().size(), 4U);
+}
+
+TEST_F(CoreAudioDeviceEnumeratorTest, AListThatNoLongerFitsFindsNoDevice) {
+  setDevices("1\n1\n");
+  probe_.growDeviceList(1);
+  probe_.failNext("AudioObjectGetPropertyData", kAudioHardwareBadPropertySizeError);
+
+  EXPECT_THAT(enumerator_.runningSomewhereFlags(), IsEmpty());
+}
+
 TEST_F(CoreAudioDeviceEnumeratorTest, TheDevicesAreReadAnewEachTime) {
   setDevices("0\n");
   const auto before = enumerator_.runningSomewhereFlags();

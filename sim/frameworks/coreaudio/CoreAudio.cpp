@@ -30,14 +30,20 @@ Devices readDevices() {
   return devices;
 }
 
-std::string describe(AudioObjectID object, const AudioObjectPropertyAddress& address) {
+struct Qualifier {
+  UInt32 size;
+  const void* data;
+};
+
+std::string describe(AudioObjectID object, const AudioObjectPropertyAddress& address, const Qualifier& qualifier) {
   const auto characters = [](UInt32 code) {
     std::string text;
     for (const unsigned shift : {24U, 16U, 8U, 0U}) text += static_cast<char>(code >> shift & 0xFFU);
     return text;
   };
   return "object=" + std::to_string(object) + " selector=" + characters(address.mSelector) +
-         " scope=" + characters(address.mScope) + " element=" + std::to_string(address.mElement);
+         " scope=" + characters(address.mScope) + " element=" + std::to_string(address.mElement) +
+         (qualifier.size == 0 && qualifier.data == nullptr ? "" : " qualifier=" + std::to_string(qualifier.size));
 }
 
 bool isGlobal(const AudioObjectPropertyAddress& address) {
@@ -48,11 +54,20 @@ bool isDeviceList(AudioObjectID object, const AudioObjectPropertyAddress& addres
   return object == kAudioObjectSystemObject && address.mSelector == kAudioHardwarePropertyDevices && isGlobal(address);
 }
 
+OSStatus readListSize(UInt32& size) {
+  const Devices devices = readDevices();
+  if (!devices.answering) return kAudioHardwareUnspecifiedError;
+  std::size_t count = devices.states.size();
+  if (probed()) count = std::min(count, probe::takeSizeLimit().value_or(count));
+  size = static_cast<UInt32>(count * sizeof(AudioObjectID));
+  return kAudioHardwareNoError;
+}
+
 OSStatus readDeviceList(UInt32& size, void* data) {
   const Devices devices = readDevices();
   if (!devices.answering) return kAudioHardwareUnspecifiedError;
   std::size_t count = std::min(devices.states.size(), size / sizeof(AudioObjectID));
-  if (probed()) count = std::min(count, probe::takeDeviceLimit().value_or(count));
+  if (probed()) count = std::min(count, probe::takeListLimit().value_or(count));
   for (std::size_t i = 0; i < count; ++i) {
     const auto device = static_cast<AudioObjectID>(kFirstDevice + i);
     std::memcpy(static_cast<char*>(data) + i * sizeof device, &device, sizeof device);
@@ -84,20 +99,22 @@ using namespace halvo::sim;
 
 extern "C" {
 
-OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress, UInt32,
-                                        const void*, UInt32* outDataSize) {
-  const auto scripted = observe("AudioObjectGetPropertyDataSize", [&] { return describe(inObjectID, *inAddress); });
+OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress,
+                                        UInt32 inQualifierDataSize, const void* inQualifierData, UInt32* outDataSize) {
+  const auto scripted = observe("AudioObjectGetPropertyDataSize", [&] {
+    return describe(inObjectID, *inAddress, {inQualifierDataSize, inQualifierData});
+  });
   if (scripted) return scripted->store(outDataSize);
   if (!isDeviceList(inObjectID, *inAddress)) return kAudioHardwareUnknownPropertyError;
-  const Devices devices = readDevices();
-  if (!devices.answering) return kAudioHardwareUnspecifiedError;
-  *outDataSize = static_cast<UInt32>(devices.states.size() * sizeof(AudioObjectID));
-  return kAudioHardwareNoError;
+  return readListSize(*outDataSize);
 }
 
-OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress, UInt32,
-                                    const void*, UInt32* ioDataSize, void* outData) {
-  const auto scripted = observe("AudioObjectGetPropertyData", [&] { return describe(inObjectID, *inAddress); });
+OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress,
+                                    UInt32 inQualifierDataSize, const void* inQualifierData, UInt32* ioDataSize,
+                                    void* outData) {
+  const auto scripted = observe("AudioObjectGetPropertyData", [&] {
+    return describe(inObjectID, *inAddress, {inQualifierDataSize, inQualifierData});
+  });
   if (scripted) return scripted->store(ioDataSize);
   if (isDeviceList(inObjectID, *inAddress)) return readDeviceList(*ioDataSize, outData);
   return readIsRunning(inObjectID, *inAddress, *ioDataSize, outData);

@@ -136,6 +136,26 @@ TEST_F(CoreAudioTest, DevicesCanVanishAfterTheSizeWasAsked) {
   EXPECT_THAT(devices(3), ElementsAre(41, 42, 43));
 }
 
+TEST_F(CoreAudioTest, DevicesCanComeAfterTheSizeWasAsked) {
+  state_.write("audio-devices", "0\n1\n1\n");
+  FrameworkProbe probe;
+  probe.growDeviceList(1);
+
+  EXPECT_EQ(listSize(), 4U);
+  EXPECT_EQ(listSize(), 12U);
+}
+
+TEST_F(CoreAudioTest, AQualifierIsRecorded) {
+  const FrameworkProbe probe;
+  const UInt32 qualifier = 0;
+  UInt32 size = 0;
+
+  AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &kList, sizeof qualifier, &qualifier, &size);
+
+  EXPECT_THAT(probe.calls(),
+              ElementsAre("AudioObjectGetPropertyDataSize object=1 selector=dev# scope=glob element=0 qualifier=4"));
+}
+
 TEST_F(CoreAudioTest, CallsAreRecordedWithTheirAddress) {
   state_.write("audio-devices", "1\n");
   const FrameworkProbe probe;

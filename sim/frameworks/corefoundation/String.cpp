@@ -54,6 +54,12 @@ CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex 
   return halvo::sim::createString(text);
 }
 
+CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* chars, CFIndex numChars) {
+  std::u16string units;
+  for (CFIndex i = 0; i < numChars; ++i) units += static_cast<char16_t>(chars[i]);
+  return new __CFString(std::move(units));
+}
+
 CFIndex CFStringGetLength(CFStringRef theString) { return static_cast<CFIndex>(stringOf(theString).text.size()); }
 
 Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
@@ -65,8 +71,8 @@ Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSi
   return 1;
 }
 
-CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding encoding, UInt8, Boolean, UInt8* buffer,
-                         CFIndex maxBufLen, CFIndex* usedBufLen) {
+CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding encoding, UInt8 lossByte, Boolean,
+                         UInt8* buffer, CFIndex maxBufLen, CFIndex* usedBufLen) {
   const __CFString& string = stringOf(theString);
   const auto length = static_cast<CFIndex>(string.text.size());
   if (range.location < 0 || range.length < 0 || range.length > length - range.location) {
@@ -76,7 +82,7 @@ CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding 
   const auto part = std::u16string_view(string.text)
                         .substr(static_cast<std::size_t>(range.location), static_cast<std::size_t>(range.length));
   const std::size_t room = buffer == nullptr ? std::string::npos : static_cast<std::size_t>(maxBufLen);
-  const auto converted = halvo::sim::utf8FromUTF16(part, room);
+  const auto converted = halvo::sim::utf8FromUTF16(part, room, static_cast<char>(lossByte));
   if (buffer != nullptr) std::memcpy(buffer, converted.utf8.data(), converted.utf8.size());
   if (usedBufLen != nullptr) *usedBufLen = static_cast<CFIndex>(converted.utf8.size());
   return static_cast<CFIndex>(converted.unitsConverted);

@@ -81,6 +81,18 @@ TEST(CFStringTest, HalfAPairIsNotConverted) {
   EXPECT_EQ(converted, 0);
 }
 
+TEST(CFStringTest, AByteStandsForWhatCannotBeConvertedIfOneIsGiven) {
+  const std::array<UniChar, 3> units = {'a', 0xD83C, 'b'};
+  const Owned<CFStringRef> string(CFStringCreateWithCharacters(nullptr, units.data(), 3));
+  std::array<UInt8, 3> buffer{};
+  CFIndex used = 0;
+
+  EXPECT_EQ(CFStringGetBytes(string.get(), CFRangeMake(0, 3), kCFStringEncodingUTF8, '?', 0, buffer.data(), 3, &used),
+            3);
+  EXPECT_EQ(used, 3);
+  EXPECT_EQ(std::string(buffer.begin(), buffer.end()), "a?b");
+}
+
 TEST(CFStringTest, ARangeOutsideTheStringEndsTheProcess) {
   const auto string = makeString("abc");
   CFIndex used = 0;

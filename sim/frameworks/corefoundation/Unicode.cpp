@@ -92,13 +92,14 @@ std::optional<std::u16string> utf16FromUTF8(std::string_view text) {
   return units;
 }
 
-ConvertedText utf8FromUTF16(std::u16string_view text, std::size_t maximumBytes) {
+ConvertedText utf8FromUTF16(std::u16string_view text, std::size_t maximumBytes, char lossByte) {
   ConvertedText result;
   const std::size_t total = text.size();
   while (!text.empty()) {
     const auto value = takeUTF16(text);
-    if (!value) break;
-    const std::string bytes = encodeUTF8(*value);
+    if (!value && lossByte == 0) break;
+    const std::string bytes = value ? encodeUTF8(*value) : std::string(1, lossByte);
+    if (!value) text.remove_prefix(1);
     if (bytes.size() > maximumBytes - result.utf8.size()) break;
     result.utf8 += bytes;
     result.unitsConverted = total - text.size();

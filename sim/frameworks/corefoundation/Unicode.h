@@ -16,7 +16,8 @@ struct ConvertedText {
   std::size_t unitsConverted = 0;
 };
 
-// Converts up to the first half of a pair that stands alone, and as much as fits into `maximumBytes`.
-ConvertedText utf8FromUTF16(std::u16string_view text, std::size_t maximumBytes = std::string::npos);
+// Converts up to the first half of a pair that stands alone, unless there is a byte to put in its place, and as much as
+// fits into `maximumBytes`.
+ConvertedText utf8FromUTF16(std::u16string_view text, std::size_t maximumBytes = std::string::npos, char lossByte = 0);
 
 }  // namespace halvo::sim

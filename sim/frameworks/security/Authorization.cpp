@@ -44,10 +44,19 @@ std::vector<std::string> namesOf(const AuthorizationRights* rights) {
   return names;
 }
 
-std::string describe(AuthorizationFlags flags, const AuthorizationRights* rights) {
-  std::string names;
-  for (const std::string& name : namesOf(rights)) names += (names.empty() ? "" : ",") + name;
-  return "flags=" + std::to_string(flags) + " rights=" + names;
+std::string describe(const AuthorizationItem& item) {
+  if (item.valueLength == 0 && item.value == nullptr && item.flags == 0) return item.name;
+  return std::string(item.name) + "(length=" + std::to_string(item.valueLength) +
+         " value=" + (item.value == nullptr ? "null" : "given") + " flags=" + std::to_string(item.flags) + ")";
+}
+
+std::string describe(AuthorizationFlags flags, const AuthorizationRights* rights,
+                     const AuthorizationEnvironment* environment) {
+  std::string items;
+  for (UInt32 i = 0; rights != nullptr && i < rights->count; ++i) {
+    items += (i == 0 ? "" : ",") + describe(rights->items[i]);
+  }
+  return "flags=" + std::to_string(flags) + " rights=" + items + (environment == nullptr ? "" : " environment=given");
 }
 
 bool isWellFormed(const AuthorizationRights* rights) {
@@ -96,14 +105,7 @@ OSStatus copyRights(const TokenName& name, const AuthorizationRights* rights, Au
   return outcome.status;
 }
 
-}  // namespace
-
-extern "C" {
-
-OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment*,
-                             AuthorizationFlags flags, AuthorizationRef* authorization) {
-  const auto scripted = observe("AuthorizationCreate", [&] { return describe(flags, rights); });
-  if (scripted) return scripted->store(authorization);
+OSStatus create(const AuthorizationRights* rights, AuthorizationFlags flags, AuthorizationRef* authorization) {
   if (const auto fault = scriptedFault("create")) return *fault;
   if (authorization == nullptr && rights == nullptr) return errAuthorizationInvalidPointer;
   if ((flags & ~kKnownFlags) != 0) return errAuthorizationInvalidFlags;
@@ -113,6 +115,27 @@ OSStatus AuthorizationCreate(const AuthorizationRights* rights, const Authorizat
   const OSStatus status = rights == nullptr ? errAuthorizationSuccess : copyRights(*name, rights, flags, nullptr);
   if (status == errAuthorizationSuccess && authorization != nullptr) *authorization = handle.release();
   return status;
+}
+
+OSStatus createFromExternalForm(const AuthorizationExternalForm* extForm, AuthorizationRef* authorization) {
+  if (const auto fault = scriptedFault("create-from-external-form")) return *fault;
+  if (extForm == nullptr || authorization == nullptr) return errAuthorizationInvalidPointer;
+  TokenName name{};
+  std::memcpy(name.data(), extForm->bytes, name.size());
+  const auto token = readToken(name);
+  if (!token) return errAuthorizationDenied;
+  *authorization = new AuthorizationOpaqueRef(name, token->creator == ::getpid());
+  return errAuthorizationSuccess;
+}
+
+}  // namespace
+
+extern "C" {
+
+OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment* environment,
+                             AuthorizationFlags flags, AuthorizationRef* authorization) {
+  const auto scripted = observe("AuthorizationCreate", [&] { return describe(flags, rights, environment); });
+  return perform(scripted, authorization, [&] { return create(rights, flags, authorization); });
 }
 
 OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags flags) {
@@ -127,9 +150,11 @@ OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags fl
 }
 
 OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const AuthorizationRights* rights,
-                                 const AuthorizationEnvironment*, AuthorizationFlags flags,
+                                 const AuthorizationEnvironment* environment, AuthorizationFlags flags,
                                  AuthorizationRights** authorizedRights) {
-  const auto scripted = observe("AuthorizationCopyRights", [&] { return describe(flags, rights); });
+  const auto scripted = observe("AuthorizationCopyRights", [&] {
+    return describe(flags, rights, environment) + (authorizedRights == nullptr ? "" : " authorized=asked");
+  });
   if (scripted) return scripted->store(authorizedRights);
   if (const auto fault = scriptedFault("copy-rights")) return *fault;
   if (authorization == nullptr) return errAuthorizationInvalidRef;
@@ -152,15 +177,7 @@ OSStatus AuthorizationCreateFromExternalForm(const AuthorizationExternalForm* ex
   const auto scripted = observe("AuthorizationCreateFromExternalForm", [&] {
     return "form=" + (extForm == nullptr ? "null" : hexText(extForm->bytes, sizeof extForm->bytes));
   });
-  if (scripted) return scripted->store(authorization);
-  if (const auto fault = scriptedFault("create-from-external-form")) return *fault;
-  if (extForm == nullptr || authorization == nullptr) return errAuthorizationInvalidPointer;
-  TokenName name{};
-  std::memcpy(name.data(), extForm->bytes, name.size());
-  const auto token = readToken(name);
-  if (!token) return errAuthorizationDenied;
-  *authorization = new AuthorizationOpaqueRef(name, token->creator == ::getpid());
-  return errAuthorizationSuccess;
+  return perform(scripted, authorization, [&] { return createFromExternalForm(extForm, authorization); });
 }
 
 OSStatus AuthorizationFreeItemSet(AuthorizationItemSet* set) {

@@ -39,13 +39,7 @@ OSStatus setRight(const char* rightName, CFTypeRef rightDefinition, CFStringRef 
   return writeRight(rightName, std::move(definition));
 }
 
-}  // namespace
-
-extern "C" {
-
-OSStatus AuthorizationRightGet(const char* rightName, CFDictionaryRef* rightDefinition) {
-  const auto scripted = observe("AuthorizationRightGet", [&] { return describeName(rightName); });
-  if (scripted) return scripted->store(rightDefinition);
+OSStatus getRight(const char* rightName, CFDictionaryRef* rightDefinition) {
   if (const auto fault = scriptedFault("right-get")) return *fault;
   if (rightName == nullptr) return errAuthorizationInvalidPointer;
   const auto stored = readRight(rightName);
@@ -53,6 +47,15 @@ OSStatus AuthorizationRightGet(const char* rightName, CFDictionaryRef* rightDefi
   if (rightDefinition == nullptr) return errAuthorizationSuccess;
   *rightDefinition = static_cast<CFDictionaryRef>(objectFrom(rebuiltDefinition(*stored)).release());
   return errAuthorizationSuccess;
+}
+
+}  // namespace
+
+extern "C" {
+
+OSStatus AuthorizationRightGet(const char* rightName, CFDictionaryRef* rightDefinition) {
+  const auto scripted = observe("AuthorizationRightGet", [&] { return describeName(rightName); });
+  return perform(scripted, rightDefinition, [&] { return getRight(rightName, rightDefinition); });
 }
 
 OSStatus AuthorizationRightSet(AuthorizationRef authRef, const char* rightName, CFTypeRef rightDefinition,

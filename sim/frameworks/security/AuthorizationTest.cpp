@@ -114,6 +114,34 @@ TEST_F(AuthorizationTest, CallsAreRecordedInOrderAndCanBeScripted) {
                   "AuthorizationCopyRights flags=2 rights=com.halvo.test", "AuthorizationFree flags=0"));
 }
 
+TEST_F(AuthorizationTest, WhatCallersMayLeaveEmptyIsRecordedWhenTheyDoNot) {
+  const Handle client = create();
+  char value = 'x';
+  AuthorizationItem items[] = {{"com.halvo.plain", 0, nullptr, 0}, {"com.halvo.odd", 1, &value, 4}};
+  const AuthorizationRights rights = {2, items};
+  const AuthorizationEnvironment environment = {0, nullptr};
+  AuthorizationRights* authorized = nullptr;
+  FrameworkProbe probe;
+  probe.failNext("AuthorizationCopyRights", errAuthorizationInternal);
+
+  AuthorizationCopyRights(client.get(), &rights, &environment, 2, &authorized);
+
+  EXPECT_THAT(probe.calls(),
+              testing::ElementsAre("AuthorizationCopyRights flags=2 rights=com.halvo.plain,com.halvo.odd("
+                                   "length=1 value=given flags=4) environment=given authorized=asked"));
+}
+
+TEST_F(AuthorizationTest, AFailureCanBeScriptedThatComesWithAResult) {
+  FrameworkProbe probe;
+  probe.failNextWithResult("AuthorizationCreate", errAuthorizationInternal);
+  AuthorizationRef reference = nullptr;
+
+  EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, 0, &reference), errAuthorizationInternal);
+
+  EXPECT_NE(reference, nullptr);
+  AuthorizationFree(reference, 0);
+}
+
 TEST_F(AuthorizationTest, HandlesAreCounted) {
   const auto before = FrameworkProbe::liveObjects();
   Handle client = create();

@@ -73,9 +73,21 @@ std::string describeLookup(SecCodeRef host, CFDictionaryRef attributes, SecCSFla
   return pid == nullptr ? text : text + " pid";
 }
 
-std::string describeCheck(SecCSFlags flags, SecRequirementRef requirement) {
+std::string describeCheck(SecCSFlags flags, SecRequirementRef requirement, const CFErrorRef* errors = nullptr) {
   const auto* object = objectAs<__SecRequirement>(requirement, kRequirementType);
-  return "flags=" + std::to_string(flags) + " requirement=" + (object == nullptr ? "null" : quotedText(object->text));
+  return "flags=" + std::to_string(flags) + " requirement=" + (object == nullptr ? "null" : quotedText(object->text)) +
+         (errors == nullptr ? "" : " errors=asked");
+}
+
+OSStatus copyGuest(SecCodeRef host, CFDictionaryRef attributes, SecCSFlags flags, SecCodeRef* guest) {
+  if (guest == nullptr) return errSecCSObjectRequired;
+  if (flags != kSecCSDefaultFlags) return errSecCSInvalidFlags;
+  // Only the kernel hosts other programs here.
+  const auto* hostCode = objectAs<__SecCode>(host, kCodeType);
+  if (host != nullptr && (hostCode == nullptr || hostCode->guest.process)) return errSecCSNotAHost;
+  GuestLookup found = findByAttributes(attributes);
+  if (found.status == errSecSuccess) *guest = new __SecCode(std::move(found.guest));
+  return found.status;
 }
 
 OSStatus judge(const Guest& guest, const Requirement* requirement) {
@@ -127,15 +139,7 @@ OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attribu
                                         SecCodeRef* guest) {
   const auto scripted =
       observe("SecCodeCopyGuestWithAttributes", [&] { return describeLookup(host, attributes, flags); });
-  if (scripted) return scripted->store(guest);
-  if (guest == nullptr) return errSecCSObjectRequired;
-  if (flags != kSecCSDefaultFlags) return errSecCSInvalidFlags;
-  // Only the kernel hosts other programs here.
-  const auto* hostCode = objectAs<__SecCode>(host, kCodeType);
-  if (host != nullptr && (hostCode == nullptr || hostCode->guest.process)) return errSecCSNotAHost;
-  GuestLookup found = findByAttributes(attributes);
-  if (found.status == errSecSuccess) *guest = new __SecCode(std::move(found.guest));
-  return found.status;
+  return perform(scripted, guest, [&] { return copyGuest(host, attributes, flags, guest); });
 }
 
 OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement) {
@@ -143,8 +147,10 @@ OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementR
   return scripted ? scripted->status : check(code, flags, requirement);
 }
 
-OSStatus SecCodeCheckValidityWithErrors(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement, CFErrorRef*) {
-  const auto scripted = observe("SecCodeCheckValidityWithErrors", [&] { return describeCheck(flags, requirement); });
+OSStatus SecCodeCheckValidityWithErrors(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement,
+                                        CFErrorRef* errors) {
+  const auto scripted =
+      observe("SecCodeCheckValidityWithErrors", [&] { return describeCheck(flags, requirement, errors); });
   return scripted ? scripted->status : check(code, flags, requirement);
 }
 

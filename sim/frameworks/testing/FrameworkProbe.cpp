@@ -17,7 +17,8 @@ struct Script {
   // All of the following is guarded by the mutex.
   std::vector<std::string> calls;
   std::map<std::string, std::deque<ScriptedAnswer>, std::less<>> answers;
-  std::optional<std::size_t> deviceLimit;
+  std::optional<std::size_t> listLimit;
+  std::optional<std::size_t> sizeLimit;
 };
 
 // Never destroyed: framework calls may come from threads that outlive main().
@@ -30,7 +31,8 @@ void clear() {
   const std::lock_guard lock(script().mutex);
   script().calls.clear();
   script().answers.clear();
-  script().deviceLimit.reset();
+  script().listLimit.reset();
+  script().sizeLimit.reset();
 }
 
 void addAnswer(std::string_view function, ScriptedAnswer answer) {
@@ -56,9 +58,14 @@ void record(std::string call) {
   script().calls.push_back(std::move(call));
 }
 
-std::optional<std::size_t> takeDeviceLimit() {
+std::optional<std::size_t> takeListLimit() {
   const std::lock_guard lock(script().mutex);
-  return std::exchange(script().deviceLimit, std::nullopt);
+  return std::exchange(script().listLimit, std::nullopt);
+}
+
+std::optional<std::size_t> takeSizeLimit() {
+  const std::lock_guard lock(script().mutex);
+  return std::exchange(script().sizeLimit, std::nullopt);
 }
 
 }  // namespace probe
@@ -94,14 +101,27 @@ std::vector<std::string> FrameworkProbe::calls() const {
 }
 
 void FrameworkProbe::failNext(std::string_view function, std::int32_t status) {
-  addAnswer(function, {.status = status, .nullResult = false});
+  addAnswer(function, {.status = status});
 }
 
-void FrameworkProbe::nullNext(std::string_view function) { addAnswer(function, {.status = 0, .nullResult = true}); }
+void FrameworkProbe::failNextWithResult(std::string_view function, std::int32_t status) {
+  addAnswer(function, {.status = status, .actsFirst = true});
+}
+
+void FrameworkProbe::nullNext(std::string_view function) { addAnswer(function, {.nullResult = true}); }
+
+void FrameworkProbe::returnNextRight(CFDictionaryRef definition) {
+  addAnswer("AuthorizationRightGet", {.object = definition});
+}
 
 void FrameworkProbe::shrinkDeviceList(std::size_t count) {
   const std::lock_guard lock(script().mutex);
-  script().deviceLimit = count;
+  script().listLimit = count;
+}
+
+void FrameworkProbe::growDeviceList(std::size_t count) {
+  const std::lock_guard lock(script().mutex);
+  script().sizeLimit = count;
 }
 
 std::int64_t FrameworkProbe::liveObjects() { return countLiving(); }

@@ -2,6 +2,8 @@
 // everything, and what happens when one call fails. Any thread may call frameworks meanwhile.
 #pragma once
 
+#include <CoreFoundation/CFDictionary.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -24,8 +26,10 @@ namespace halvo::sim {
 //   AudioObjectGetPropertyDataSize object=1 selector=dev# scope=glob element=0
 //   AudioObjectGetPropertyData object=41 selector=gone scope=glob element=0
 //   copyfile from=/a to=/b flags=0x10e800f
-// CFStringCreateWithBytes, CFStringCreateWithCString, CFDataCreate and CFDictionaryCreate are not recorded but can be
-// scripted.
+// What callers leave empty is named only when they do not: the value and flags of an item ("rights=a(length=1
+// value=null flags=0)"), an environment ("environment=given"), results that may be declined ("authorized=asked",
+// "errors=asked"), a qualifier ("qualifier=4"). CFStringCreateWithBytes, CFStringCreateWithCString, CFDataCreate and
+// CFDictionaryCreate are not recorded but can be scripted.
 class FrameworkProbe {
  public:
   FrameworkProbe();
@@ -39,13 +43,26 @@ class FrameworkProbe {
   // `status` as errno. Several answers for one function are given in order.
   void failNext(std::string_view function, std::int32_t status);
 
+  // The next call of `function` does its work, stores its result and answers `status` all the same. No Mac does that
+  // today, and nothing promises that none will. For AuthorizationCreate, AuthorizationCreateFromExternalForm,
+  // AuthorizationRightGet and SecCodeCopyGuestWithAttributes.
+  void failNextWithResult(std::string_view function, std::int32_t status);
+
   // The next call of `function` does nothing, answers success and stores a null out-parameter; one that returns an
   // object returns null.
   void nullNext(std::string_view function);
 
+  // The next call of AuthorizationRightGet does nothing, answers success and stores this object, which must live until
+  // then.
+  void returnNextRight(CFDictionaryRef definition);
+
   // The next call that reads the device list finds only the first `count` devices, as when the others vanished after
   // the size was asked for.
   void shrinkDeviceList(std::size_t count);
+
+  // The next call that asks for the size of the device list hears of the first `count` devices only, as when the others
+  // came afterwards.
+  void growDeviceList(std::size_t count);
 
   // CoreFoundation, Security and Authorization objects, spawn attributes and file actions that exist now, in the whole
   // process and whether or not a probe listens. Constants are not counted.

@@ -1,6 +1,8 @@
 // The frameworks' side of FrameworkProbe: each function asks here first. Costs one relaxed load while no probe listens.
 #pragma once
 
+#include <CoreFoundation/CFBase.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -14,14 +16,28 @@ namespace halvo::sim {
 struct ScriptedAnswer {
   std::int32_t status = 0;
   bool nullResult = false;
+  bool actsFirst = false;      // does its work as well
+  CFTypeRef object = nullptr;  // the result
 
-  // Stores the null result, if that is what is scripted, and answers the status.
+  // Stores the result, if one is scripted, and answers the status.
   template <typename Result>
   std::int32_t store(Result* result) const {
     if (nullResult && result != nullptr) *result = Result{};
+    if constexpr (requires { static_cast<Result>(object); }) {
+      if (object != nullptr && result != nullptr) *result = static_cast<Result>(CFRetain(object));
+    }
     return status;
   }
 };
+
+// Does the work of a call, unless a test wants another answer.
+template <typename Result, typename Work>
+std::int32_t perform(const std::optional<ScriptedAnswer>& scripted, Result* result, Work work) {
+  if (!scripted) return work();
+  if (!scripted->actsFirst) return scripted->store(result);
+  static_cast<void>(work());
+  return scripted->status;
+}
 
 namespace probe {
 
@@ -30,7 +46,9 @@ inline std::atomic<bool> listening{false};
 // Takes the next scripted answer for `function`.
 std::optional<ScriptedAnswer> takeAnswer(std::string_view function);
 void record(std::string call);
-std::optional<std::size_t> takeDeviceLimit();
+// How many devices the next reading of the list, and the next question for its size, may find.
+std::optional<std::size_t> takeListLimit();
+std::optional<std::size_t> takeSizeLimit();
 
 }  // namespace probe
 

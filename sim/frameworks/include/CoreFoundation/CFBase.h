@@ -6,6 +6,7 @@
 
 typedef unsigned char Boolean;
 typedef unsigned char UInt8;
+typedef uint16_t UniChar;
 typedef int32_t SInt32;
 typedef uint32_t UInt32;
 typedef SInt32 OSStatus;
