@@ -134,6 +134,32 @@ INSTANTIATE_TEST_SUITE_P(
         CertificateRow{"OtherDigits", "\xD9\xA1. Foo", {}}),
     [](const auto& row) { return row.param.name; });
 
+// Lines inside a certificate that look like the beginning of another one.
+
+struct InnerLineRow {
+  const char* name;
+  std::string_view report;
+  std::vector<HalvoPkgCert> chain;
+};
+
+class LineInsideACertificate : public testing::TestWithParam<InnerLineRow> {};
+
+TEST_P(LineInsideACertificate, BeginsAnotherOnlyWithADotAndSomethingBehindIt) {
+  EXPECT_EQ(halvoParsePkgSignature(GetParam().report).chain, GetParam().chain);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, LineInsideACertificate,
+    testing::Values(
+        InnerLineRow{"DecimalDigitsOnly", "1. Leaf\nSHA256 Fingerprint:\n12345678\n90", {{0, "Leaf", "1234567890"}}},
+        InnerLineRow{"NumberWithoutADot", "1. Leaf\n2\nSHA256 Fingerprint:\nAA", {{0, "Leaf", "AA"}}},
+        InnerLineRow{"NumberWithADotOnly", "1. Leaf\n2.\nSHA256 Fingerprint:\nAA", {{0, "Leaf", "AA"}}},
+        InnerLineRow{"NumberWithADotAndBlanks", "1. Leaf\n2. \t\nSHA256 Fingerprint:\nAA", {{0, "Leaf", "AA"}}},
+        InnerLineRow{"NumberWithADotAmongTheDigits", "1. Leaf\nSHA256 Fingerprint:\nAA\n2.\nBB", {{0, "Leaf", "AA"}}},
+        InnerLineRow{
+            "OneCharacterBehindTheDot", "1. Leaf\n2.x\nSHA256 Fingerprint:\nAA", {{0, "Leaf", ""}, {1, "x", "AA"}}}),
+    [](const auto& row) { return row.param.name; });
+
 TEST(PkgSignatureTest, TakesPositionsFromTheReport) {
   EXPECT_THAT(halvoParsePkgSignature("1. a\n3. b\n3. c").chain,
               ElementsAre(HalvoPkgCert{0, "a", ""}, HalvoPkgCert{2, "b", ""}, HalvoPkgCert{2, "c", ""}));
