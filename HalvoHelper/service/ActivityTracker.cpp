@@ -7,13 +7,16 @@
 
 namespace halvo {
 
+std::int64_t halvoCountedUp(std::int64_t count) {
+  if (count == std::numeric_limits<std::int64_t>::max()) std::abort();
+  return count + 1;
+}
+
 ActivityTracker::ActivityTracker(std::function<double()> now) : now_(std::move(now)), lastActivity_(now_()) {}
 
 void ActivityTracker::begin() {
   const std::scoped_lock guard(lock_);
-  // A count that wrapped to negative would let the process exit under a running install.
-  if (inFlight_ == std::numeric_limits<std::int64_t>::max()) std::abort();
-  ++inFlight_;
+  inFlight_ = halvoCountedUp(inFlight_);
   lastActivity_ = now_();
 }
 

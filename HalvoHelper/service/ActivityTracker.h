@@ -11,6 +11,10 @@
 
 namespace halvo {
 
+// One more than `count`. Ends the process at the largest number: a count that wrapped to negative would let the helper
+// exit under a running install.
+[[nodiscard]] std::int64_t halvoCountedUp(std::int64_t count);
+
 // Shared by all connections and the idle timer; any thread.
 class ActivityTracker {
  public:

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -125,6 +126,11 @@ TEST(ActivityTrackerTest, RestartsThePeriodOnAStrayEnd) {
 
   EXPECT_FALSE(tracker.isIdle(kPeriod));
   EXPECT_TRUE(tracker.isIdle(30.0));
+}
+
+TEST(ActivityTrackerDeathTest, TheCountEndsTheProcessRatherThanWrap) {
+  EXPECT_EQ(halvoCountedUp(9223372036854775806), 9223372036854775807);
+  EXPECT_EXIT(static_cast<void>(halvoCountedUp(9223372036854775807)), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST(ActivityTrackerTest, StaysAliveThroughPingsMoreOftenThanThePeriod) {
