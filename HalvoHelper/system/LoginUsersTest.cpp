@@ -50,6 +50,15 @@ INSTANTIATE_TEST_SUITE_P(EveryUnicodeLineEnd, ListingTable,
                                          ListingRow{"a 501\u2028b 502", {501, 502}},    //
                                          ListingRow{"a 501\u2029b 502", {501, 502}}));
 
+// Each lies just outside the line ends. A tab is a blank, and the others belong to the word.
+INSTANTIATE_TEST_SUITE_P(WhatOnlyLooksLikeALineEnd, ListingTable,
+                         testing::Values(ListingRow{"a 501\tb 502", {502}},      //
+                                         ListingRow{"a 501\016b 502", {502}},    //
+                                         ListingRow{"a 501\u0084b 502", {502}},  //
+                                         ListingRow{"a 501\u0086b 502", {502}},  //
+                                         ListingRow{"a 501\u2027b 502", {502}},  //
+                                         ListingRow{"a 501\u202Ab 502", {502}}));
+
 INSTANTIATE_TEST_SUITE_P(
     EveryUnicodeBlank, ListingTable,
     testing::Values(ListingRow{"a\t501", {501}}, ListingRow{"a \t  501 \t", {501}}, ListingRow{"a\u00A0501", {501}},

@@ -82,8 +82,9 @@ INSTANTIATE_TEST_SUITE_P(
                     WhitespaceRow{"Nul", 0x00, false}, WhitespaceRow{"Backspace", 0x08, false},
                     WhitespaceRow{"ShiftOut", 0x0E, false}, WhitespaceRow{"UnitSeparator", 0x1F, false},
                     WhitespaceRow{"Exclamation", 0x21, false}, WhitespaceRow{"MongolianVowelSeparator", 0x180E, false},
-                    WhitespaceRow{"ZeroWidthSpace", 0x200B, false}, WhitespaceRow{"WordJoiner", 0x2060, false},
-                    WhitespaceRow{"ByteOrderMark", 0xFEFF, false}, WhitespaceRow{"Replacement", 0xFFFD, false}),
+                    WhitespaceRow{"BeforeTheQuads", 0x1FFF, false}, WhitespaceRow{"ZeroWidthSpace", 0x200B, false},
+                    WhitespaceRow{"WordJoiner", 0x2060, false}, WhitespaceRow{"ByteOrderMark", 0xFEFF, false},
+                    WhitespaceRow{"Replacement", 0xFFFD, false}),
     [](const auto& row) { return row.param.name; });
 
 TEST(AllWhitespaceTest, HoldsForAnEmptyText) { EXPECT_TRUE(halvoIsAllWhitespace("")); }
@@ -113,16 +114,55 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Utf8Row{"Empty", "", true}, Utf8Row{"Ascii", "abc", true},
                     Utf8Row{"Nul", std::string_view("a\0b", 3), true}, Utf8Row{"TwoBytes", "\xC3\xA9", true},
                     Utf8Row{"ThreeBytes", "\xE2\x82\xAC", true}, Utf8Row{"FourBytes", "\xF0\x9F\x94\x8A", true},
-                    Utf8Row{"LastCodePoint", "\xF4\x8F\xBF\xBF", true},
+                    Utf8Row{"LastOfOneByte", "\x7F", true}, Utf8Row{"FirstOfTwoBytes", "\xC2\x80", true},
+                    Utf8Row{"LastOfTwoBytes", "\xDF\xBF", true}, Utf8Row{"FirstOfThreeBytes", "\xE0\xA0\x80", true},
+                    Utf8Row{"LastOfThreeBytes", "\xEF\xBF\xBF", true},
+                    Utf8Row{"FirstOfFourBytes", "\xF0\x90\x80\x80", true}, Utf8Row{"LeadF1", "\xF1\x80\x80\x80", true},
+                    Utf8Row{"LeadF3", "\xF3\xBF\xBF\xBF", true}, Utf8Row{"LastCodePoint", "\xF4\x8F\xBF\xBF", true},
                     Utf8Row{"BeforeSurrogates", "\xED\x9F\xBF", true}, Utf8Row{"AfterSurrogates", "\xEE\x80\x80", true},
                     Utf8Row{"ContinuationAlone", "\x80", false}, Utf8Row{"CutTwo", "\xC3", false},
                     Utf8Row{"CutThree", "\xE2\x82", false}, Utf8Row{"CutFour", "\xF0\x9F\x94", false},
                     Utf8Row{"LeadThenAscii", "\xC3(", false}, Utf8Row{"OverlongSlash", "\xC0\xAF", false},
                     Utf8Row{"OverlongThree", "\xE0\x80\xAF", false}, Utf8Row{"OverlongFour", "\xF0\x80\x80\xAF", false},
+                    Utf8Row{"LastOverlongTwo", "\xC1\xBF", false}, Utf8Row{"LastOverlongThree", "\xE0\x9F\xBF", false},
+                    Utf8Row{"LastOverlongFour", "\xF0\x8F\xBF\xBF", false},
+                    Utf8Row{"FourContinuations", "\x84\x80\x80\x80", false},
+                    Utf8Row{"LeadF9", "\xF9\x80\x80\x80", false}, Utf8Row{"LeadF5", "\xF5\x80\x80\x80", false},
                     Utf8Row{"Surrogate", "\xED\xA0\x80", false}, Utf8Row{"LastSurrogate", "\xED\xBF\xBF", false},
                     Utf8Row{"BeyondUnicode", "\xF4\x90\x80\x80", false},
                     Utf8Row{"FiveBytes", "\xF8\x88\x80\x80\x80", false}, Utf8Row{"ByteFF", "\xFF", false}),
     [](const auto& row) { return row.param.name; });
+
+struct CodePointRow {
+  const char* name;
+  std::string_view text;
+  char32_t value;
+};
+
+class Encoded : public testing::TestWithParam<CodePointRow> {};
+
+TEST_P(Encoded, CodePointIsReadWithAllItsBits) {
+  const CodePoint first = halvoFirstCodePoint(GetParam().text);
+
+  EXPECT_EQ(first.value, GetParam().value);
+  EXPECT_EQ(first.rest, "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Encoded,
+                         testing::Values(CodePointRow{"LastOfOneByte", "\x7F", 0x7F},
+                                         CodePointRow{"FirstOfTwoBytes", "\xC2\x80", 0x80},
+                                         CodePointRow{"TwoBytes", "\xC3\xA9", 0xE9},
+                                         CodePointRow{"TwoBytesMixed", "\xD5\x95", 0x555},
+                                         CodePointRow{"LastOfTwoBytes", "\xDF\xBF", 0x7FF},
+                                         CodePointRow{"FirstOfThreeBytes", "\xE0\xA0\x80", 0x800},
+                                         CodePointRow{"ThreeBytesMixed", "\xE5\x95\x95", 0x5555},
+                                         CodePointRow{"LastOfThreeBytes", "\xEF\xBF\xBF", 0xFFFF},
+                                         CodePointRow{"FirstOfFourBytes", "\xF0\x90\x80\x80", 0x10000},
+                                         CodePointRow{"LeadF1", "\xF1\x80\x80\x80", 0x40000},
+                                         CodePointRow{"FourBytesMixed", "\xF1\x95\x95\x95", 0x55555},
+                                         CodePointRow{"LeadF3", "\xF3\xBF\xBF\xBF", 0xFFFFF},
+                                         CodePointRow{"LastCodePoint", "\xF4\x8F\xBF\xBF", 0x10FFFF}),
+                         [](const auto& row) { return row.param.name; });
 
 TEST(FirstCodePointTest, GivesValueAndRest) {
   const CodePoint first = halvoFirstCodePoint("\xE2\x82\xACx");
