@@ -1,9 +1,11 @@
 #include "main/OperationLog.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <ctime>
 #include <utility>
 
@@ -13,14 +15,46 @@
 namespace halvo {
 namespace {
 
-UniqueDescriptor openForAppending(const std::string& path) {
-  UniqueDescriptor existing(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
-  if (existing.valid()) return existing;
-  // O_EXCL does not create through a link that dangles; whoever lost the race to create opens what the other made.
+// O_NONBLOCK keeps a FIFO that nobody reads from holding the operation, and every later one behind it, for ever.
+constexpr int kAppending = O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC;
+
+UniqueDescriptor openExisting(const std::string& path) { return UniqueDescriptor(::open(path.c_str(), kAppending)); }
+
+// O_EXCL does not create through a link.
+UniqueDescriptor create(const std::string& path) {
   constexpr mode_t kDefaultMode = 0666;
-  UniqueDescriptor created(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_EXCL | O_CLOEXEC, kDefaultMode));
+  return UniqueDescriptor(::open(path.c_str(), kAppending | O_CREAT | O_EXCL, kDefaultMode));
+}
+
+bool isLinkToNowhere(const std::string& path) {
+  struct stat info {};
+  return ::lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode) && ::stat(path.c_str(), &info) != 0;
+}
+
+// Writing through the link would let whoever planted it choose where root makes a file; leaving it would lose every
+// line from then on.
+UniqueDescriptor createInPlaceOfLink(const std::string& path) {
+  const std::string fresh = path + ".new";
+  // From a helper that was killed half way.
+  ::unlink(fresh.c_str());
+  UniqueDescriptor file = create(fresh);
+  if (file.valid() && ::rename(fresh.c_str(), path.c_str()) == 0) return file;
+  ::unlink(fresh.c_str());
+  return {};
+}
+
+UniqueDescriptor openOrCreate(const std::string& path) {
+  UniqueDescriptor existing = openExisting(path);
+  if (existing.valid()) return existing;
+  UniqueDescriptor created = isLinkToNowhere(path) ? createInPlaceOfLink(path) : create(path);
   if (created.valid()) return created;
-  return UniqueDescriptor(::open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+  // Whoever lost the race to create opens what the other made.
+  return openExisting(path);
+}
+
+bool isFile(const UniqueDescriptor& descriptor) {
+  struct stat info {};
+  return ::fstat(descriptor.get(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
 }  // namespace
@@ -39,8 +73,8 @@ OperationLog::OperationLog(std::string path, Clock now) : path_(std::move(path))
 void OperationLog::write(std::string_view message) const {
   halvoSystemLog("halvo-helper: " + std::string(message));
   const std::string line = halvoLogDate(now_()) + ": " + std::string(message) + "\n";
-  const UniqueDescriptor file = openForAppending(path_);
-  if (file.valid()) static_cast<void>(::write(file.get(), line.data(), line.size()) < 0);
+  const UniqueDescriptor file = openOrCreate(path_);
+  if (isFile(file)) static_cast<void>(::write(file.get(), line.data(), line.size()) < 0);
 }
 
 }  // namespace halvo

@@ -17,8 +17,10 @@ class OperationLog {
 
   explicit OperationLog(std::string path, Clock now = std::chrono::system_clock::now);
 
-  // Appends one line with a single write, so that lines of concurrent operations stay whole. A missing file is made.
-  // The message goes in as it is, line feeds included. Failures are ignored: logging never fails an operation. Any
+  // Appends one line with a single write, so that lines of concurrent operations stay whole. The message goes in as it
+  // is, line feeds included. A missing file is made, for everybody to read as far as the umask lets them. A link to a
+  // file is followed; one that leads nowhere is replaced by a file. Nothing is written to a FIFO, a device or a
+  // directory. Failures are ignored, and nothing is waited for: logging neither fails nor holds an operation. Any
   // thread.
   void write(std::string_view message) const;
 

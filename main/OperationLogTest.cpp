@@ -10,6 +10,8 @@
 #include <thread>
 #include <vector>
 
+#include "HalvoHelper/testing/FifoEnds.h"
+#include "HalvoHelper/testing/FileState.h"
 #include "HalvoHelper/testing/RecordedSystemLog.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 
@@ -126,11 +128,42 @@ TEST_F(OperationLogTest, FollowsALinkToAFile) {
   EXPECT_EQ(contentsOf(directory_.path("elsewhere.log")), "x\n2026-02-11 09:30:12 +0000: y\n");
 }
 
-TEST_F(OperationLogTest, MakesNothingThroughADanglingLink) {
+TEST_F(OperationLogTest, ReplacesALinkThatDanglesAndWritesNothingThroughIt) {
   directory_.makeLink("install.log", directory_.path("elsewhere.log"));
+
+  logAt(path_).write("one");
+  logAt(path_).write("two");
+
+  EXPECT_FALSE(isNamed(directory_.path("elsewhere.log")));
+  EXPECT_FALSE(std::filesystem::is_symlink(path_));
+  EXPECT_EQ(contentsOf(path_), "2026-02-11 09:30:12 +0000: one\n2026-02-11 09:30:12 +0000: two\n");
+}
+
+TEST_F(OperationLogTest, ReplacesALinkThatLeadsToItself) {
+  directory_.makeLink("install.log", "install.log");
 
   logAt(path_).write("y");
 
+  EXPECT_EQ(contentsOf(path_), "2026-02-11 09:30:12 +0000: y\n");
+}
+
+TEST_F(OperationLogTest, LeavesNothingElseBehindWhenItReplacesALink) {
+  directory_.makeLink("install.log", directory_.path("elsewhere.log"));
+  directory_.makeFile("install.log.new", "of a helper that was killed half way");
+
+  logAt(path_).write("y");
+
+  EXPECT_FALSE(isNamed(directory_.path("install.log.new")));
+  EXPECT_EQ(contentsOf(path_), "2026-02-11 09:30:12 +0000: y\n");
+}
+
+TEST_F(OperationLogTest, LeavesALinkWhoseReplacementCannotBeMade) {
+  directory_.makeLink("install.log", directory_.path("elsewhere.log"));
+  directory_.makeFile("install.log.new/in the way");
+
+  logAt(path_).write("y");
+
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
   EXPECT_FALSE(isNamed(directory_.path("elsewhere.log")));
   EXPECT_THAT(systemLog_.lines(), ElementsAre("halvo-helper: y"));
 }
@@ -140,7 +173,25 @@ TEST_F(OperationLogTest, IgnoresADirectoryInPlaceOfTheFile) {
 
   logAt(path_).write("y");
 
+  EXPECT_TRUE(std::filesystem::is_empty(path_));
   EXPECT_THAT(systemLog_.lines(), ElementsAre("halvo-helper: y"));
+}
+
+TEST_F(OperationLogTest, DoesNotWaitForAReaderOfAFifo) {
+  directory_.makeFifo("install.log");
+
+  logAt(path_).write("y");
+
+  EXPECT_TRUE(std::filesystem::is_fifo(path_));
+  EXPECT_THAT(systemLog_.lines(), ElementsAre("halvo-helper: y"));
+}
+
+TEST_F(OperationLogTest, WritesNothingIntoAFifoThatHasAReader) {
+  FifoReader reader(directory_.makeFifo("install.log"));
+
+  logAt(path_).write("y");
+
+  EXPECT_EQ(reader.finish(), "");
 }
 
 TEST_F(OperationLogTest, IgnoresAMissingFolder) {
@@ -150,11 +201,29 @@ TEST_F(OperationLogTest, IgnoresAMissingFolder) {
   EXPECT_THAT(systemLog_.lines(), ElementsAre("halvo-helper: y"));
 }
 
-TEST_F(OperationLogTest, IgnoresAFullDisk) {
-  logAt("/dev/full").write("y");
+struct ModeRow {
+  const char* name;
+  mode_t umask;
+  unsigned permissions;
+};
 
-  EXPECT_THAT(systemLog_.lines(), ElementsAre("halvo-helper: y"));
+class LogFileMode : public OperationLogTest, public testing::WithParamInterface<ModeRow> {};
+
+TEST_P(LogFileMode, IsWhatTheUmaskLeavesOfReadingAndWritingForAll) {
+  const ScopedUmask umask(GetParam().umask);
+  const std::string replaced = directory_.makeLink("replaced.log", directory_.path("elsewhere.log"));
+
+  logAt(path_).write("y");
+  logAt(replaced).write("y");
+
+  EXPECT_EQ(permissionsOf(path_), GetParam().permissions);
+  EXPECT_EQ(permissionsOf(replaced), GetParam().permissions);
 }
+
+INSTANTIATE_TEST_SUITE_P(Table, LogFileMode,
+                         testing::Values(ModeRow{"OfADaemon", 022, 0644}, ModeRow{"None", 0, 0666},
+                                         ModeRow{"OfACarefulRoot", 077, 0600}),
+                         [](const auto& row) { return row.param.name; });
 
 void writeMany(const OperationLog& log, char letter) {
   for (int line = 0; line < 200; ++line) log.write(std::string(500, letter));
@@ -169,11 +238,12 @@ std::vector<std::string> linesOf(const std::string& text) {
 
 TEST_F(OperationLogTest, KeepsLinesOfConcurrentOperationsWhole) {
   const OperationLog log = logAt(path_);
-  {
-    const std::jthread a([&] { writeMany(log, 'a'); });
-    const std::jthread b([&] { writeMany(log, 'b'); });
-    const std::jthread c([&] { writeMany(logAt(path_), 'c'); });
-  }
+  std::thread a([&] { writeMany(log, 'a'); });
+  std::thread b([&] { writeMany(log, 'b'); });
+  std::thread c([&] { writeMany(logAt(path_), 'c'); });
+  a.join();
+  b.join();
+  c.join();
 
   const auto lines = linesOf(contentsOf(path_));
 

@@ -1,0 +1,53 @@
+// Files that the helper keeps or reads, on a disk that is full or broken.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "HalvoHelper/testing/RecordedSystemLog.h"
+#include "HalvoHelper/testing/SystemCallFaults.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "main/OperationLog.h"
+
+namespace halvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+
+class OperationLogFaultTest : public testing::Test {
+ protected:
+  RecordedSystemLog systemLog_;
+  TemporaryDirectory directory_;
+  std::string path_ = directory_.makeFile("install.log", "earlier\n");
+};
+
+TEST_F(OperationLogFaultTest, IgnoresAFullDisk) {
+  const SystemCallFault full("write", ENOSPC);
+
+  OperationLog(path_).write("y");
+
+  EXPECT_EQ(full.calls(), 1);
+  EXPECT_EQ(contentsOf(path_), "earlier\n");
+  EXPECT_THAT(systemLog_.lines(), ElementsAre("halvo-helper: y"));
+}
+
+TEST_F(OperationLogFaultTest, WritesNothingToAFileThatItCannotJudge) {
+  const SystemCallFault unknown("fstat", EIO);
+
+  OperationLog(path_).write("y");
+
+  EXPECT_EQ(contentsOf(path_), "earlier\n");
+}
+
+TEST_F(OperationLogFaultTest, AppendsToAFileThatAnotherOperationMadeMeanwhile) {
+  const SystemCallFault missingAtFirst("open", ENOENT);
+
+  OperationLog(path_).write("y");
+
+  EXPECT_THAT(contentsOf(path_), testing::StartsWith("earlier\n"));
+  EXPECT_THAT(contentsOf(path_), EndsWith(": y\n"));
+}
+
+}  // namespace
+}  // namespace halvo
