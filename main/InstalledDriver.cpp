@@ -1,37 +1,54 @@
 #include "main/InstalledDriver.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <array>
+#include <cerrno>
 #include <cstddef>
-#include <fstream>
 #include <span>
 #include <utility>
 
-#include "HalvoHelper/system/ProductPaths.h"
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "platform/PropertyList.h"
 
 namespace halvo {
 namespace {
 
+// Room for thousands of honest lists; what is longer would only fill the helper's memory.
+constexpr std::size_t kMostBytes = std::size_t{16} * 1024 * 1024;
+
+// Whoever can write into the driver's bundle chose what is there. O_NONBLOCK: opening a FIFO without a writer would
+// hold this operation, and every later one behind it, for ever.
+UniqueDescriptor openFile(const std::string& path) {
+  UniqueDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat info {};
+  const bool isFile = ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
+  return isFile ? std::move(file) : UniqueDescriptor();
+}
+
+// The bound is kept while reading: the file may be growing.
 std::optional<std::string> contentsOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
+  const UniqueDescriptor file = openFile(path);
+  std::array<char, 65'536> chunk{};
   std::string bytes;
-  std::array<char, 4096> chunk{};
-  // Through read(), which reports a failure as a state: stream iterators throw when a directory was opened.
-  while (file.read(chunk.data(), chunk.size()) || file.gcount() > 0) {
-    bytes.append(chunk.data(), static_cast<std::size_t>(file.gcount()));
+  while (bytes.size() <= kMostBytes) {
+    const ssize_t count = ::read(file.get(), chunk.data(), chunk.size());
+    if (count == 0) return bytes;
+    if (count > 0) {
+      bytes.append(chunk.data(), static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      return std::nullopt;
+    }
   }
-  return file.bad() ? std::nullopt : std::optional(std::move(bytes));
+  return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string> halvoInstalledDriverVersion() {
-  return halvoDriverVersionIn(std::string(kDriverBundlePath) + "/Contents/Info.plist");
-}
-
-std::optional<std::string> halvoDriverVersionIn(const std::string& infoPlistPath) {
-  const auto bytes = contentsOf(infoPlistPath);
+std::optional<std::string> halvoInstalledDriverVersion(const std::string& infoPlist) {
+  const auto bytes = contentsOf(infoPlist);
   if (!bytes) return std::nullopt;
   const auto plist = halvoReadPropertyList(std::as_bytes(std::span(*bytes)));
   if (!plist) return std::nullopt;

@@ -6,11 +6,12 @@
 
 namespace halvo {
 
-// "CFBundleVersion" of the installed driver's Info.plist; nothing when no driver is installed, the file cannot be read
-// or is no property list, or the value is no text. Blocks for one small file.
-[[nodiscard]] std::optional<std::string> halvoInstalledDriverVersion();
+inline constexpr const char* kInstalledDriverPlist = "/Library/Audio/Plug-Ins/HAL/Halvo.driver/Contents/Info.plist";
 
-// The same for the Info.plist at `infoPlistPath`.
-[[nodiscard]] std::optional<std::string> halvoDriverVersionIn(const std::string& infoPlistPath);
+// "CFBundleVersion" of the driver whose Info.plist lies at `infoPlist`; nothing when no driver is installed, the file
+// cannot be read, is no regular file, holds more than 16 MiB or no property list, or the value is no text. Follows
+// links. Blocks for the reading of one small file.
+[[nodiscard]] std::optional<std::string> halvoInstalledDriverVersion(
+    const std::string& infoPlist = kInstalledDriverPlist);
 
 }  // namespace halvo

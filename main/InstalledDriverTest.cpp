@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "HalvoHelper/testing/FifoEnds.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo {
@@ -41,7 +42,7 @@ TEST_P(DriverPlist, GivesItsVersionIfItIsText) {
   const TemporaryDirectory directory;
   const std::string path = directory.makeFile("Info.plist", GetParam().contents);
 
-  EXPECT_EQ(halvoDriverVersionIn(path), GetParam().expected);
+  EXPECT_EQ(halvoInstalledDriverVersion(path), GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -70,29 +71,83 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(DriverVersionTest, IsAbsentWithoutAFile) {
   const TemporaryDirectory directory;
 
-  EXPECT_EQ(halvoDriverVersionIn(directory.path("Info.plist")), std::nullopt);
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.path("Info.plist")), std::nullopt);
 }
 
 TEST(DriverVersionTest, IsAbsentWhenADirectoryIsInPlaceOfTheFile) {
   const TemporaryDirectory directory;
 
-  EXPECT_EQ(halvoDriverVersionIn(directory.makeDirectory("Info.plist")), std::nullopt);
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeDirectory("Info.plist")), std::nullopt);
 }
 
 TEST(DriverVersionTest, IsAbsentBehindADanglingLink) {
   const TemporaryDirectory directory;
 
-  EXPECT_EQ(halvoDriverVersionIn(directory.makeLink("Info.plist", directory.path("gone"))), std::nullopt);
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeLink("Info.plist", directory.path("gone"))), std::nullopt);
+}
+
+TEST(DriverVersionTest, IsFoundAtTheEndOfALongFile) {
+  const TemporaryDirectory directory;
+  const std::string filler = "<key>a</key><string>" + std::string(200'000, 'x') + "</string>";
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile(
+                "Info.plist", xml("<dict>" + filler + "<key>CFBundleVersion</key><string>1.4.2</string></dict>"))),
+            "1.4.2");
+}
+
+// A property list of exactly that many bytes.
+std::string listOfSize(std::size_t bytes) {
+  const std::string list = xmlWithVersion("<string>1.4.2</string>");
+  return list + std::string(bytes - list.size(), '\n');
+}
+
+TEST(DriverVersionTest, IsReadFromSixteenMebibytes) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile("Info.plist", listOfSize(16'777'216))), "1.4.2");
+}
+
+TEST(DriverVersionTest, IsAbsentInAFileOfOneByteMore) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile("Info.plist", listOfSize(16'777'217))), std::nullopt);
+}
+
+TEST(DriverVersionTest, IsAbsentBehindAFifoThatNobodyWrites) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFifo("Info.plist")), std::nullopt);
+}
+
+TEST(DriverVersionTest, IsAbsentBehindAFifoThatHoldsAPropertyList) {
+  const TemporaryDirectory directory;
+  const std::string fifo = directory.makeFifo("Info.plist");
+  const FifoWriter writer(fifo, xmlWithVersion("<string>1.4.2</string>"));
+
+  EXPECT_EQ(halvoInstalledDriverVersion(fifo), std::nullopt);
+}
+
+TEST(DriverVersionTest, IsAbsentBehindADeviceThatNeverEnds) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeLink("Info.plist", "/dev/zero")), std::nullopt);
+}
+
+TEST(DriverVersionTest, IsReadThroughALink) {
+  const TemporaryDirectory directory;
+  const std::string file = directory.makeFile("elsewhere", xmlWithVersion("<string>1.4.2</string>"));
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeLink("Info.plist", file)), "1.4.2");
 }
 
 TEST(DriverVersionTest, IsReadAnewEachTime) {
   const TemporaryDirectory directory;
   const std::string path = directory.makeFile("Info.plist", xmlWithVersion("<string>1</string>"));
-  const auto before = halvoDriverVersionIn(path);
+  const auto before = halvoInstalledDriverVersion(path);
   directory.makeFile("Info.plist", xmlWithVersion("<string>2</string>"));
 
   EXPECT_EQ(before, "1");
-  EXPECT_EQ(halvoDriverVersionIn(path), "2");
+  EXPECT_EQ(halvoInstalledDriverVersion(path), "2");
 }
 
 }  // namespace

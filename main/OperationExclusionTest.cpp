@@ -130,7 +130,9 @@ class OperationExclusionTest : public testing::Test {
           .verifier = PkgVerifier(runner_),
       },
       std::make_shared<const AnyAuthorizer>(), true, tracker_,
-      OperationLogPaths{.install = directory_.path("install.log"), .uninstall = directory_.path("uninstall.log")});
+      OperationFiles{.installLog = directory_.path("install.log"),
+                     .uninstallLog = directory_.path("uninstall.log"),
+                     .driverPlist = directory_.path("Info.plist")});
 };
 
 constexpr const char* kTrusted = "halvo-helper: package trusted: Developer ID Installer: Halvo Audio (QX4TRM2ZL9)";

@@ -7,6 +7,7 @@
 #include "HalvoHelper/testing/RecordedSystemLog.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "main/InstalledDriver.h"
 #include "main/OperationLog.h"
 
 namespace halvo {
@@ -47,6 +48,37 @@ TEST_F(OperationLogFaultTest, AppendsToAFileThatAnotherOperationMadeMeanwhile) {
 
   EXPECT_THAT(contentsOf(path_), testing::StartsWith("earlier\n"));
   EXPECT_THAT(contentsOf(path_), EndsWith(": y\n"));
+}
+
+class DriverVersionFaultTest : public testing::Test {
+ protected:
+  TemporaryDirectory directory_;
+  std::string plist_ = directory_.makeFile(
+      "Info.plist", "<plist version=\"1.0\"><dict><key>CFBundleVersion</key><string>2</string></dict></plist>");
+};
+
+TEST_F(DriverVersionFaultTest, IsAbsentWhenTheFileCannotBeRead) {
+  const SystemCallFault broken("read", EIO);
+
+  EXPECT_EQ(halvoInstalledDriverVersion(plist_), std::nullopt);
+}
+
+TEST_F(DriverVersionFaultTest, IsAbsentWhenTheFileCanBeReadOnlyInPart) {
+  const SystemCallFault broken("read", EIO, 2, 2);
+
+  EXPECT_EQ(halvoInstalledDriverVersion(plist_), std::nullopt);
+}
+
+TEST_F(DriverVersionFaultTest, IsReadOnAfterAnInterruption) {
+  const SystemCallFault interrupted("read", EINTR, 1, 2);
+
+  EXPECT_EQ(halvoInstalledDriverVersion(plist_), "2");
+}
+
+TEST_F(DriverVersionFaultTest, IsAbsentWhenTheFileCannotBeJudged) {
+  const SystemCallFault unknown("fstat", EIO);
+
+  EXPECT_EQ(halvoInstalledDriverVersion(plist_), std::nullopt);
 }
 
 }  // namespace

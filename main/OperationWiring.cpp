@@ -11,7 +11,6 @@
 #include "HalvoHelper/removal/UninstallSequence.h"
 #include "HalvoHelper/service/HelperHandler.h"
 #include "HalvoHelper/system/LoginUsers.h"
-#include "main/InstalledDriver.h"
 #include "main/TeamIdentifier.h"
 #include "platform/ServiceRegistration.h"
 #include "platform/SystemLog.h"
@@ -27,15 +26,14 @@ constexpr std::int64_t kFinalRemovalDelayNanoseconds = 300 * static_cast<std::in
 }  // namespace
 
 OperationWiring::OperationWiring(SystemAdapters adapters, std::shared_ptr<const AdminAuthorizer> authorizer,
-                                 bool adminRightIsSound, std::shared_ptr<ActivityTracker> tracker,
-                                 OperationLogPaths logPaths)
+                                 bool adminRightIsSound, std::shared_ptr<ActivityTracker> tracker, OperationFiles files)
     : adapters_(std::move(adapters)),
       authorizer_(std::move(authorizer)),
       adminRightIsSound_(adminRightIsSound),
       tracker_(std::move(tracker)),
-      logPaths_(std::move(logPaths)),
-      installLog_(logPaths_.install),
-      uninstallLog_(logPaths_.uninstall) {}
+      files_(std::move(files)),
+      installLog_(files_.installLog),
+      uninstallLog_(files_.uninstallLog) {}
 
 std::shared_ptr<HalvoHelperProtocol> OperationWiring::makeHandler() const {
   const auto self = shared_from_this();
@@ -70,11 +68,11 @@ InstallResult OperationWiring::runInstall(const std::string& pkgPath, const std:
       .verifier = adapters_.verifier,
       .teamID = HALVO_TEAM_ID,
       .audio = adapters_.audio,
-      .installedDriverVersion = halvoInstalledDriverVersion,
+      .installedDriverVersion = [this] { return halvoInstalledDriverVersion(files_.driverPlist); },
       .pkgPath = pkgPath,
       .manifestJSON = manifestJSON,
       .activeGuiUids = [this] { return enumerateDomains(); },
-      .logPath = logPaths_.install,
+      .logPath = files_.installLog,
       .log = [this](const std::string& line) { installLog_.write(line); },
   };
   return sequence.run(acceptAudioInterruption);
@@ -89,7 +87,7 @@ UninstallResult OperationWiring::runUninstall(bool acceptAudioInterruption) cons
       .audio = adapters_.audio,
       .activeGuiUids = [this] { return enumerateDomains(); },
       .guiAppPath = kGuiAppPath,
-      .logPath = logPaths_.uninstall,
+      .logPath = files_.uninstallLog,
       .log = [this](const std::string& line) { uninstallLog_.write(line); },
   };
   return sequence.run(acceptAudioInterruption);

@@ -18,6 +18,7 @@
 #include "HalvoHelper/system/PrivilegedFS.h"
 #include "HalvoHelper/system/ProcessRunner.h"
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
+#include "main/InstalledDriver.h"
 #include "main/OperationLog.h"
 
 namespace halvo {
@@ -32,10 +33,11 @@ struct SystemAdapters {
   PkgVerifier verifier;
 };
 
-// Where the progress of operations is written; the clients are told these paths.
-struct OperationLogPaths {
-  std::string install = "/var/log/halvo-install.log";
-  std::string uninstall = "/var/log/halvo-uninstall.log";
+// Where the progress of operations is written, which the clients are told, and where the installed version stands.
+struct OperationFiles {
+  std::string installLog = "/var/log/halvo-install.log";
+  std::string uninstallLog = "/var/log/halvo-uninstall.log";
+  std::string driverPlist = kInstalledDriverPlist;
 };
 
 // Each operation builds a sequence for one call and drops it. Called from several connections' threads at once.
@@ -44,7 +46,7 @@ class OperationWiring : public std::enable_shared_from_this<OperationWiring> {
   // While `adminRightIsSound` is false every authorization is refused without asking `authorizer`: a right whose
   // definition is not ours proves nothing.
   OperationWiring(SystemAdapters adapters, std::shared_ptr<const AdminAuthorizer> authorizer, bool adminRightIsSound,
-                  std::shared_ptr<ActivityTracker> tracker, OperationLogPaths logPaths = {});
+                  std::shared_ptr<ActivityTracker> tracker, OperationFiles files = {});
 
   // A handler for one connection. It shares the ownership of this wiring.
   std::shared_ptr<HalvoHelperProtocol> makeHandler() const;
@@ -71,7 +73,7 @@ class OperationWiring : public std::enable_shared_from_this<OperationWiring> {
   const std::shared_ptr<const AdminAuthorizer> authorizer_;
   const bool adminRightIsSound_;
   const std::shared_ptr<ActivityTracker> tracker_;
-  const OperationLogPaths logPaths_;
+  const OperationFiles files_;
   const OperationLog installLog_;
   const OperationLog uninstallLog_;
   mutable std::mutex operation_;  // held for the whole of an operation that changes the machine

@@ -20,9 +20,10 @@ using testing::Not;
 
 class OperationWiringTest : public WiringBench {};
 
-TEST(OperationLogPathsTest, AreThoseThatSupportAsksFor) {
-  EXPECT_EQ(OperationLogPaths().install, "/var/log/halvo-install.log");
-  EXPECT_EQ(OperationLogPaths().uninstall, "/var/log/halvo-uninstall.log");
+TEST(OperationFilesTest, AreThoseThatSupportAsksForAndTheInstalledDriversOwn) {
+  EXPECT_EQ(OperationFiles().installLog, "/var/log/halvo-install.log");
+  EXPECT_EQ(OperationFiles().uninstallLog, "/var/log/halvo-uninstall.log");
+  EXPECT_EQ(OperationFiles().driverPlist, "/Library/Audio/Plug-Ins/HAL/Halvo.driver/Contents/Info.plist");
 }
 
 // Authorization.
@@ -103,6 +104,15 @@ TEST_F(OperationWiringTest, InstallsOverRunningAudioWhenThatWasAccepted) {
 
   EXPECT_EQ(wiring()->runInstall("/tmp/a.pkg", "{}", true),
             InstallResult(InstallOk{{"driver", "broker", "daemon_agent"}}));
+}
+
+TEST_F(OperationWiringTest, ComparesTheVersionOfTheInstalledDriverWithThatOfTheManifest) {
+  directory_.makeFile("Info.plist",
+                      "<plist version=\"1.0\"><dict><key>CFBundleVersion</key><string>2.10</string></dict></plist>");
+  runner_->replies = {{0, std::string(kGoodSignatureReport)}};
+
+  EXPECT_EQ(wiring()->runInstall("/tmp/a.pkg", R"({"driver_version":"2.9"})", true),
+            InstallResult(InstallDowngrade{"2.10", "2.9"}));
 }
 
 TEST_F(OperationWiringTest, TellsWhereTheLogOfAFailedInstallIs) {

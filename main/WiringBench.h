@@ -46,7 +46,9 @@ class WiringBench : public testing::Test {
             .verifier = PkgVerifier(runner_),
         },
         authorizer_, adminRightIsSound, tracker_,
-        OperationLogPaths{.install = directory_.path("install.log"), .uninstall = directory_.path("uninstall.log")});
+        OperationFiles{.installLog = directory_.path("install.log"),
+                       .uninstallLog = directory_.path("uninstall.log"),
+                       .driverPlist = directory_.path("Info.plist")});
   }
 
   const std::vector<std::string>& calls() const { return recorder_->calls; }
