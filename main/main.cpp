@@ -3,12 +3,10 @@
 // right was written and judged.
 #include <dispatch/dispatch.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 
-#include "HalvoHelper/security/AdminRight.h"
 #include "HalvoHelper/security/RealAdminAuthorizer.h"
 #include "HalvoHelper/security/SecCodeClientValidator.h"
 #include "HalvoHelper/service/ActivityTracker.h"
@@ -17,6 +15,7 @@
 #include "HalvoHelper/system/RealPrivilegedFS.h"
 #include "HalvoHelper/system/RealProcessRunner.h"
 #include "HalvoHelperXPC/Constants.h"
+#include "main/AdminRightSetUp.h"
 #include "main/HelperService.h"
 #include "main/IdleTimer.h"
 #include "main/OperationWiring.h"
@@ -39,16 +38,6 @@ SystemAdapters makeAdapters() {
   };
 }
 
-// Writes the administrator right, reads it back, and answers whether what the database holds now is sound.
-bool registerAdminRight() {
-  const std::int32_t status = halvoRegisterAdminRight();
-  const auto definition = halvoReadAdminRight();
-  const bool sound = definition && halvoAdminRightIsSound(*definition);
-  halvoSystemLog("halvo-helper: admin right " + std::string(kHalvoAdminRight) +
-                 " registered status=" + std::to_string(status) + " sound=" + (sound ? "1" : "0"));
-  return sound;
-}
-
 // Publishes the service. The listener lives as long as the process.
 void startListener(std::shared_ptr<HelperService> service) {
   static const auto listener = ServiceListener::forMachService(std::string(kHalvoHelperMachService));
@@ -66,7 +55,7 @@ int main() {
   halvoPutInheritedStateInOrder();
   const std::string requirement = halvoClientCodeRequirement(HALVO_TEAM_ID, "com.halvo.app");
   SystemAdapters adapters = makeAdapters();
-  const bool adminRightIsSound = registerAdminRight();
+  const bool adminRightIsSound = halvoSetUpAdminRight();
   const auto authorizer = std::make_shared<const RealAdminAuthorizer>();
   const auto tracker = std::make_shared<ActivityTracker>();
   halvoArmIdleTimer(tracker);
