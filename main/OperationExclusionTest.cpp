@@ -128,6 +128,9 @@ class OperationExclusionTest : public testing::Test {
           .audio = AudioActivity(std::make_shared<const SilentAudio>()),
           .installer = Installer(runner_),
           .verifier = PkgVerifier(runner_),
+          .ending = {.runAfter = [](std::chrono::nanoseconds, const std::function<void()>& work) { work(); },
+                     .unregister = [](std::string_view) { return std::optional<std::string>(); },
+                     .exit = [] {}},
       },
       std::make_shared<const AnyAuthorizer>(), true, tracker_,
       OperationFiles{.installLog = directory_.path("install.log"),
@@ -202,7 +205,12 @@ INSTANTIATE_TEST_SUITE_P(
                     SecondRow{"BundleRemoval",
                               [](const OperationWiring& wiring) { wiring.removeAppBundle("Halvo.app"); },
                               {},
-                              {"halvo-helper: refused to remove non-Halvo path Halvo.app"}}),
+                              {"halvo-helper: refused to remove non-Halvo path Halvo.app"}},
+                    SecondRow{"FinalRemoval",
+                              [](const OperationWiring& wiring) { wiring.finalizeRemoval(); },
+                              {},
+                              {"halvo-helper: finalized, booting out com.halvo.helper",
+                               "halvo-helper: bootout returned 0, exiting"}}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(OperationExclusionTest, PingAndListingDoNotWaitForAnInstall) {

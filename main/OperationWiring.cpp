@@ -1,8 +1,5 @@
 #include "main/OperationWiring.h"
 
-#include <dispatch/dispatch.h>
-
-#include <cstdlib>
 #include <utility>
 
 #include "HalvoHelper/install/InstallSequence.h"
@@ -12,7 +9,6 @@
 #include "HalvoHelper/service/HelperHandler.h"
 #include "HalvoHelper/system/LoginUsers.h"
 #include "main/TeamIdentifier.h"
-#include "platform/ServiceRegistration.h"
 #include "platform/SystemLog.h"
 
 namespace halvo {
@@ -21,7 +17,7 @@ namespace {
 constexpr const char* kGuiAppPath = "/Applications/Halvo.app";
 
 // Long enough for the answer to reach the client before the connection ends with the process.
-constexpr std::int64_t kFinalRemovalDelayNanoseconds = 300 * static_cast<std::int64_t>(NSEC_PER_MSEC);
+constexpr std::chrono::milliseconds kFinalRemovalDelay(300);
 
 }  // namespace
 
@@ -99,22 +95,14 @@ bool OperationWiring::removeAppBundle(const std::string& path) const {
 }
 
 void OperationWiring::finalizeRemoval() const {
-  // The queue takes a plain pointer: this owner keeps the wiring alive until the work has run.
-  auto owner = std::make_unique<std::shared_ptr<const OperationWiring>>(shared_from_this());
-  dispatch_after_f(dispatch_time(DISPATCH_TIME_NOW, kFinalRemovalDelayNanoseconds), dispatch_get_main_queue(),
-                   owner.release(), [](void* context) {
-                     const std::unique_ptr<std::shared_ptr<const OperationWiring>> kept(
-                         static_cast<std::shared_ptr<const OperationWiring>*>(context));
-                     (*kept)->removeHelper();
-                   });
+  adapters_.ending.runAfter(kFinalRemovalDelay, [self = shared_from_this()] { self->removeHelper(); });
 }
 
 void OperationWiring::removeHelper() const {
   // Waits for an operation that is still running, and keeps the lock: nothing may begin that would be cut off.
   const std::scoped_lock oneAtATime(operation_);
-  halvoFinalizeRemoval([] { return halvoUnregisterDaemon(kHelperPlistName); }, adapters_.launchctl, halvoSystemLog,
-                       // Not std::exit: connection threads are still running, and nothing needs to be torn down.
-                       [] { std::_Exit(EXIT_SUCCESS); });
+  halvoFinalizeRemoval([this] { return adapters_.ending.unregister(kHelperPlistName); }, adapters_.launchctl,
+                       halvoSystemLog, adapters_.ending.exit);
 }
 
 }  // namespace halvo

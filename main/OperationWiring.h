@@ -1,10 +1,14 @@
 // Turns the process-wide adapters into the operations that a connection's handler runs.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "HalvoHelper/install/InstallResult.h"
@@ -19,9 +23,18 @@
 #include "HalvoHelper/system/ProcessRunner.h"
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #include "main/InstalledDriver.h"
+#include "main/MainQueue.h"
 #include "main/OperationLog.h"
+#include "platform/ServiceRegistration.h"
 
 namespace halvo {
+
+// What the helper's own end takes.
+struct HelperEnding {
+  std::function<void(std::chrono::nanoseconds, std::function<void()>)> runAfter = halvoRunOnMainQueueAfter;
+  std::function<std::optional<std::string>(std::string_view)> unregister = halvoUnregisterDaemon;
+  std::function<void()> exit = halvoEndProcess;
+};
 
 // The adapters that every operation is built from; made once, shared by all.
 struct SystemAdapters {
@@ -31,6 +44,7 @@ struct SystemAdapters {
   AudioActivity audio;
   Installer installer;
   PkgVerifier verifier;
+  HelperEnding ending = {};
 };
 
 // Where the progress of operations is written, which the clients are told, and where the installed version stands.

@@ -104,5 +104,17 @@ TEST_F(WiredHandlerTest, HandlerInstallsWithTheArgumentsOfTheClient) {
   EXPECT_THAT(calls(), Contains("stageFile /tmp/b.pkg -> /var/db/halvo/install-staging/incoming.pkg"));
 }
 
+TEST_F(WiredHandlerTest, HandlerAnswersWhetherTheBundleIsGone) {
+  Replies replies;
+  const std::string bundle = directory_.makeDirectory("Halvo.app");
+  fs_->present = {bundle + "/Contents/MacOS/halvo-app"};
+
+  wiring()->makeHandler()->removeAppBundle(kBlob, bundle, replies.boolean());
+  wiring()->makeHandler()->removeAppBundle(kBlob, "/Applications/Other.app", replies.boolean());
+
+  EXPECT_THAT(replies.given, ElementsAre("true", "false"));
+  EXPECT_THAT(calls(), Contains("removeTree " + bundle));
+}
+
 }  // namespace
 }  // namespace halvo

@@ -3,10 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "HalvoHelper/testing/FakeClock.h"
@@ -44,6 +49,7 @@ class WiringBench : public testing::Test {
             .audio = AudioActivity(audio_),
             .installer = Installer(runner_),
             .verifier = PkgVerifier(runner_),
+            .ending = ending(),
         },
         authorizer_, adminRightIsSound, tracker_,
         OperationFiles{.installLog = directory_.path("install.log"),
@@ -55,6 +61,8 @@ class WiringBench : public testing::Test {
   std::string installLog() const { return contentsOf(directory_.path("install.log")); }
 
   RecordedSystemLog systemLog_;
+  std::vector<std::function<void()>> laterWork_;  // what the main queue would run
+  std::optional<std::string> unregisterFailure_;
   TemporaryDirectory directory_;
   std::shared_ptr<CallRecorder> recorder_ = std::make_shared<CallRecorder>();
   std::shared_ptr<ScriptedProcessRunner> runner_ = std::make_shared<ScriptedProcessRunner>(recorder_);
@@ -62,6 +70,22 @@ class WiringBench : public testing::Test {
   std::shared_ptr<FixedAudioDevices> audio_ = std::make_shared<FixedAudioDevices>(std::vector<bool>(), recorder_);
   std::shared_ptr<ScriptedAuthorizer> authorizer_ = std::make_shared<ScriptedAuthorizer>();
   std::shared_ptr<ActivityTracker> tracker_ = std::make_shared<ActivityTracker>(FakeClock().reader());
+
+ private:
+  // Notes each step and ends nothing.
+  HelperEnding ending() {
+    return {.runAfter =
+                [this](std::chrono::nanoseconds delay, std::function<void()> work) {
+                  recorder_->calls.push_back("after " + std::to_string(delay / std::chrono::milliseconds(1)) + " ms");
+                  laterWork_.push_back(std::move(work));
+                },
+            .unregister =
+                [this](std::string_view plistName) {
+                  recorder_->calls.push_back("unregister " + std::string(plistName));
+                  return unregisterFailure_;
+                },
+            .exit = [this] { recorder_->calls.emplace_back("exit"); }};
+  }
 };
 
 }  // namespace halvo
