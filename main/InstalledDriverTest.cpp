@@ -86,19 +86,18 @@ TEST(DriverVersionTest, IsAbsentBehindADanglingLink) {
   EXPECT_EQ(halvoInstalledDriverVersion(directory.makeLink("Info.plist", directory.path("gone"))), std::nullopt);
 }
 
-TEST(DriverVersionTest, IsFoundAtTheEndOfALongFile) {
-  const TemporaryDirectory directory;
-  const std::string filler = "<key>a</key><string>" + std::string(200'000, 'x') + "</string>";
-
-  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile(
-                "Info.plist", xml("<dict>" + filler + "<key>CFBundleVersion</key><string>1.4.2</string></dict>"))),
-            "1.4.2");
+std::string withFiller(std::size_t bytes) {
+  return xml("<dict><key>a</key><string>" + std::string(bytes, 'x') +
+             "</string><key>CFBundleVersion</key><string>1.4.2</string></dict>");
 }
 
 // A property list of exactly that many bytes.
-std::string listOfSize(std::size_t bytes) {
-  const std::string list = xmlWithVersion("<string>1.4.2</string>");
-  return list + std::string(bytes - list.size(), '\n');
+std::string listOfSize(std::size_t bytes) { return withFiller(bytes - withFiller(0).size()); }
+
+TEST(DriverVersionTest, IsFoundAtTheEndOfALongFile) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile("Info.plist", withFiller(200'000))), "1.4.2");
 }
 
 TEST(DriverVersionTest, IsReadFromSixteenMebibytes) {

@@ -29,7 +29,7 @@
 
 namespace halvo {
 
-// What the helper's own end takes.
+// What the helper does, beside booting its job out, when it takes itself away: wait, withdraw its registration, exit.
 struct HelperEnding {
   std::function<void(std::chrono::nanoseconds, std::function<void()>)> runAfter = halvoRunOnMainQueueAfter;
   std::function<std::optional<std::string>(std::string_view)> unregister = halvoUnregisterDaemon;

@@ -108,6 +108,24 @@ TEST_F(BundleScenario, AFileThatTheSystemLocksStaysWithTheFoldersAroundItAndTheA
   EXPECT_EQ(mac().readFile("/Users/user501/Halvo.appendix"), "outside");
 }
 
+TEST_F(BundleScenario, AFolderInPlaceOfAnExecutableMarksABundle) {
+  std::filesystem::create_directories(mac().path("/Users/user501/Halvo.app/Contents/MacOS/halvo-daemon"));
+
+  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "true");
+
+  EXPECT_FALSE(stands("/Users/user501/Halvo.app"));
+}
+
+TEST_F(BundleScenario, ALinkToNowhereInPlaceOfAnExecutableDoesNot) {
+  const std::filesystem::path programs = mac().path("/Users/user501") / "Halvo.app/Contents/MacOS";
+  std::filesystem::create_directories(programs);
+  std::filesystem::create_symlink("/gone", programs / "halvo-daemon");
+
+  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "false");
+
+  EXPECT_TRUE(stands("/Users/user501/Halvo.app/Contents/MacOS"));
+}
+
 TEST_F(BundleScenario, WithoutAGrantTheApplicationStays) {
   EXPECT_EQ(reply({"remove-bundle", "/Applications/Halvo.app", "--without-grant"}), "false");
   EXPECT_EQ(reply({"legacy", "remove-bundle", "/Applications/Halvo.app"}), "false");

@@ -1,4 +1,5 @@
 // The helper takes itself away.
+#include <algorithm>
 #include <chrono>
 
 #include "tests/RemovalScenario.h"
@@ -8,6 +9,8 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::IsSupersetOf;
+using testing::StartsWith;
 
 class FinalRemovalScenario : public RemovalScenario {
  protected:
@@ -97,6 +100,42 @@ TEST_F(FinalRemovalScenario, ARunningInstallIsCompletedFirst) {
 
   EXPECT_EQ(install.get().out, std::string(kInstalledReply) + "\n");
   EXPECT_TRUE(waitUntil([&] { return helperIsGone(); }));
+}
+
+TEST_F(FinalRemovalScenario, AskedTwiceBeforeTheDelayIsOverItIsDoneOnce) {
+  mac().writeState("clock-rate", "0.1\n");
+  start();
+
+  EXPECT_EQ(reply({"finalize"}), "true");
+  EXPECT_EQ(reply({"finalize"}), "true");
+
+  EXPECT_TRUE(waitUntil([&] { return helperIsGone(); }));
+  EXPECT_EQ(std::ranges::count(helperLog(), "halvo-helper: finalized, booting out com.halvo.helper"), 1);
+}
+
+TEST_F(FinalRemovalScenario, AFailingUnregistrationIsLoggedAndTheHelperIsBootedOut) {
+  start();
+  machine.app({"ping"});
+  mac().writeState("registered-services", "");
+
+  EXPECT_EQ(reply({"finalize"}), "true");
+
+  EXPECT_TRUE(waitUntil([&] { return helperIsGone(); }));
+  EXPECT_THAT(helperLog(), IsSupersetOf({StartsWith("halvo-helper: SMAppService unregister failed: "),
+                                         StartsWith("halvo-helper: finalized, booting out com.halvo.helper")}));
+}
+
+TEST_F(FinalRemovalScenario, TheHelperEndsItselfWhenLaunchdDoesNot) {
+  start();
+  machine.app({"ping"});
+  mac().writeState("registered-services", "");
+  mac().writeState("faults/launchctl", "5\n");
+
+  EXPECT_EQ(reply({"finalize"}), "true");
+
+  EXPECT_TRUE(waitUntil([&] { return !machine.helperProcess().has_value(); }));
+  EXPECT_EQ(machine.job("system", "com.halvo.helper")->lastExitStatus, 0);
+  EXPECT_EQ(helperLog().back(), "halvo-helper: bootout returned 5, exiting");
 }
 
 TEST_F(FinalRemovalScenario, WithoutAGrantTheHelperStays) {

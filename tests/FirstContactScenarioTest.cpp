@@ -1,4 +1,11 @@
 // From nothing running to the first answers, and back to nothing running.
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "tests/Scenario.h"
 
 namespace halvo::sim {
@@ -6,6 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 using FirstContactScenario = Scenario;
 
@@ -27,10 +35,32 @@ TEST_F(FirstContactScenario, TheFirstRequestStartsTheHelperAndIsAnswered) {
 TEST_F(FirstContactScenario, TheStartIsLoggedLineByLine) {
   start();
   machine.app({"ping"});
+  // The second line is written when the listener serves already.
+  ASSERT_TRUE(waitUntil([&] { return helperLog().size() >= 2; }));
 
   EXPECT_THAT(helperLog(),
               ElementsAre("halvo-helper: admin right com.halvo.helper.manage-system registered status=0 sound=1",
                           "halvo-helper: XPC listener up on com.halvo.helper (v6)"));
+}
+
+TEST_F(FirstContactScenario, NobodyIsServedBeforeTheRightIsInOrder) {
+  const std::filesystem::path faults = mac().path("/sim/faults/authorization");
+  std::filesystem::create_directories(faults.parent_path());
+  ASSERT_EQ(::mkfifo(faults.c_str(), 0644), 0);
+  start();
+  auto ping = machine.appAsync({"ping"});
+  // Whoever writes the right reads this file first, and waits there for as long as it is open for writing.
+  UniqueDescriptor held;
+  ASSERT_TRUE(waitUntil([&] {
+    held = UniqueDescriptor(::open(faults.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    return held.valid();
+  }));
+
+  EXPECT_THAT(helperLog(), IsEmpty());
+
+  mac().writeState("faults/authorization", "");
+  held.close();
+  EXPECT_EQ(ping.get().out, std::string(kPingReply) + "\n");
 }
 
 TEST_F(FirstContactScenario, OneHelperServesManyConnections) {
@@ -74,6 +104,36 @@ TEST_F(FirstContactScenario, AWeakRightThatCannotBeRepairedRefusesEveryOperation
   EXPECT_EQ(reply({"ping"}), kPingReply);
   EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kUnauthorizedReply);
   EXPECT_THAT(helperLog(), testing::Contains(HasSubstr("registered status=-60005 sound=0")));
+}
+
+TEST_F(FirstContactScenario, ARightThatIsSoundAlreadyServesThoughItCannotBeWrittenAgain) {
+  start();
+  machine.app({"ping"});
+  mac().stop();
+  mac().writeState("faults/authorization", "right-set -60005\n");
+  start();
+
+  EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kInstalledReply);
+  EXPECT_THAT(helperLog(), testing::Contains(HasSubstr("registered status=-60005 sound=1")));
+}
+
+TEST_F(FirstContactScenario, ARightThatWasWrittenAndCannotBeReadBackRefusesEveryOperation) {
+  mac().writeState("faults/authorization", "right-get -60005\n");
+  start();
+
+  EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kUnauthorizedReply);
+  EXPECT_THAT(helperLog(), testing::Contains(HasSubstr("registered status=0 sound=0")));
+}
+
+TEST_F(FirstContactScenario, TheHelperStaysForAMinuteAfterARequest) {
+  mac().writeState("clock-rate", "60\n");
+  start();
+  const auto before = std::chrono::steady_clock::now();
+  machine.app({"ping"});
+
+  ASSERT_TRUE(waitUntil([&] { return !machine.helperProcess().has_value(); }));
+
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
 }
 
 TEST_F(FirstContactScenario, AfterAMinuteOfIdlenessTheHelperExitsAndTheNextRequestStartsItAgain) {
