@@ -68,6 +68,11 @@ if(NOT APPLE)
     testing/SignedProcess.cpp)
 endif()
 
+# A Mac's file system takes no name that is not UTF-8.
+if(NOT APPLE)
+  list(APPEND tests system/IllFormedFileNamesTest.cpp)
+endif()
+
 # Property tests, where their library is at hand: it is packaged for Linux only.
 if(APPLE)
   find_package(rapidcheck QUIET)
@@ -76,7 +81,7 @@ else()
 endif()
 set(libraries HalvoHelper)
 if(rapidcheck_FOUND)
-  list(APPEND tests security/PkgTrustPropertyTest.cpp)
+  list(APPEND tests security/PkgSignaturePropertyTest.cpp security/PkgTrustPropertyTest.cpp)
   list(APPEND libraries rapidcheck)
 endif()
 

@@ -23,7 +23,7 @@ extern "C" void farewell(int /*signal*/) {
 void endWithStatusOnInterrupt() {
   struct sigaction action {};
   action.sa_handler = farewell;
-  ::sigemptyset(&action.sa_mask);
+  sigemptyset(&action.sa_mask);
   ::sigaction(SIGINT, &action, nullptr);
 }
 

@@ -146,12 +146,12 @@ TEST_F(InstallSequenceTest, WithNobodyLoggedInOnlyTheAudioDaemonIsReported) {
 
 TEST_F(InstallSequenceTest, FailingRestartsAreReportedAndChangeNothing) {
   bench_.runner->replies.insert(bench_.runner->replies.end(),
-                                {{.code = 0, .output = ""},                      // installer
-                                 {.code = 3, .output = ""},                      // broker out
-                                 {.code = 5, .output = ""},                      // broker in
-                                 {.code = 1, .output = ""},                      // audio daemon
-                                 {.code = -1, .output = "spawn failed: no"},     // agent of 501
-                                 {.code = 125, .output = "domain not found"}});  // agent of 502
+                                {ProcessResult{.code = 0, .output = ""},                      // installer
+                                 ProcessResult{.code = 3, .output = ""},                      // broker out
+                                 ProcessResult{.code = 5, .output = ""},                      // broker in
+                                 ProcessResult{.code = 1, .output = ""},                      // audio daemon
+                                 ProcessResult{.code = -1, .output = "spawn failed: no"},     // agent of 501
+                                 ProcessResult{.code = 125, .output = "domain not found"}});  // agent of 502
   bench_.guiUids = {501, 502};
 
   EXPECT_EQ(bench_.run(), kOk);
@@ -171,8 +171,9 @@ TEST_F(InstallSequenceTest, AnInstallerThatCannotBeStartedIsRolledBackToo) {
 }
 
 TEST_F(InstallSequenceTest, AFailingBrokerRestartDoesNotChangeARollback) {
-  bench_.runner->replies.insert(bench_.runner->replies.end(),
-                                {{.code = 1, .output = ""}, {.code = 3, .output = ""}, {.code = 5, .output = ""}});
+  bench_.runner->replies.insert(bench_.runner->replies.end(), {ProcessResult{.code = 1, .output = ""},    // installer
+                                                               ProcessResult{.code = 3, .output = ""},    // broker out
+                                                               ProcessResult{.code = 5, .output = ""}});  // broker in
 
   EXPECT_EQ(bench_.run(), InstallResult(InstallRolledBack{"/var/log/halvo-install.log"}));
 }

@@ -6,8 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include "HalvoHelper/security/PkgSignature.h"
 #include "HalvoHelper/security/PkgTrust.h"
 #include "HalvoHelper/testing/GoodSignature.h"
+#include "HalvoHelper/testing/SignatureReports.h"
 
 namespace halvo {
 namespace {
@@ -67,6 +69,20 @@ RC_GTEST_PROP(PkgTrustProperty, IsTrustedExactlyWhenEveryConditionHolds, ()) {
 
   RC_CLASSIFY(trusted, "trusted");
   RC_ASSERT(trusted == trustedByTheRules(signature));
+}
+
+std::string reportWithAnotherRoot() {
+  std::string report(kGoodSignatureReport);
+  return report.replace(report.find("B0 B1"), 5, "B0 B2");
+}
+
+RC_GTEST_PROP(JudgedReportProperty, OneChangedByteNeverMakesABadReportGood, ()) {
+  const auto at = *rc::gen::inRange<std::size_t>(0, kGoodSignatureReport.size());
+  std::string report = reportWithAnotherRoot();
+  report[at] = *rc::gen::arbitrary<char>();
+  RC_PRE(report != kGoodSignatureReport);
+
+  RC_ASSERT(!std::holds_alternative<Trusted>(halvoCheckPkgTrust(halvoParsePkgSignature(report), kTeam)));
 }
 
 }  // namespace

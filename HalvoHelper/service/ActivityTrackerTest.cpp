@@ -148,12 +148,12 @@ TEST(ActivityTrackerTest, KeepsItsCountUnderManyThreads) {
   const FakeClock clock;
   ActivityTracker tracker(clock.reader());
   std::atomic<int> idleSeen = 0;
-  std::vector<std::jthread> threads;
+  std::vector<std::thread> threads;
   tracker.begin();
 
   std::generate_n(std::back_inserter(threads), 8,
-                  [&] { return std::jthread([&] { idleSeen += callsSeenIdle(tracker); }); });
-  threads.clear();
+                  [&] { return std::thread([&] { idleSeen += callsSeenIdle(tracker); }); });
+  std::ranges::for_each(threads, &std::thread::join);
 
   EXPECT_EQ(idleSeen, 0);
   EXPECT_FALSE(tracker.isIdle(0.0));

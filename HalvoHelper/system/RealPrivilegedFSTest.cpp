@@ -122,9 +122,9 @@ TEST_F(RealPrivilegedFSTest, EntriesThroughALinkAreThoseOfItsTarget) {
 
 TEST_F(RealPrivilegedFSTest, OddNamesAreGivenAsTheyAre) {
   directory_.makeFile("odd/ a\n\"b\" ");
-  directory_.makeFile("odd/\xC3\xA9\xFF");
+  directory_.makeFile("odd/\xC3\xA9");
 
-  EXPECT_THAT(fs_.entries(directory_.path("odd")), UnorderedElementsAre(" a\n\"b\" ", "\xC3\xA9\xFF"));
+  EXPECT_THAT(fs_.entries(directory_.path("odd")), UnorderedElementsAre(" a\n\"b\" ", "\xC3\xA9"));
 }
 
 TEST_F(RealPrivilegedFSTest, WhatCannotBeListedHasNoEntries) {
