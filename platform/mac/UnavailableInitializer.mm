@@ -2,10 +2,14 @@
 
 #include <cstdlib>
 
+#include "platform/SystemLog.h"
+#import "platform/mac/FoundationText.h"
+
 namespace halvo {
 
 void stopAtUnavailableInitializer(Class type) {
-  NSLog(@"halvo-helper: use of unimplemented initializer 'init()' for class '%@'", NSStringFromClass(type));
+  halvoSystemLog("halvo-helper: use of unimplemented initializer 'init()' for class '" +
+                 textFromFoundation(NSStringFromClass(type)) + "'");
   std::abort();
 }
 

@@ -7,7 +7,7 @@ set(HALVO_MAC_PLATFORM_SOURCES
   JSONNesting.cpp
   PropertyListContainers.cpp
   SMServiceRegistration.mm
-  SystemLog.mm
+  SystemLog.cpp
   SystemUptime.cpp
   UnicodeText.cpp)
 

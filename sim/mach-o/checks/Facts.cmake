@@ -4,6 +4,7 @@
 set(headers
   CoreFoundation/CoreFoundation.h Security/Security.h CoreAudio/CoreAudio.h dispatch/dispatch.h mach/message.h
   bsm/libbsm.h copyfile.h spawn.h sys/attr.h sys/stat.h unistd.h)
+  bsm/libbsm.h copyfile.h os/log.h spawn.h)
 set(text "#include <signal.h>\n#include <stdint.h>\n#include <sys/types.h>\n\n#include <type_traits>\n\n")
 foreach(header ${headers})
   string(APPEND text "#include <${header}>\n")
@@ -47,16 +48,17 @@ foreach(file ${files})
     string(REGEX REPLACE "//.*$" "" line "${line}")
     if(line MATCHES "^#define (k[A-Z]|err[A-Z]|COPYFILE_|POSIX_SPAWN_|ATTR_|[US]F_|[NUM]SEC_PER|DISPATCH_TIME)([A-Za-z0-9_]*) ")
       list(APPEND declared "${CMAKE_MATCH_1}${CMAKE_MATCH_2}")
-    elseif(line MATCHES "(^|[^A-Za-z0-9_])((k|err)[A-Z][A-Za-z0-9]+) *(=|;)")
+    elseif(line MATCHES "(^|[^A-Za-z0-9_])((k|err)[A-Z][A-Za-z0-9]+|OS_LOG_TYPE_[A-Z]+) *(=|;)")
       list(APPEND declared "${CMAKE_MATCH_2}")
     elseif(line MATCHES "(^|[ *])((CF|Sec|Authorization|AudioObject)[A-Z][A-Za-z]+|(dispatch_|posix_spawn|audit_token_to_)[a-z_0-9]*|copyfile|fchflags|fgetattrlist)\\(")
+    elseif(line MATCHES "(^|[ *])((CF|Sec|Authorization|AudioObject)[A-Z][A-Za-z]+|(dispatch_|posix_spawn|audit_token_to_|_?os_log_)[a-z_0-9]*|copyfile)\\(")
       list(APPEND declared "${CMAKE_MATCH_2}")
     endif()
   endforeach()
 endforeach()
 list(REMOVE_DUPLICATES declared)
-# A null pointer under another name and a macro around a literal: neither has a value or a type to compare.
-list(REMOVE_ITEM declared kAuthorizationEmptyEnvironment CFSTR)
+# A null pointer under another name and macros around a literal: none has a value or a type to compare.
+list(REMOVE_ITEM declared kAuthorizationEmptyEnvironment CFSTR os_log_with_type)
 list(LENGTH declared count)
 if(count LESS 150)
   message(FATAL_ERROR "${INCLUDE}: only ${count} declarations were found")

@@ -12,7 +12,6 @@
 #define NS_ASSUME_NONNULL_END _Pragma("clang assume_nonnull end")
 #define NS_DESIGNATED_INITIALIZER __attribute__((objc_designated_initializer))
 #define NS_UNAVAILABLE __attribute__((unavailable))
-#define NS_FORMAT_FUNCTION(F, A) __attribute__((format(__NSString__, F, A)))
 #define NS_REQUIRES_NIL_TERMINATION __attribute__((sentinel))
 
 // BOOL is another type on each processor.
@@ -195,7 +194,6 @@ enum : NSInteger {
 @end
 
 extern "C" {
-void NSLog(NSString* format, ...) NS_FORMAT_FUNCTION(1, 2);
 NSString* NSStringFromClass(Class aClass);
 SEL NSSelectorFromString(NSString* name);
 }

@@ -11,6 +11,7 @@ namespace halvo::sim {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 TEST(SystemLogTest, ALineIsOneEntry) {
@@ -35,6 +36,22 @@ TEST(SystemLogTest, IllFormedTextIsShownWithReplacementCharacters) {
   halvoSystemLog("leaf \xFF");
 
   EXPECT_THAT(log.lines(), ElementsAre("leaf \xEF\xBF\xBD"));
+}
+
+TEST(SystemLogTest, ANulHidesNothingBehindIt) {
+  const LogCapture log;
+
+  halvoSystemLog(std::string_view("rejected\0 pid=12", 16));
+
+  EXPECT_THAT(log.lines(), ElementsAre("rejected\xEF\xBF\xBD pid=12"));
+}
+
+TEST(SystemLogTest, AnEmptyLineIsDropped) {
+  const LogCapture log;
+
+  halvoSystemLog("");
+
+  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST(SystemLogTest, NonASCIITextIsKept) {
