@@ -1,6 +1,5 @@
 # What is looked at besides compiling and linking: the protocol's metadata, the imports, the static analyzer's and
 # clang-tidy's findings in the Objective-C++ files.
-find_package(GTest REQUIRED)
 include(GoogleTest)
 
 foreach(arch arm64 x86_64)
@@ -25,13 +24,12 @@ target_link_libraries(halvo_macho_test PRIVATE GTest::gmock GTest::gtest_main)
 gtest_discover_tests(halvo_macho_test NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60)
 
 foreach(program ${programs})
-  set(linked "")
   foreach(arch arm64 x86_64)
-    list(APPEND linked "${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}")
+    add_test(NAME MachO.ImportsAreTheReviewedOnes/${program}/${arch}
+      COMMAND "${CMAKE_COMMAND}" "-DNM=${MACHO_NM}" "-DIMPORTS=${CMAKE_CURRENT_SOURCE_DIR}/${program}.imports"
+              "-DPROGRAM=${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}" -DARCH=${arch}
+              -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/CompareImports.cmake")
   endforeach()
-  add_test(NAME MachO.ImportsAreTheReviewedOnes/${program}
-    COMMAND "${CMAKE_COMMAND}" "-DNM=${MACHO_NM}" "-DIMPORTS=${CMAKE_CURRENT_SOURCE_DIR}/${program}.imports"
-            "-DPROGRAMS=${linked}" -P "${CMAKE_CURRENT_SOURCE_DIR}/checks/CompareImports.cmake")
 endforeach()
 
 # The simulated frameworks against the facts about the real ones. The first test writes what the others compile.

@@ -20,8 +20,9 @@ exports:
 ")
 endfunction()
 
-# A list of imports: a line "@Library" opens those of a library, one symbol a line follows; '#' starts a comment.
-function(macho_write_stubs result program)
+# A list of imports: a line "@Library" opens those of a library, one symbol a line follows, with the processor behind it
+# if the other one does not use it; '#' starts a comment.
+function(macho_write_stubs result program arch)
   set(imports "${CMAKE_CURRENT_SOURCE_DIR}/${program}.imports")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${imports}")
   file(STRINGS "${imports}" lines REGEX "^[^#]")
@@ -30,13 +31,13 @@ function(macho_write_stubs result program)
     if(line MATCHES "^@(.*)$")
       set(library "${CMAKE_MATCH_1}")
       list(APPEND libraries ${library})
-    else()
-      list(APPEND "symbols_of_${library}" "${line}")
+    elseif(line MATCHES "^([^ ]+)( ${arch})?$")
+      list(APPEND "symbols_of_${library}" "${CMAKE_MATCH_1}")
     endif()
   endforeach()
   set(stubs "")
   foreach(library ${libraries})
-    set(stub "${GENERATED}/stubs/${program}/${library}.tbd")
+    set(stub "${GENERATED}/stubs/${program}/${arch}/${library}.tbd")
     macho_write_stub("${stub}" ${library} "${symbols_of_${library}}")
     list(APPEND stubs "${stub}")
   endforeach()
@@ -59,7 +60,7 @@ macho_write_stub("${CXX_STUB}" libc++ "${cxx_symbols}")
 # Usage: macho_link(<program> <arch> OBJECTS <object>... LIBRARY <object>...); those of the library go in when needed.
 function(macho_link program arch)
   cmake_parse_arguments(ARG "" "" "OBJECTS;LIBRARY" ${ARGN})
-  macho_write_stubs(stubs ${program})
+  macho_write_stubs(stubs ${program} ${arch})
   set(output "${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}")
   add_custom_command(OUTPUT "${output}"
     COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS_${arch}} -fuse-ld=lld --ld-path=${MACHO_LLD} -nostdlib -nodefaultlibs

@@ -1,5 +1,5 @@
-# Reads the product's own CMake files for the sources they name. The targets are real, so that those files may say
-# anything about them, but nothing asks for them to be built.
+# Reads the project's own CMake files, as a Mac would, for the sources they name. The targets are real, so that those
+# files may say anything about them, but nothing asks for them to be built.
 find_package(Threads REQUIRED)
 
 function(halvo_library name)
@@ -10,11 +10,32 @@ endfunction()
 function(halvo_executable name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PRIVATE" ${ARGN})
   add_executable(${name} EXCLUDE_FROM_ALL ${ARG_SOURCES})
+  set_property(GLOBAL APPEND PROPERTY macho_programs ${name})
 endfunction()
 
-# Tests are no part of the product.
-set(BUILD_TESTING OFF)
+function(halvo_test)
+  halvo_executable(${ARGN})
+endfunction()
 
-foreach(module HalvoHelperXPC HalvoHelper main client)
+# GoogleTest is all that a Mac's tests may need.
+set(APPLE TRUE)
+set(CMAKE_DISABLE_FIND_PACKAGE_rapidcheck TRUE)
+foreach(module platform HalvoHelperXPC HalvoHelper main client)
   add_subdirectory("${PROJECT_SOURCE_DIR}/${module}" "${module}" EXCLUDE_FROM_ALL)
 endforeach()
+unset(APPLE)
+
+# The sources of targets, with full paths.
+function(macho_sources result)
+  set(all "")
+  foreach(target ${ARGN})
+    get_target_property(sources ${target} SOURCES)
+    get_target_property(folder ${target} SOURCE_DIR)
+    foreach(source ${sources})
+      cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${folder}" NORMALIZE)
+      list(APPEND all "${source}")
+    endforeach()
+  endforeach()
+  list(REMOVE_DUPLICATES all)
+  set(${result} ${all} PARENT_SCOPE)
+endfunction()

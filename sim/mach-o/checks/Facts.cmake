@@ -1,11 +1,15 @@
-# Turns the tables of docs/mac-interfaces.md into a file of assertions over the simulated frameworks' declarations, and
-# looks for names that those declare and the tables do not mention.
+# Turns the tables of docs/mac-interfaces.md into a file of assertions over the declarations of the simulated frameworks
+# and of the C library, and looks for names that the frameworks declare and the tables do not mention.
 # Arguments: TABLES (the document), INCLUDE (the declarations' folder), OUTPUT (the file to write).
 set(headers
   CoreFoundation/CoreFoundation.h Security/Security.h CoreAudio/CoreAudio.h dispatch/dispatch.h mach/message.h
   bsm/libbsm.h copyfile.h spawn.h sys/attr.h sys/stat.h unistd.h)
   bsm/libbsm.h copyfile.h os/log.h spawn.h)
 set(text "#include <signal.h>\n#include <stdint.h>\n#include <sys/types.h>\n\n#include <type_traits>\n\n")
+  bsm/libbsm.h copyfile.h os/log.h spawn.h
+  assert.h dirent.h errno.h fcntl.h limits.h locale.h pthread.h signal.h stddef.h stdint.h stdio.h stdlib.h string.h
+  sys/resource.h sys/stat.h sys/statvfs.h sys/types.h sys/wait.h time.h unistd.h wchar.h)
+set(text "#include <type_traits>\n\n")
 foreach(header ${headers})
   string(APPEND text "#include <${header}>\n")
 endforeach()
@@ -21,14 +25,16 @@ foreach(line IN LISTS lines)
     set(name "${CMAKE_MATCH_1}")
     set(fact "${CMAKE_MATCH_2}")
     list(APPEND mentioned "${name}")
-    if(section STREQUAL "Types")
+    if(section MATCHES "^Types")
       string(APPEND text "static_assert(std::is_same_v<${name}, ${fact}>, \"${name}\");\n")
     elseif(section STREQUAL "Objects")
       string(APPEND text "static_assert(std::is_same_v<decltype(${name}), ${fact}>, \"${name}\");\n")
-    elseif(section STREQUAL "Functions")
+    elseif(section MATCHES "^Functions")
       # A pointer converts to one that promises less, such as not to return; nothing else about it may differ.
       string(APPEND text
         "static_assert(std::is_convertible_v<decltype(&${name}), std::add_pointer_t<${fact}>>, \"${name}\");\n")
+    elseif(section MATCHES "^Macros")
+      string(APPEND text "#ifndef ${name}\n#error ${name} is no macro\n#endif\n")
     else()
       string(APPEND text
         "static_assert(static_cast<long long>(${name}) == static_cast<long long>(${fact}), \"${name}\");\n")

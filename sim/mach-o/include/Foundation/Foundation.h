@@ -98,6 +98,7 @@ typedef struct {
 @interface NSData : NSObject <NSCopying>
 @property(readonly) NSUInteger length;
 @property(readonly) const void* bytes;
++ (instancetype)data;
 + (instancetype)dataWithBytes:(nullable const void*)bytes length:(NSUInteger)length;
 @end
 
@@ -113,6 +114,14 @@ typedef struct {
 + (NSNumber*)numberWithBool:(BOOL)value;
 + (NSNumber*)numberWithInt:(int)value;
 + (NSNumber*)numberWithLongLong:(long long)value;
+@end
+
+@interface NSNull : NSObject <NSCopying>
++ (NSNull*)null;
+@end
+
+@interface NSArray<__covariant Object> : NSObject <NSCopying, NSFastEnumeration>
++ (instancetype)arrayWithObjects:(const Object _Nonnull[_Nonnull])objects count:(NSUInteger)count;
 @end
 
 @interface NSDictionary<__covariant Key, __covariant Object> : NSObject <NSCopying, NSFastEnumeration>

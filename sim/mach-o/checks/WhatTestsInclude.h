@@ -1,0 +1,10 @@
+// The headers that take longest to read and that most tests include: read once for all of them.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <thread>

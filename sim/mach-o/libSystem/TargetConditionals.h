@@ -1,0 +1,6 @@
+// What kind of device the program is for.
+#pragma once
+
+#define TARGET_OS_MAC 1
+#define TARGET_OS_OSX 1
+#define TARGET_OS_IPHONE 0

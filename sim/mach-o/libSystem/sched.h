@@ -1,0 +1,8 @@
+// Giving way to other threads.
+#pragma once
+
+extern "C" {
+
+int sched_yield(void);
+
+}  // extern "C"
