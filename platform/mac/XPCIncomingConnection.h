@@ -12,7 +12,7 @@ NS_ASSUME_NONNULL_BEGIN
 @interface NSXPCConnection (HalvoAuditToken)
 
 // The kernel's token of the peer, read by key because the property is not declared to us. All zero when the key is
-// gone or answers with anything but an audit token.
+// gone or answers with anything but a value of a token's size.
 @property(readonly) audit_token_t auditTokenValue;
 
 @end

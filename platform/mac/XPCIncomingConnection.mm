@@ -1,9 +1,23 @@
 #import "platform/mac/XPCIncomingConnection.h"
 
-#include <cstring>
 #include <utility>
 
 #import "platform/mac/ExportedHandler.h"
+
+namespace {
+
+// The bytes that a value holds; 0 for a type that the system itself cannot read, which it answers with an exception.
+NSUInteger sizeOfValue(NSValue* value) {
+  NSUInteger size = 0;
+  try {
+    NSGetSizeAndAlignment(value.objCType, &size, nullptr);
+  } catch (...) {
+    return 0;
+  }
+  return size;
+}
+
+}  // namespace
 
 @implementation NSXPCConnection (HalvoAuditToken)
 
@@ -15,8 +29,9 @@
   const id value = [self valueForKey:key];
   if (![value isKindOfClass:[NSValue class]]) return token;
   auto* const boxed = static_cast<NSValue*>(value);
-  // A value of another type has another size, which getValue:size: answers with an exception.
-  if (std::strcmp(boxed.objCType, @encode(audit_token_t)) != 0) return token;
+  // How the type is spelled is the system's affair: one that names the struct would otherwise shut everybody out. The
+  // size is not: getValue:size: answers another one with an exception.
+  if (sizeOfValue(boxed) != sizeof(token)) return token;
   [boxed getValue:&token size:sizeof(token)];
   return token;
 }

@@ -3,6 +3,22 @@
 #import "platform/mac/XPCIncomingConnection.h"
 #include "sim/objc/tests/TokenValues.h"
 
+// A value object whose type cannot be read, holding the bytes of a token.
+@interface HalvoOddlyTypedValue : NSValue
+@end
+
+@implementation HalvoOddlyTypedValue
+
+- (const char*)objCType {
+  return "{audit_token_t=[8";
+}
+
+- (void)getValue:(void*)value {
+  std::memcpy(value, &halvo::sim::kSampleToken, sizeof(audit_token_t));
+}
+
+@end
+
 namespace halvo::sim {
 namespace {
 
@@ -14,9 +30,27 @@ audit_token_t tokenOf(NSXPCConnection* connection) { return XPCIncomingConnectio
 
 TEST(AuditTokenTest, EncodingIsThatOfAStructOfEightIntegers) { EXPECT_STREQ(@encode(audit_token_t), "{?=[8I]}"); }
 
-TEST(AuditTokenTest, EveryByteOfTheTokenIsRead) {
-  EXPECT_TRUE(sameToken(tokenOf(connectionWith(boxed(kSampleToken))), kSampleToken));
+struct Encoding {
+  const char* name;
+  const char* text;
+};
+
+class TokenEncoding : public testing::TestWithParam<Encoding> {};
+
+TEST_P(TokenEncoding, EveryByteOfTheTokenIsRead) {
+  NSValue* const value = [NSValue valueWithBytes:&kSampleToken objCType:GetParam().text];
+
+  EXPECT_TRUE(sameToken(tokenOf(connectionWith(value)), kSampleToken));
 }
+
+INSTANTIATE_TEST_SUITE_P(Table, TokenEncoding,
+                         testing::Values(Encoding{"UnnamedStruct", "{?=[8I]}"},
+                                         Encoding{"NamedStruct", "{audit_token_t=[8I]}"},
+                                         Encoding{"StructWithNamedMember", "{?=\"val\"[8I]}"},
+                                         Encoding{"SignedMembers", "{audit_token=[8i]}"},
+                                         Encoding{"EightMembers", "{audit_token=IIIIIIII}"},
+                                         Encoding{"Bytes", "{?=[32C]}"}, Encoding{"PlainArray", "[8I]"}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST(AuditTokenTest, TheKeyIsReadOnce) {
   NSXPCConnection* const connection = connectionWith(boxed(kSampleToken));
@@ -44,14 +78,17 @@ id data() { return [NSData dataWithBytes:&kSampleToken length:sizeof(kSampleToke
 id range() { return [NSValue valueWithRange:NSMakeRange(1, 2)]; }
 id oneByteShort() { return boxedBytes<31>(); }
 id oneByteLong() { return boxedBytes<33>(); }
-id rightSizeWrongType() { return boxedBytes<32>(); }
+id pointer() { return [NSValue valueWithPointer:&kSampleToken]; }
+id decimal() { return [NSDecimalNumber decimalNumberWithString:@"4711"]; }
+id unreadableType() { return [[HalvoOddlyTypedValue alloc] init]; }
 id null() { return [NSNull null]; }
 
 INSTANTIATE_TEST_SUITE_P(Table, OddToken,
                          testing::Values(OddValue{"Nil", none}, OddValue{"Text", text}, OddValue{"Number", number},
                                          OddValue{"Data", data}, OddValue{"Null", null}, OddValue{"Range", range},
                                          OddValue{"OneByteShort", oneByteShort}, OddValue{"OneByteLong", oneByteLong},
-                                         OddValue{"RightSizeWrongType", rightSizeWrongType}),
+                                         OddValue{"Pointer", pointer}, OddValue{"Decimal", decimal},
+                                         OddValue{"UnreadableType", unreadableType}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(AuditTokenTest, WithoutTheKeyTheTokenIsZeroAndNothingThrows) {

@@ -203,6 +203,7 @@ enum : NSInteger {
 @end
 
 extern "C" {
+const char* NSGetSizeAndAlignment(const char* type, NSUInteger* _Nullable size, NSUInteger* _Nullable alignment);
 NSString* NSStringFromClass(Class aClass);
 SEL NSSelectorFromString(NSString* name);
 }
