@@ -1,13 +1,15 @@
-// A Mach service for a contract test. What stands in for launchd differs between platforms, so each brings its own
+// A service for a contract test. What stands in for launchd differs between platforms, so each brings its own
 // implementation of this class.
 #pragma once
 
-#include <string>
+#include <memory>
+
+#include "platform/service/ServiceClient.h"
+#include "platform/service/ServiceListener.h"
 
 namespace halvo {
 
-// Until it goes out of scope, ServiceListener::forMachService() in this process publishes the service `name()`, and
-// ServiceClient::forMachService() reaches it. One at a time; the listener must be gone first.
+// One at a time; its listeners and clients must be gone first.
 class PublishedMachService {
  public:
   PublishedMachService();
@@ -15,10 +17,15 @@ class PublishedMachService {
   PublishedMachService& operator=(const PublishedMachService&) = delete;
   ~PublishedMachService();
 
-  [[nodiscard]] const std::string& name() const { return name_; }
+  // Publishes the service once it is resumed, in place of an earlier one, which must be gone.
+  std::unique_ptr<ServiceListener> newListener();
+
+  // Reaches the listener that there is when it connects.
+  std::unique_ptr<ServiceClient> newClient();
 
  private:
-  std::string name_;
+  struct State;
+  const std::shared_ptr<State> state_;
 };
 
 }  // namespace halvo

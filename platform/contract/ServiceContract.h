@@ -29,12 +29,12 @@ class ServiceContract : public testing::Test {
   void publish(AdmittingDelegate::HandlerFactory makeHandler) {
     listener.reset();
     delegate = std::make_shared<AdmittingDelegate>(std::move(makeHandler));
-    listener = ServiceListener::forMachService(service.name());
+    listener = service.newListener();
     listener->setDelegate(delegate);
     listener->resume();
   }
 
-  std::unique_ptr<ServiceClient> newClient() { return ServiceClient::forMachService(service.name()); }
+  std::unique_ptr<ServiceClient> newClient() { return service.newClient(); }
 
   // Waits until every earlier message of the client has been handled.
   std::string pingAndWait() {

@@ -157,6 +157,8 @@ TEST_F(ServiceContract, SecondReplyToAMessageIsIgnored) {
 
 TEST_F(ServiceContract, MessageThatTheHandlerDropsFails) {
   handler->onPing = [](const TextReply&) {};
+  proxy->enumerateActiveGuiDomains(answers.text());
+  ASSERT_EQ(answers.next(), "text enumerateActiveGuiDomains");
   proxy->ping(answers.text());
 
   EXPECT_THAT(answers.next(), AnyOf("rejected", "interrupted"));

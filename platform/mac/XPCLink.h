@@ -3,9 +3,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include <functional>
 #include <memory>
 #include <mutex>
-#include <string>
 
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #import "platform/mac/HalvoHelperXPCProtocol.h"
@@ -17,6 +17,9 @@ NS_ASSUME_NONNULL_BEGIN
 namespace halvo {
 
 class XPCLink;
+
+// Makes a connection to the service, not resumed yet. Does not block.
+using XPCConnector = std::function<NSXPCConnection*()>;
 
 // One message about to be sent: whom to send it to, and the block that takes its reply. `remote` is nil when there is
 // nobody; the call has then failed already.
@@ -32,7 +35,7 @@ struct OutgoingMessage {
 // Any thread.
 class XPCLink final : public std::enable_shared_from_this<XPCLink> {
  public:
-  explicit XPCLink(std::string machServiceName) : machServiceName_(std::move(machServiceName)) {}
+  explicit XPCLink(XPCConnector connect) : connect_(std::move(connect)) {}
 
   OutgoingMessage newMessage(const ServiceClient::FailureHandler& onFailure);
 
@@ -51,7 +54,7 @@ class XPCLink final : public std::enable_shared_from_this<XPCLink> {
   bool wasAnswered();
   void forget(NSXPCConnection* _Nullable lost);
 
-  const std::string machServiceName_;
+  const XPCConnector connect_;
   PendingCalls pending_;
   std::mutex mutex_;  // guards everything below
   NSXPCConnection* _Nullable connection_ = nil;

@@ -113,8 +113,7 @@ void XPCLink::close() {
 
 NSXPCConnection* XPCLink::connectionLocked() {
   if (closed_ || connection_ != nil) return connection_;
-  NSXPCConnection* const fresh = [[NSXPCConnection alloc] initWithMachServiceName:foundationText(machServiceName_)
-                                                                          options:NSXPCConnectionPrivileged];
+  NSXPCConnection* const fresh = connect_();
   fresh.remoteObjectInterface = [NSXPCInterface interfaceWithProtocol:@protocol(HalvoHelperProtocol)];
   // Weak on both sides: the connection keeps its handlers, and they must keep neither the link nor the connection.
   const std::weak_ptr<XPCLink> weakLink = weak_from_this();

@@ -1,11 +1,8 @@
-#import <Foundation/Foundation.h>
+#import "platform/mac/XPCServiceClient.h"
 
-#include <span>
 #include <utility>
 
 #import "platform/mac/FoundationText.h"
-#import "platform/mac/XPCLink.h"
-#include "platform/service/ServiceClient.h"
 
 namespace halvo {
 namespace {
@@ -114,7 +111,7 @@ class XPCProxy final : public HalvoHelperProtocol {
 
 class XPCServiceClient final : public ServiceClient {
  public:
-  explicit XPCServiceClient(const std::string& machServiceName) : link_(std::make_shared<XPCLink>(machServiceName)) {}
+  explicit XPCServiceClient(XPCConnector connect) : link_(std::make_shared<XPCLink>(std::move(connect))) {}
 
   ~XPCServiceClient() override {
     @autoreleasepool {
@@ -132,8 +129,15 @@ class XPCServiceClient final : public ServiceClient {
 
 }  // namespace
 
+std::unique_ptr<ServiceClient> serviceClientConnectingBy(XPCConnector connect) {
+  return std::make_unique<XPCServiceClient>(std::move(connect));
+}
+
 std::unique_ptr<ServiceClient> ServiceClient::forMachService(const std::string& machServiceName) {
-  return std::make_unique<XPCServiceClient>(machServiceName);
+  return serviceClientConnectingBy([machServiceName] {
+    return [[NSXPCConnection alloc] initWithMachServiceName:foundationText(machServiceName)
+                                                    options:NSXPCConnectionPrivileged];
+  });
 }
 
 }  // namespace halvo

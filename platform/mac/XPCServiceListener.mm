@@ -1,18 +1,16 @@
-#import <Foundation/Foundation.h>
+#import "platform/mac/XPCServiceListener.h"
 
 #include <utility>
 
 #import "platform/mac/FoundationText.h"
 #import "platform/mac/XPCListenerDelegate.h"
-#include "platform/service/ServiceListener.h"
 
 namespace halvo {
 namespace {
 
 class XPCServiceListener final : public ServiceListener {
  public:
-  explicit XPCServiceListener(const std::string& machServiceName)
-      : listener_([[NSXPCListener alloc] initWithMachServiceName:foundationText(machServiceName)]) {}
+  explicit XPCServiceListener(NSXPCListener* listener) : listener_(listener) {}
 
   ~XPCServiceListener() override {
     // The delegate goes away with this object; a listener that lives on in the system must not ask it again.
@@ -35,9 +33,13 @@ class XPCServiceListener final : public ServiceListener {
 
 }  // namespace
 
+std::unique_ptr<ServiceListener> serviceListenerOver(NSXPCListener* listener) {
+  return std::make_unique<XPCServiceListener>(listener);
+}
+
 std::unique_ptr<ServiceListener> ServiceListener::forMachService(const std::string& machServiceName) {
   @autoreleasepool {
-    return std::make_unique<XPCServiceListener>(machServiceName);
+    return serviceListenerOver([[NSXPCListener alloc] initWithMachServiceName:foundationText(machServiceName)]);
   }
 }
 

@@ -31,3 +31,14 @@ set(HALVO_MAC_TEST_SOURCES
   UnavailableInitializerTest.mm
   UnicodeTextTest.cpp
   testing/CodeUnitString.mm)
+
+# The promises of the ports' headers, which every implementation keeps.
+set(HALVO_MAC_CONTRACT_SOURCES
+  ../contract/Answers.cpp
+  ../contract/JSONObjectContractTest.cpp
+  ../contract/PropertyListContractTest.cpp
+  ../contract/ScriptedHandler.cpp
+  ../contract/ServiceConnectionContractTest.cpp
+  ../contract/ServiceContractTest.cpp
+  ../contract/SystemPortsContractTest.cpp
+  testing/PublishedMachService.mm)

@@ -15,6 +15,7 @@ using namespace halvo::sim;
 
 @implementation NSXPCConnection {
   std::string _name;
+  BOOL _byEndpoint;
   id _token;
   pid_t _pid;
   SerialQueue _queue;
@@ -33,6 +34,15 @@ using namespace halvo::sim;
   if (self != nil) {
     _name = name.UTF8String;
     _options = options;
+  }
+  return self;
+}
+
+- (instancetype)initWithListenerEndpoint:(NSXPCListenerEndpoint*)endpoint {
+  self = [super init];
+  if (self != nil) {
+    _name = endpoint.listenerName.UTF8String;
+    _byEndpoint = YES;
   }
   return self;
 }
@@ -124,7 +134,7 @@ using namespace halvo::sim;
     message->fail(xpcError(NSXPCConnectionInvalid));
     return nil;
   }
-  NSXPCConnection* const helperEnd = newHelperEnd();
+  NSXPCConnection* const helperEnd = _byEndpoint ? newHelperEndOfThisProcess() : newHelperEnd();
   [helperEnd setClient:self];
   if (![listener takeClient:helperEnd]) {
     [self lose];
@@ -141,9 +151,9 @@ using namespace halvo::sim;
 
 - (BOOL)mayConnect {
   const std::lock_guard lock(_mutex);
-  // The services here are the system's: without the option a connection looks in its user's session only.
-  const bool looksInTheSystem = (_options & NSXPCConnectionPrivileged) != 0;
-  return looksInTheSystem && !_invalid && !_ended && _resumeCount > 0;
+  // The named services here are the system's: without the option a connection looks in its user's session only.
+  const bool findsTheListener = _byEndpoint || (_options & NSXPCConnectionPrivileged) != 0;
+  return findsTheListener && !_invalid && !_ended && _resumeCount > 0;
 }
 
 // The connection is interrupted: what waits fails, the next message connects anew. On the client's queue.

@@ -19,8 +19,15 @@ NSError* xpcError(NSInteger code);
 NSError* takeScriptedFailure();
 // The helper's end of a new connection, with the token and process number that clients have at the moment.
 NSXPCConnection* newHelperEnd();
+// The same for a client that is this very process.
+NSXPCConnection* newHelperEndOfThisProcess();
 
 }  // namespace halvo::sim
+
+@interface NSXPCListenerEndpoint (DoubleEnds)
+- (instancetype)initWithListener:(NSXPCListener*)listener;
+@property(readonly) NSString* listenerName;
+@end
 
 @interface NSXPCConnection (DoubleEnds)
 - (void)setClient:(NSXPCConnection*)client;

@@ -1,5 +1,8 @@
 #import "sim/objc/doubles/XPCDoubleWorld.h"
 
+#include <mach/message.h>
+#include <unistd.h>
+
 #include <map>
 #include <mutex>
 #include <utility>
@@ -51,6 +54,15 @@ NSError* takeScriptedFailure() {
 NSXPCConnection* newHelperEnd() {
   const std::lock_guard lock(worldMutex);
   return [[NSXPCConnection alloc] initWithToken:clientToken processIdentifier:clientPid];
+}
+
+NSXPCConnection* newHelperEndOfThisProcess() {
+  constexpr unsigned kSomePidVersion = 1;
+  const pid_t pid = ::getpid();
+  const audit_token_t self = {
+      {::geteuid(), ::geteuid(), ::getegid(), ::getuid(), ::getgid(), static_cast<unsigned>(pid), 0, kSomePidVersion}};
+  NSValue* const token = [NSValue valueWithBytes:&self objCType:@encode(audit_token_t)];
+  return [[NSXPCConnection alloc] initWithToken:token processIdentifier:pid];
 }
 
 void setDoubleClientIdentity(id token, pid_t pid) {

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <future>
 #include <mutex>
 #include <string>
@@ -7,12 +8,34 @@
 
 using namespace halvo::sim;
 
+@implementation NSXPCListenerEndpoint {
+  NSString* _listenerName;
+}
+
+- (instancetype)initWithListener:(NSXPCListener*)listener {
+  self = [super init];
+  if (self != nil) _listenerName = listener.machServiceName;
+  return self;
+}
+
+- (NSString*)listenerName {
+  return _listenerName;
+}
+
+@end
+
 @implementation NSXPCListener {
   std::string _name;
   SerialQueue _queue;
   std::mutex _mutex;  // guards everything below
   BOOL _resumed;
   NSMutableArray<NSXPCConnection*>* _served;
+}
+
++ (NSXPCListener*)anonymousListener {
+  static std::atomic<int> made{0};
+  const std::string name = "anonymous " + std::to_string(++made);
+  return [[NSXPCListener alloc] initWithMachServiceName:@(name.c_str())];
 }
 
 - (instancetype)initWithMachServiceName:(NSString*)name {
@@ -22,6 +45,10 @@ using namespace halvo::sim;
     _served = [NSMutableArray array];
   }
   return self;
+}
+
+- (NSXPCListenerEndpoint*)endpoint {
+  return [[NSXPCListenerEndpoint alloc] initWithListener:self];
 }
 
 - (NSString*)machServiceName {

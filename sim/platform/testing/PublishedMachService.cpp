@@ -1,23 +1,22 @@
 #include "platform/contract/PublishedMachService.h"
 
-#include <memory>
-
 #include "sim/platform/testing/LaunchedService.h"
 
 namespace halvo {
 namespace {
 
-std::unique_ptr<sim::LaunchedService>& published() {
-  static std::unique_ptr<sim::LaunchedService> service;
-  return service;
-}
+constexpr const char* kName = "com.halvo.contract";
 
 }  // namespace
 
-PublishedMachService::PublishedMachService() : name_("com.halvo.contract") {
-  published() = std::make_unique<sim::LaunchedService>(name_);
-}
+struct PublishedMachService::State {
+  sim::LaunchedService service{kName};
+};
 
-PublishedMachService::~PublishedMachService() { published().reset(); }
+PublishedMachService::PublishedMachService() : state_(std::make_shared<State>()) {}
+PublishedMachService::~PublishedMachService() = default;
+
+std::unique_ptr<ServiceListener> PublishedMachService::newListener() { return ServiceListener::forMachService(kName); }
+std::unique_ptr<ServiceClient> PublishedMachService::newClient() { return ServiceClient::forMachService(kName); }
 
 }  // namespace halvo

@@ -155,7 +155,7 @@ typedef NSUInteger NSPropertyListFormat;
                               error:(NSError**)error;
 @end
 
-@class NSXPCConnection, NSXPCInterface, NSXPCListener;
+@class NSXPCConnection, NSXPCInterface, NSXPCListener, NSXPCListenerEndpoint;
 
 typedef NSUInteger NSXPCConnectionOptions;
 enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
@@ -174,6 +174,7 @@ enum : NSInteger {
 
 @interface NSXPCConnection : NSObject <NSXPCProxyCreating>
 - (instancetype)initWithMachServiceName:(NSString*)name options:(NSXPCConnectionOptions)options;
+- (instancetype)initWithListenerEndpoint:(NSXPCListenerEndpoint*)endpoint;
 @property(nullable, retain) NSXPCInterface* exportedInterface;
 @property(nullable, retain) id exportedObject;
 @property(nullable, retain) NSXPCInterface* remoteObjectInterface;
@@ -190,7 +191,12 @@ enum : NSInteger {
 - (BOOL)listener:(NSXPCListener*)listener shouldAcceptNewConnection:(NSXPCConnection*)newConnection;
 @end
 
+@interface NSXPCListenerEndpoint : NSObject
+@end
+
 @interface NSXPCListener : NSObject
++ (NSXPCListener*)anonymousListener;
+@property(readonly, retain) NSXPCListenerEndpoint* endpoint;
 - (instancetype)initWithMachServiceName:(NSString*)name NS_DESIGNATED_INITIALIZER;
 @property(nullable, weak) id<NSXPCListenerDelegate> delegate;
 - (void)resume;

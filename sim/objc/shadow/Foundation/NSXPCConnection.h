@@ -10,6 +10,7 @@
 #define NSXPCConnection HalvoDoubleXPCConnection
 #define NSXPCInterface HalvoDoubleXPCInterface
 #define NSXPCListener HalvoDoubleXPCListener
+#define NSXPCListenerEndpoint HalvoDoubleXPCListenerEndpoint
 
 @class NSXPCConnection;
 @class NSXPCListener;
@@ -34,9 +35,15 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 @property(readonly) Protocol* protocol;
 @end
 
-// The listeners of one name find each other's clients through a table in the process, as launchd would.
+@interface NSXPCListenerEndpoint : NSObject
+@end
+
+// The listeners of one name find each other's clients through a table in the process, as launchd would. A listener
+// without a name has one that nobody else knows.
 @interface NSXPCListener : NSObject
++ (NSXPCListener*)anonymousListener;
 - (instancetype)initWithMachServiceName:(NSString*)name;
+@property(readonly) NSXPCListenerEndpoint* endpoint;
 @property(weak) id<NSXPCListenerDelegate> delegate;
 - (void)resume;
 - (void)invalidate;
@@ -48,6 +55,7 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 
 @interface NSXPCConnection : NSObject
 - (instancetype)initWithMachServiceName:(NSString*)name options:(NSXPCConnectionOptions)options;
+- (instancetype)initWithListenerEndpoint:(NSXPCListenerEndpoint*)endpoint;
 @property(retain) NSXPCInterface* exportedInterface;
 @property(retain) id exportedObject;
 @property(retain) NSXPCInterface* remoteObjectInterface;
