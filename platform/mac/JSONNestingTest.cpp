@@ -40,6 +40,12 @@ TEST(JSONNestingTest, BracketsInsideAStringDoNotCount) {
   EXPECT_FALSE(jsonNestsTooDeep(text));
 }
 
+TEST(JSONNestingTest, AStringOfOneCharacterEndsAtItsQuotationMark) {
+  const std::string text = R"({"a":)" + std::string(512, '[');
+
+  EXPECT_TRUE(jsonNestsTooDeep(text));
+}
+
 TEST(JSONNestingTest, AnEscapedBackslashDoesNotHideTheEndOfAString) {
   const std::string text = R"({"a":"\\",)" + std::string(513, '[');
 

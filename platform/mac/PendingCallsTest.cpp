@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <thread>
 
@@ -79,6 +80,8 @@ TEST(PendingCallTest, FailingWaitsForTheReplyThatIsBeingDelivered) {
     call->fail(kLost);
     return delivered.load();
   });
+  // Long enough for a failure that does not wait to return too early.
+  EXPECT_EQ(deliveredWhenFailReturned.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
   mayEnd.set_value();
 
   EXPECT_TRUE(deliveredWhenFailReturned.get());
@@ -106,6 +109,45 @@ TEST(PendingCallsTest, ACallThatNobodyHoldsIsForgotten) {
   calls.failAll(kLost);
 
   EXPECT_THAT(recorder.answers, IsEmpty());
+}
+
+// Adds `count` calls that count their failures, and keeps them.
+std::vector<std::shared_ptr<PendingCall>> addCalls(PendingCalls& calls, int count, std::atomic<int>& failures) {
+  std::vector<std::shared_ptr<PendingCall>> added;
+  for (int i = 0; i < count; ++i) {
+    added.push_back(std::make_shared<PendingCall>([&](const ServiceFailure&) { ++failures; }));
+    calls.add(added.back());
+  }
+  return added;
+}
+
+TEST(PendingCallsTest, CallsOfTwoThreadsAllFail) {
+  PendingCalls calls;
+  std::atomic<int> failures = 0;
+  auto first = std::async(std::launch::async, [&] { return addCalls(calls, 3000, failures); });
+  auto second = std::async(std::launch::async, [&] { return addCalls(calls, 3000, failures); });
+  const auto kept = first.get();
+  const auto keptToo = second.get();
+
+  calls.failAll(kLost);
+
+  EXPECT_EQ(failures, 6000);
+}
+
+TEST(PendingCallsTest, CallsThatAreAddedWhileOthersFailAreNotLost) {
+  PendingCalls calls;
+  std::atomic<int> failures = 0;
+  std::atomic<bool> adding = true;
+  std::thread failing([&] {
+    while (adding) calls.failAll(kLost);
+  });
+
+  const auto kept = addCalls(calls, 20000, failures);
+  adding = false;
+  failing.join();
+  calls.failAll(kLost);
+
+  EXPECT_EQ(failures, 20000);
 }
 
 TEST(PendingCallsTest, AFailureHandlerMayAddAnotherCall) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/contract/Repeated.h"
@@ -9,18 +11,99 @@
 namespace halvo {
 namespace {
 
-// A binary list of `count` empty arrays (0xA0), each with a two-byte offset.
-std::string binaryWithArrays(int count) {
-  std::string list = "bplist00" + std::string(static_cast<std::size_t>(count), '\xA0');
-  const std::size_t table = list.size();
-  const auto number = [](std::size_t value, int width) {
-    std::string bytes;
-    for (int i = width - 1; i >= 0; --i) bytes.push_back(static_cast<char>(value >> (8 * static_cast<unsigned>(i))));
-    return bytes;
-  };
-  for (int i = 0; i < count; ++i) list += number(8 + static_cast<std::size_t>(i), 2);
-  return list + std::string(6, '\0') + "\x02\x02" + number(static_cast<std::size_t>(count), 8) + number(0, 8) +
-         number(table, 8);
+std::string bigEndian(std::uint64_t value, unsigned width) {
+  std::string bytes;
+  for (unsigned left = width; left > 0; --left) {
+    bytes.push_back(left > 8 ? '\0' : static_cast<char>(value >> (8 * (left - 1))));
+  }
+  return bytes;
+}
+
+// A binary list with one object, at position 8, and a table that names it again and again. Its trailer says what is
+// told here, true or not.
+struct Binary {
+  char marker = '\xA0';      // of the object: an empty array
+  std::uint64_t offset = 8;  // every one in the table
+  std::uint64_t offsets = 513;
+  unsigned width = 2;
+  std::optional<std::uint64_t> objects = {};  // else as many as offsets
+  std::optional<std::uint64_t> table = {};    // else where it is
+
+  [[nodiscard]] std::string text() const {
+    std::string list = std::string("bplist00") + marker;
+    const std::uint64_t begin = list.size();
+    for (std::uint64_t i = 0; i < offsets; ++i) list += bigEndian(offset, width);
+    constexpr char kReferenceWidth = 1;  // of no interest, and never the width of an offset here
+    return list + std::string(6, '\0') + static_cast<char>(width) + kReferenceWidth +
+           bigEndian(objects.value_or(offsets), 8) + bigEndian(0, 8) + bigEndian(table.value_or(begin), 8);
+  }
+};
+
+struct BinaryRow {
+  const char* name;
+  Binary list;
+  bool tooMany;
+};
+
+class BinaryContainers : public testing::TestWithParam<BinaryRow> {};
+
+TEST_P(BinaryContainers, AreCounted) { EXPECT_EQ(holdsTooManyContainers(GetParam().list.text()), GetParam().tooMany); }
+
+std::string binaryName(const testing::TestParamInfo<BinaryRow>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Limit, BinaryContainers,
+                         testing::Values(BinaryRow{"FiveHundredAndTwelve", {.offsets = 512}, false},
+                                         BinaryRow{"OneMore", {.offsets = 513}, true}),
+                         binaryName);
+
+INSTANTIATE_TEST_SUITE_P(Kind, BinaryContainers,
+                         testing::Values(BinaryRow{"LongArrays", {.marker = '\xAF'}, true},
+                                         BinaryRow{"OrderedSets", {.marker = '\xB0'}, true},
+                                         BinaryRow{"Sets", {.marker = '\xC0'}, true},
+                                         BinaryRow{"Dictionaries", {.marker = '\xD0'}, true},
+                                         BinaryRow{"LongDictionaries", {.marker = '\xDF'}, true},
+                                         BinaryRow{"Nulls", {.marker = '\x00'}, false},
+                                         BinaryRow{"Texts", {.marker = '\x5F'}, false},
+                                         BinaryRow{"Identifiers", {.marker = '\x80'}, false},
+                                         BinaryRow{"LastBelowTheArrays", {.marker = '\x9F'}, false},
+                                         BinaryRow{"FirstAboveTheDictionaries", {.marker = '\xE0'}, false},
+                                         BinaryRow{"LastOfAll", {.marker = '\xFF'}, false}),
+                         binaryName);
+
+INSTANTIATE_TEST_SUITE_P(Width, BinaryContainers,
+                         testing::Values(BinaryRow{"None", {.width = 0}, false}, BinaryRow{"Two", {.width = 2}, true},
+                                         BinaryRow{"Three", {.width = 3}, true}, BinaryRow{"Eight", {.width = 8}, true},
+                                         BinaryRow{"Nine", {.width = 9}, false}),
+                         binaryName);
+
+// What contradicts itself is left to the reader, which refuses it. The trailer has room for four offsets of eight
+// bytes.
+INSTANTIATE_TEST_SUITE_P(
+    Contradiction, BinaryContainers,
+    testing::Values(BinaryRow{"AnOffsetBehindTheLastObject", {.offsets = 513, .objects = 512}, false},
+                    BinaryRow{"AsManyObjectsAsFit", {.offsets = 513, .width = 8, .objects = 517}, true},
+                    BinaryRow{"OneObjectMoreThanFits", {.offsets = 513, .width = 8, .objects = 518}, false},
+                    BinaryRow{"ObjectsBeyondAllMeasure", {.objects = UINT64_MAX}, false},
+                    BinaryRow{"TableAtTheEnd", {.offsets = 0, .objects = 1, .table = 9 + 32}, false},
+                    BinaryRow{"TableBehindTheEnd", {.offsets = 0, .objects = 1, .table = 9 + 32 + 1}, false},
+                    BinaryRow{"TableBeyondAllMeasure", {.table = UINT64_MAX}, false},
+                    BinaryRow{"OffsetsBeyondAllMeasure", {.offset = UINT64_MAX, .width = 8}, false}),
+    binaryName);
+
+// Containers stand behind each of these lists, where nothing belongs to them.
+TEST(PropertyListContainersTest, NoByteBehindTheListIsLookedAt) {
+  const std::string list = Binary{.offset = 9 + 513 * 2 + 32}.text();
+  const std::string memory = list + std::string(8, '\xA0');
+
+  EXPECT_FALSE(holdsTooManyContainers(std::string_view(memory).substr(0, list.size())));
+}
+
+TEST(PropertyListContainersTest, ABinaryListCutShortIsLeftToTheReader) {
+  EXPECT_FALSE(holdsTooManyContainers("bplist00"));
+}
+
+TEST(PropertyListContainersTest, ABinaryListOneByteShorterThanItsTrailerIsLeftToTheReader) {
+  EXPECT_FALSE(holdsTooManyContainers("bplist00" + std::string(23, '\x01')));
 }
 
 TEST(PropertyListContainersTest, FiveHundredAndTwelveInXMLAreAllowed) {
@@ -28,27 +111,15 @@ TEST(PropertyListContainersTest, FiveHundredAndTwelveInXMLAreAllowed) {
 }
 
 TEST(PropertyListContainersTest, OneMoreInXMLIsTooMany) {
-  EXPECT_TRUE(holdsTooManyContainers(repeated("<array>", 256) + repeated("<dict>", 257)));
+  EXPECT_TRUE(holdsTooManyContainers(repeated("<array>", 257) + repeated("<dict>", 256)));
 }
 
-TEST(PropertyListContainersTest, FiveHundredAndTwelveInABinaryListAreAllowed) {
-  EXPECT_FALSE(holdsTooManyContainers(binaryWithArrays(512)));
-}
-
-TEST(PropertyListContainersTest, OneMoreInABinaryListIsTooMany) {
-  EXPECT_TRUE(holdsTooManyContainers(binaryWithArrays(513)));
+TEST(PropertyListContainersTest, ArraysAloneInXMLMayBeTooMany) {
+  EXPECT_TRUE(holdsTooManyContainers(repeated("<array>", 513)));
 }
 
 TEST(PropertyListContainersTest, XMLWithNulsHidesItsContainers) {
   EXPECT_TRUE(holdsTooManyContainers(std::string("\0<\0d\0i", 7)));
-}
-
-TEST(PropertyListContainersTest, ABinaryListCutShortIsLeftToTheReader) {
-  EXPECT_FALSE(holdsTooManyContainers("bplist00"));
-}
-
-TEST(PropertyListContainersTest, ATrailerThatPointsOutsideIsLeftToTheReader) {
-  EXPECT_FALSE(holdsTooManyContainers("bplist00" + std::string(32, '\xFF')));
 }
 
 }  // namespace
