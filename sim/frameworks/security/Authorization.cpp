@@ -59,10 +59,12 @@ std::string describe(AuthorizationFlags flags, const AuthorizationRights* rights
   return "flags=" + std::to_string(flags) + " rights=" + items + (environment == nullptr ? "" : " environment=given");
 }
 
+// A length without a value is worse than refused on a Mac: the value is copied from where nothing is.
 bool isWellFormed(const AuthorizationRights* rights) {
   if (rights == nullptr || (rights->count > 0 && rights->items == nullptr)) return false;
-  return std::all_of(rights->items, rights->items + rights->count,
-                     [](const auto& item) { return item.name != nullptr; });
+  return std::all_of(rights->items, rights->items + rights->count, [](const auto& item) {
+    return item.name != nullptr && (item.value != nullptr || item.valueLength == 0);
+  });
 }
 
 struct Outcome {

@@ -83,6 +83,25 @@ TEST_F(AuthorizationTest, NullPointersAndReferencesHaveTheirOwnStatuses) {
   EXPECT_EQ(reference, nullptr);
 }
 
+TEST_F(AuthorizationTest, AnItemWithALengthButNoValueIsRefused) {
+  const Handle client = create();
+  AuthorizationItem item = {kRight, 1, nullptr, 0};
+  const AuthorizationRights rights = {1, &item};
+
+  EXPECT_EQ(AuthorizationCopyRights(client.get(), &rights, nullptr, kAsk, nullptr), errAuthorizationInvalidSet);
+}
+
+TEST_F(AuthorizationTest, TheFlagsOfAnItemAreRecorded) {
+  const Handle client = create();
+  FrameworkProbe probe;
+  AuthorizationItem item = {kRight, 0, nullptr, kAuthorizationFlagCanNotPreAuthorize};
+  const AuthorizationRights rights = {1, &item};
+
+  AuthorizationCopyRights(client.get(), &rights, nullptr, kAsk, nullptr);
+
+  EXPECT_THAT(probe.calls(), testing::ElementsAre("AuthorizationCopyRights flags=3 rights=com.halvo.test(flags=1)"));
+}
+
 TEST_F(AuthorizationTest, WithoutAStateFolderTheDaemonDoesNotAnswer) {
   setStateRoot(state_.path() / "missing");
   AuthorizationRef reference = nullptr;
