@@ -6,8 +6,8 @@
 
 namespace halvo {
 
-// Control characters become "\" and three octal digits: a manifest's version or a line of a log must neither move the
-// cursor nor begin a new line. Everything else stays, byte for byte.
+// Each byte of a control character becomes "\" and three octal digits: a manifest's version or a line of a log must
+// neither move the cursor nor begin a new line. Everything else stays, byte for byte.
 [[nodiscard]] std::string visibleText(std::string_view text);
 
 }  // namespace halvo
