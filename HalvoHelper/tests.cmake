@@ -161,6 +161,7 @@ if(NOT APPLE)
       posix_spawnattr_setsigmask)
     list(APPEND faulty_calls halvo_sim_${call})
   endforeach()
+    close fcntl fdopendir fstat fstatat open openat pipe pread read readdir unlink unlinkat waitpid write)
   list(TRANSFORM faulty_calls PREPEND "-Wl,--wrap=")
   # The C++ library's own calls, such as the reading of a directory, take the same road where it is linked in.
   target_link_options(HalvoHelperFaultTest PRIVATE ${faulty_calls} -static-libstdc++)

@@ -1,11 +1,17 @@
 // Shows the lines that are added to a log file while a request runs.
 #pragma once
 
-#include <ios>
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 
 namespace halvo {
+
+class InputFile;
 
 class LogFollower {
  public:
@@ -14,12 +20,15 @@ class LogFollower {
   explicit LogFollower(std::string path);
 
   // Prints the complete lines that were added since the last call. A file that cannot be read is mentioned once; one
-  // that became shorter, as when logs are rotated, is shown from its beginning.
-  void printNewLines(std::ostream& out);
+  // that became shorter or is another one by now, as when logs are rotated, is shown from its beginning.
+  void printNewLines(std::ostream& err);
 
  private:
+  void mention(int error, std::ostream& err);
+
   std::string path_;
-  std::streamoff position_ = 0;
+  std::optional<std::pair<dev_t, ino_t>> identity_;  // of the file that was seen last
+  std::int64_t position_ = 0;
   bool mentioned_ = false;
 };
 

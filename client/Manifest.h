@@ -12,8 +12,8 @@ struct UnreadableManifest {
   bool operator==(const UnreadableManifest&) const = default;
 };
 
-// The whole file as it is; whether it is a manifest, the helper judges. Refuses what is no regular file or larger than
-// a mebibyte, which no manifest is.
+// The whole file as it is; whether it is a manifest, the helper judges. Refuses what is no regular file, what is larger
+// than a mebibyte, which no manifest is, and what changes while it is read.
 [[nodiscard]] std::variant<std::string, UnreadableManifest> readManifest(const std::string& path);
 
 }  // namespace halvo

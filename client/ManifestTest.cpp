@@ -8,14 +8,9 @@
 namespace halvo {
 namespace {
 
-using testing::HasSubstr;
 using testing::VariantWith;
 
 constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
-
-testing::Matcher<std::variant<std::string, UnreadableManifest>> isRefusedWith(const std::string& words) {
-  return VariantWith<UnreadableManifest>(testing::Field(&UnreadableManifest::reason, HasSubstr(words)));
-}
 
 class ManifestTest : public testing::Test {
  protected:
@@ -44,27 +39,42 @@ TEST_F(ManifestTest, LargestIsRead) {
   EXPECT_THAT(readManifest(directory.makeFile("m.json", text)), VariantWith<std::string>(text));
 }
 
-TEST_F(ManifestTest, LargerOneIsRefused) {
-  const std::string path = directory.makeSparseFile("m.json", kMebibyte + 1);
+struct UnreadableRow {
+  const char* name;
+  std::string (*make)(const TemporaryDirectory&);
+  const char* reason;
+};
 
-  EXPECT_THAT(readManifest(path), isRefusedWith("cannot be read. It is larger than 1 MiB"));
+class UnreadableManifestTest : public ManifestTest, public testing::WithParamInterface<UnreadableRow> {};
+
+TEST_P(UnreadableManifestTest, IsRefusedWithWhatToDo) {
+  EXPECT_THAT(readManifest(GetParam().make(directory)),
+              VariantWith<UnreadableManifest>(testing::Field(
+                  &UnreadableManifest::reason,
+                  testing::AllOf(testing::StartsWith("The manifest /"), testing::EndsWith(GetParam().reason)))));
 }
 
-TEST_F(ManifestTest, MissingOneIsRefused) {
-  EXPECT_THAT(readManifest(directory.path("m.json")), isRefusedWith("No such file or directory: check the path."));
-}
-
-TEST_F(ManifestTest, DirectoryIsRefused) {
-  EXPECT_THAT(readManifest(directory.makeDirectory("m.json")), isRefusedWith("It is no regular file"));
-}
-
-TEST_F(ManifestTest, PipeIsRefusedWithoutWaitingForAWriter) {
-  EXPECT_THAT(readManifest(directory.makeFifo("m.json")), isRefusedWith("It is no regular file"));
-}
-
-TEST_F(ManifestTest, NameIsShownWithoutControlCharacters) {
-  EXPECT_THAT(readManifest("/no\x1Bwhere"), isRefusedWith("The manifest /no\\033where cannot be read."));
-}
+INSTANTIATE_TEST_SUITE_P(
+    Table, UnreadableManifestTest,
+    testing::Values(
+        UnreadableRow{"Missing", [](const TemporaryDirectory& in) { return in.path("m.json"); },
+                      "/m.json cannot be read. No such file or directory: check the path."},
+        UnreadableRow{"BelowAFile", [](const TemporaryDirectory& in) { return in.makeFile("f") + "/m.json"; },
+                      "/m.json cannot be read. Not a directory: check the path."},
+        UnreadableRow{"LinkInACircle", [](const TemporaryDirectory& in) { return in.makeLink("m.json", "m.json"); },
+                      "/m.json cannot be read. Too many levels of symbolic links: check the path."},
+        UnreadableRow{"Directory", [](const TemporaryDirectory& in) { return in.makeDirectory("m.json"); },
+                      "/m.json cannot be read. It is no regular file: check the path."},
+        UnreadableRow{"PipeWithoutAWriter", [](const TemporaryDirectory& in) { return in.makeFifo("m.json"); },
+                      "/m.json cannot be read. It is no regular file: check the path."},
+        UnreadableRow{"Device", [](const TemporaryDirectory& in) { return in.makeLink("m.json", "/dev/null"); },
+                      "/m.json cannot be read. It is no regular file: check the path."},
+        UnreadableRow{"TooLarge",
+                      [](const TemporaryDirectory& in) { return in.makeSparseFile("m.json", kMebibyte + 1); },
+                      "/m.json cannot be read. It is larger than 1 MiB: check that it is the manifest."},
+        UnreadableRow{"NameWithControlCharacters", [](const TemporaryDirectory& in) { return in.path("no\x1Bwhere"); },
+                      "/no\\033where cannot be read. No such file or directory: check the path."}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace halvo

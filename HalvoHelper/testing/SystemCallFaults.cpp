@@ -105,6 +105,12 @@ int __wrap_close(int descriptor) {
   return fault == nullptr ? status : halvo::failed(*fault, -1);
 }
 
+ssize_t __real_pread(int descriptor, void* buffer, size_t size, off_t offset);
+ssize_t __wrap_pread(int descriptor, void* buffer, size_t size, off_t offset) {
+  if (const auto* fault = SystemCallFault::of("pread")) return halvo::failed<ssize_t>(*fault, -1);
+  return __real_pread(descriptor, buffer, size, offset);
+}
+
 ssize_t __real_read(int descriptor, void* buffer, size_t size);
 ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
   if (const auto* fault = SystemCallFault::of("read")) return halvo::failed<ssize_t>(*fault, -1);
