@@ -7,34 +7,29 @@
 
 #include "HalvoHelperXPC/ReplyParsers.h"
 #include "client/AdminGrant.h"
-#include "client/Explanations.h"
 #include "client/LogFollower.h"
 #include "client/Manifest.h"
+#include "client/Message.h"
 
 namespace halvo {
 namespace {
 
-struct Streams {
-  std::ostream& out;
-  std::ostream& err;
-};
-
-ExitStatus tell(const Explanation& explanation, const Streams& streams) {
-  if (!explanation.text.empty()) streams.err << explanation.text << '\n' << std::flush;
+ExitStatus tell(const Explanation& explanation, const Surroundings& surroundings) {
+  if (!explanation.text.empty()) say(surroundings.err, explanation.text);
   return explanation.status;
 }
 
-ExitStatus report(const CommandLine& command, const Outcome& outcome, const Streams& streams) {
+ExitStatus report(const CommandLine& command, const Outcome& outcome, const Surroundings& surroundings) {
   if (const auto* text = std::get_if<std::string>(&outcome)) {
-    streams.out << *text << '\n' << std::flush;
-    return tell(explainTextReply(*text), streams);
+    surroundings.out << *text << '\n' << std::flush;
+    return tell(explainTextReply(command, *text), surroundings);
   }
   if (const bool* flag = std::get_if<bool>(&outcome)) {
-    streams.out << (*flag ? "true" : "false") << '\n' << std::flush;
-    return tell(explainBoolReply(command, *flag), streams);
+    surroundings.out << (*flag ? "true" : "false") << '\n' << std::flush;
+    return tell(explainBoolReply(command, *flag), surroundings);
   }
-  if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(), streams);
-  return tell(explainFailure(std::get<ServiceFailure>(outcome)), streams);
+  if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(command), surroundings);
+  return tell(explainFailure(std::get<ServiceFailure>(outcome)), surroundings);
 }
 
 // The helper has another working directory than this program.
@@ -102,41 +97,40 @@ std::optional<Explanation> helperCannotDoIt(Conversation& conversation) {
 }
 
 ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
-                         const Streams& streams) {
-  if (const auto problem = helperCannotDoIt(conversation)) return tell(*problem, streams);
+                         const Surroundings& surroundings) {
+  if (const auto problem = helperCannotDoIt(conversation)) return tell(*problem, surroundings);
   const auto grant = command.withoutGrant ? AdminGrant::empty() : AdminGrant::obtain();
   if (const auto* refusal = std::get_if<AdminGrant::Refusal>(&grant)) {
-    return tell(explainMissingApproval(refusal->status), streams);
+    return tell(explainMissingApproval(refusal->status), surroundings);
   }
-  LogFollower log(progressLogOf(command));
+  LogFollower log(surroundings.logOf(command));
   bool saidSo = false;
   const auto whileWaiting = [&] {
-    if (!std::exchange(saidSo, true)) streams.err << waitingNotice(command) << '\n' << std::flush;
-    log.printNewLines(streams.err);
+    if (!std::exchange(saidSo, true)) say(surroundings.err, waitingNotice(command));
+    log.printNewLines(surroundings.err);
   };
   const Outcome outcome = conversation.ask(
       [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
         sendAuthorized(command, std::get<AdminGrant>(grant).externalForm(), manifest, helper, text, boolean);
       },
       whileWaiting);
-  return report(command, outcome, streams);
+  return report(command, outcome, surroundings);
 }
 
 }  // namespace
 
-ExitStatus runCommand(const CommandLine& command, Conversation& conversation, std::ostream& out, std::ostream& err) {
-  const Streams streams{out, err};
+ExitStatus runCommand(const CommandLine& command, Conversation& conversation, const Surroundings& surroundings) {
   std::string manifest;
   if (command.verb == Verb::install) {
     auto text = readManifest(command.manifestPath);
     if (const auto* problem = std::get_if<UnreadableManifest>(&text)) {
-      return tell({ExitStatus::unreadableManifest, problem->reason}, streams);
+      return tell({ExitStatus::unreadableManifest, problem->reason}, surroundings);
     }
     manifest = std::move(std::get<std::string>(text));
   }
   const bool changesNothing = command.verb == Verb::ping || command.verb == Verb::users;
-  if (!command.legacy && !changesNothing) return askAuthorized(command, manifest, conversation, streams);
-  return report(command, askPlain(command, manifest, conversation), streams);
+  if (!command.legacy && !changesNothing) return askAuthorized(command, manifest, conversation, surroundings);
+  return report(command, askPlain(command, manifest, conversation), surroundings);
 }
 
 }  // namespace halvo

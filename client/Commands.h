@@ -1,15 +1,25 @@
 // Carries out what the command line asks for.
 #pragma once
 
+#include <functional>
 #include <ostream>
+#include <string>
 
 #include "client/CommandLine.h"
 #include "client/Conversation.h"
 #include "client/ExitStatus.h"
+#include "client/Explanations.h"
 
 namespace halvo {
 
-// Prints the helper's reply to `out` as it came, and everything meant for people to `err`. Blocks until the reply.
-ExitStatus runCommand(const CommandLine& command, Conversation& conversation, std::ostream& out, std::ostream& err);
+// What a command reads and writes besides the helper's messages.
+struct Surroundings {
+  std::ostream& out;                                                     // the helper's reply, as it came
+  std::ostream& err;                                                     // everything meant for people
+  std::function<std::string(const CommandLine&)> logOf = progressLogOf;  // the log to show while a request runs
+};
+
+// Blocks until the reply. Whether the reply could be written, the stream itself knows.
+ExitStatus runCommand(const CommandLine& command, Conversation& conversation, const Surroundings& surroundings);
 
 }  // namespace halvo

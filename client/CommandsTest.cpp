@@ -3,11 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <deque>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <sstream>
-#include <utility>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "client/testing/ScriptedHelper.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
 #include "sim/support/StateRoot.h"
 
@@ -15,58 +18,8 @@ namespace halvo {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-
-// A helper that notes each request as one line and answers from a script.
-class ScriptedHelper final : public HalvoHelperProtocol {
- public:
-  void ping(const TextReply& reply) override { note("ping"), reply(pingReply); }
-  void enumerateActiveGuiDomains(const TextReply& reply) override { note("users"), reply(textReply); }
-  void prepareForRemoval(bool accept, const TextReply& reply) override {
-    note("legacy prepareForRemoval " + flag(accept)), reply(textReply);
-  }
-  void removeAppBundle(const std::string& path, const BoolReply& reply) override {
-    note("legacy removeAppBundle " + path), reply(boolReply);
-  }
-  void finalizeRemoval() override { note("legacy finalizeRemoval"); }
-  void installSystemPkg(const std::string& path, const std::string& manifest, bool accept,
-                        const TextReply& reply) override {
-    note("legacy install " + path + " " + manifest + " " + flag(accept)), reply(textReply);
-  }
-  void prepareForRemoval(const AuthorizationBlob& form, bool accept, const TextReply& reply) override {
-    note("prepareForRemoval " + size(form) + " " + flag(accept)), reply(textReply);
-  }
-  void removeAppBundle(const AuthorizationBlob& form, const std::string& path, const BoolReply& reply) override {
-    note("removeAppBundle " + size(form) + " " + path), reply(boolReply);
-  }
-  void finalizeRemoval(const AuthorizationBlob& form, const BoolReply& reply) override {
-    note("finalizeRemoval " + size(form)), reply(boolReply);
-  }
-  void installSystemPkg(const AuthorizationBlob& form, const std::string& path, const std::string& manifest,
-                        bool accept, const TextReply& reply) override {
-    note("install " + size(form) + " " + path + " " + manifest + " " + flag(accept)), reply(textReply);
-  }
-
-  std::string pingReply = R"({"ok":true,"helper_version":6,"build_abi":1})";
-  std::string textReply = R"({"code":"ok","changed":[]})";
-  bool boolReply = true;
-  std::vector<std::string> requests;
-
- private:
-  void note(const std::string& request) { requests.push_back(request); }
-  static std::string flag(bool value) { return value ? "true" : "false"; }
-  static std::string size(const AuthorizationBlob& form) { return std::to_string(form.size()) + " bytes"; }
-};
-
-class ScriptedClient final : public ServiceClient {
- public:
-  explicit ScriptedClient(std::shared_ptr<ScriptedHelper> helper) : helper_(std::move(helper)) {}
-  std::shared_ptr<HalvoHelperProtocol> proxy(FailureHandler) override { return helper_; }
-
- private:
-  std::shared_ptr<ScriptedHelper> helper_;
-};
+using Requests = std::vector<std::string>;
 
 class CommandsTest : public testing::Test {
  protected:
@@ -75,7 +28,7 @@ class CommandsTest : public testing::Test {
 
   ExitStatus run(const CommandLine& command) {
     Conversation conversation(std::make_unique<ScriptedClient>(helper));
-    return runCommand(command, conversation, out, err);
+    return runCommand(command, conversation, {out, err});
   }
 
   void letTheAdministrator(const std::string& answer) { state.makeFile("authorization-answer", answer); }
@@ -87,45 +40,177 @@ class CommandsTest : public testing::Test {
   }
 
   TemporaryDirectory state;
+  const std::string manifest = state.makeFile("m.json", "{}");
   std::shared_ptr<ScriptedHelper> helper = std::make_shared<ScriptedHelper>();
   std::ostringstream out;
   std::ostringstream err;
 };
 
-TEST_F(CommandsTest, PingNeedsNoApprovalAndPrintsTheReplyAsItCame) {
-  EXPECT_EQ(run({.verb = Verb::ping}), ExitStatus::success);
+struct RequestRow {
+  const char* name;
+  CommandLine command;
+  Requests requests;
+};
 
-  EXPECT_EQ(out.str(), "{\"ok\":true,\"helper_version\":6,\"build_abi\":1}\n");
-  EXPECT_EQ(err.str(), "");
-  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+class RequestOfCommand : public CommandsTest, public testing::WithParamInterface<RequestRow> {};
+
+TEST_P(RequestOfCommand, IsMadeOnce) {
+  CommandLine command = GetParam().command;
+  command.manifestPath = manifest;
+
+  run(command);
+
+  EXPECT_EQ(helper->requests, GetParam().requests);
 }
 
-TEST_F(CommandsTest, AChangeCarriesTheThirtyTwoBytesOfAnApproval) {
-  knowTheRight();
-  letTheAdministrator("allow");
+INSTANTIATE_TEST_SUITE_P(Plain, RequestOfCommand,
+                         testing::Values(RequestRow{"Ping", {.verb = Verb::ping}, {"ping"}},
+                                         RequestRow{"Users", {.verb = Verb::users}, {"users"}}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
-  EXPECT_EQ(run({.verb = Verb::removeBundle, .path = "relative/Halvo.app"}), ExitStatus::success);
+INSTANTIATE_TEST_SUITE_P(
+    Authorized, RequestOfCommand,
+    testing::Values(
+        RequestRow{"Install",
+                   {.verb = Verb::install, .withoutGrant = true, .path = "/a.pkg"},
+                   {"ping", "install 32 bytes /a.pkg {} false"}},
+        RequestRow{"InstallWithAudio",
+                   {.verb = Verb::install, .withoutGrant = true, .acceptAudioInterruption = true, .path = "/a.pkg"},
+                   {"ping", "install 32 bytes /a.pkg {} true"}},
+        RequestRow{"PrepareRemoval",
+                   {.verb = Verb::prepareRemoval, .withoutGrant = true},
+                   {"ping", "prepareForRemoval 32 bytes false"}},
+        RequestRow{"PrepareRemovalWithAudio",
+                   {.verb = Verb::prepareRemoval, .withoutGrant = true, .acceptAudioInterruption = true},
+                   {"ping", "prepareForRemoval 32 bytes true"}},
+        RequestRow{"RemoveBundle",
+                   {.verb = Verb::removeBundle, .withoutGrant = true, .path = "relative/Halvo.app"},
+                   {"ping", "removeAppBundle 32 bytes relative/Halvo.app"}},
+        RequestRow{"Finalize", {.verb = Verb::finalize, .withoutGrant = true}, {"ping", "finalizeRemoval 32 bytes"}}),
+    [](const auto& row) { return std::string(row.param.name); });
 
-  EXPECT_THAT(helper->requests, ElementsAre("ping", "removeAppBundle 32 bytes relative/Halvo.app"));
-  EXPECT_EQ(out.str(), "true\n");
+INSTANTIATE_TEST_SUITE_P(
+    Legacy, RequestOfCommand,
+    testing::Values(
+        RequestRow{
+            "Install", {.verb = Verb::install, .legacy = true, .path = "/a.pkg"}, {"legacy install /a.pkg {} false"}},
+        RequestRow{"InstallWithAudio",
+                   {.verb = Verb::install, .legacy = true, .acceptAudioInterruption = true, .path = "/a.pkg"},
+                   {"legacy install /a.pkg {} true"}},
+        RequestRow{
+            "PrepareRemoval", {.verb = Verb::prepareRemoval, .legacy = true}, {"legacy prepareForRemoval false"}},
+        RequestRow{"PrepareRemovalWithAudio",
+                   {.verb = Verb::prepareRemoval, .legacy = true, .acceptAudioInterruption = true},
+                   {"legacy prepareForRemoval true"}},
+        RequestRow{"RemoveBundle",
+                   {.verb = Verb::removeBundle, .legacy = true, .path = "relative/Halvo.app"},
+                   {"legacy removeAppBundle relative/Halvo.app"}},
+        // The ping behind it shows that it arrived.
+        RequestRow{"Finalize", {.verb = Verb::finalize, .legacy = true}, {"legacy finalizeRemoval", "ping"}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+struct ReplyRow {
+  const char* name;
+  CommandLine command;
+  const char* textReply;
+  bool boolReply;
+  ExitStatus status;
+  const char* out;
+  const char* err;
+};
+
+class ReplyToCommand : public CommandsTest, public testing::WithParamInterface<ReplyRow> {};
+
+TEST_P(ReplyToCommand, IsPrintedAsItCameAndExplained) {
+  helper->textReply = GetParam().textReply;
+  helper->boolReply = GetParam().boolReply;
+
+  EXPECT_EQ(run(GetParam().command), GetParam().status);
+
+  EXPECT_EQ(out.str(), GetParam().out);
+  EXPECT_EQ(err.str(), GetParam().err);
 }
 
-TEST_F(CommandsTest, AnAdministratorWhoRefusesEndsItBeforeTheHelperIsAsked) {
-  knowTheRight();
-  letTheAdministrator("deny");
+INSTANTIATE_TEST_SUITE_P(
+    Table, ReplyToCommand,
+    testing::Values(
+        ReplyRow{"Ping",
+                 {.verb = Verb::ping},
+                 "",
+                 false,
+                 ExitStatus::success,
+                 "{\"ok\":true,\"helper_version\":6,\"build_abi\":1}\n",
+                 ""},
+        ReplyRow{
+            "Users", {.verb = Verb::users}, R"({"uids":[501]})", false, ExitStatus::success, "{\"uids\":[501]}\n", ""},
+        ReplyRow{"Done",
+                 {.verb = Verb::prepareRemoval, .withoutGrant = true},
+                 R"({"code":"ok","gui_app_path":"/Applications/Halvo.app"})",
+                 false,
+                 ExitStatus::success,
+                 "{\"code\":\"ok\",\"gui_app_path\":\"/Applications/Halvo.app\"}\n",
+                 ""},
+        ReplyRow{"Refused",
+                 {.verb = Verb::prepareRemoval, .withoutGrant = true},
+                 R"({"code":"audio_active"})",
+                 false,
+                 ExitStatus::refused,
+                 "{\"code\":\"audio_active\"}\n",
+                 "halvo-app: Audio is running and would be interrupted. Stop it, or try again with "
+                 "--accept-audio-interruption. Nothing was changed.\n"},
+        ReplyRow{"Unauthorized",
+                 {.verb = Verb::prepareRemoval, .withoutGrant = true},
+                 R"({"code":"unauthorized"})",
+                 false,
+                 ExitStatus::unauthorized,
+                 "{\"code\":\"unauthorized\"}\n",
+                 "halvo-app: Nobody approved the authorization that was sent, so the helper did nothing. Make the "
+                 "request without --without-grant.\n"},
+        ReplyRow{"True", {.verb = Verb::finalize, .withoutGrant = true}, "", true, ExitStatus::success, "true\n", ""},
+        ReplyRow{"False",
+                 {.verb = Verb::finalize, .withoutGrant = true},
+                 "",
+                 false,
+                 ExitStatus::unauthorized,
+                 "false\n",
+                 "halvo-app: Nobody approved the authorization that was sent, so the helper did nothing. Make the "
+                 "request without --without-grant.\n"},
+        ReplyRow{"None",
+                 {.verb = Verb::finalize, .legacy = true},
+                 "",
+                 false,
+                 ExitStatus::unauthorized,
+                 "",
+                 "halvo-app: A legacy request carries no approval, and the helper never acts on one. Make it without "
+                 "\"legacy\".\n"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
-  EXPECT_EQ(run({.verb = Verb::prepareRemoval}), ExitStatus::unauthorized);
+TEST_F(CommandsTest, ARelativePackageIsMadeAbsolute) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(state.path());
+  run({.verb = Verb::install, .withoutGrant = true, .path = "below/a.pkg", .manifestPath = manifest});
+  std::filesystem::current_path(before);
 
-  EXPECT_THAT(helper->requests, ElementsAre("ping"));
-  EXPECT_EQ(out.str(), "");
-  EXPECT_THAT(err.str(), HasSubstr("An administrator has to approve this, and none did (status -6000"));
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "install 32 bytes " + state.path("below/a.pkg") + " {} false"));
 }
 
-TEST_F(CommandsTest, WithoutAGrantNobodyIsAsked) {
-  EXPECT_EQ(run({.verb = Verb::prepareRemoval, .withoutGrant = true}), ExitStatus::success);
+TEST_F(CommandsTest, InAFolderThatIsGoneARelativePackageStaysAsItWasTyped) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(state.makeDirectory("gone"));
+  std::filesystem::remove(state.path("gone"));
+  run({.verb = Verb::install, .withoutGrant = true, .path = "a.pkg", .manifestPath = manifest});
+  std::filesystem::current_path(before);
 
-  EXPECT_THAT(helper->requests, ElementsAre("ping", "prepareForRemoval 32 bytes false"));
-  EXPECT_FALSE(isNamed(state.path("authorization-prompts")));
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "install 32 bytes a.pkg {} false"));
+}
+
+TEST_F(CommandsTest, AManifestThatCannotBeReadEndsItBeforeAnythingElse) {
+  EXPECT_EQ(run({.verb = Verb::install, .path = "/tmp/a.pkg", .manifestPath = "/nowhere/m.json"}),
+            ExitStatus::unreadableManifest);
+
+  EXPECT_THAT(helper->requests, IsEmpty());
+  EXPECT_EQ(err.str(),
+            "halvo-app: The manifest /nowhere/m.json cannot be read. No such file or directory: check the path.\n");
 }
 
 TEST_F(CommandsTest, AHelperOfAnOlderVersionIsNotAskedForAChange) {
@@ -134,46 +219,89 @@ TEST_F(CommandsTest, AHelperOfAnOlderVersionIsNotAskedForAChange) {
   EXPECT_EQ(run({.verb = Verb::finalize}), ExitStatus::helperTooOld);
 
   EXPECT_THAT(helper->requests, ElementsAre("ping"));
+  EXPECT_EQ(err.str(),
+            "halvo-app: The installed helper is too old for this request. Open the new application, which registers "
+            "its own helper, and try again.\n");
 }
 
-TEST_F(CommandsTest, AnInstallSendsTheManifestsTextAndAnAbsolutePath) {
-  const std::string manifest = state.makeFile("m.json", R"({"driver_version":"1"})");
+TEST_F(CommandsTest, AHelperThatDoesNotAnswerAPingIsNotAskedForAChange) {
+  helper->pingFailure = {ServiceFailure::Kind::unreachable, "nobody there"};
 
-  run({.verb = Verb::install, .withoutGrant = true, .path = "/tmp/a.pkg", .manifestPath = manifest});
+  EXPECT_EQ(run({.verb = Verb::finalize}), ExitStatus::unreachable);
 
-  EXPECT_THAT(helper->requests, ElementsAre("ping", R"(install 32 bytes /tmp/a.pkg {"driver_version":"1"} false)"));
+  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper cannot be reached, "));
 }
 
-TEST_F(CommandsTest, AManifestThatCannotBeReadEndsItBeforeAnythingElse) {
-  EXPECT_EQ(run({.verb = Verb::install, .path = "/tmp/a.pkg", .manifestPath = "/nowhere/m.json"}),
-            ExitStatus::unreadableManifest);
+TEST_F(CommandsTest, AFailureOfTheRequestIsExplainedAndPrintsNoReply) {
+  helper->requestFailure = {ServiceFailure::Kind::interrupted, "gone"};
 
-  EXPECT_THAT(helper->requests, IsEmpty());
-  EXPECT_THAT(err.str(), HasSubstr("The manifest /nowhere/m.json cannot be read."));
+  EXPECT_EQ(run({.verb = Verb::finalize, .withoutGrant = true}), ExitStatus::interrupted);
+
+  EXPECT_EQ(out.str(), "");
+  EXPECT_EQ(
+      err.str(),
+      "halvo-app: The helper ended before it replied. (gone) Try again: what it was doing may be done in part.\n");
 }
 
-TEST_F(CommandsTest, ALegacyRequestCarriesNoApproval) {
-  helper->textReply = R"({"code":"unauthorized"})";
+TEST_F(CommandsTest, AChangeCarriesTheApprovalOfAnAdministrator) {
+  knowTheRight();
+  letTheAdministrator("allow");
 
-  EXPECT_EQ(run({.verb = Verb::prepareRemoval, .legacy = true}), ExitStatus::unauthorized);
+  EXPECT_EQ(run({.verb = Verb::removeBundle, .path = "/Applications/Halvo.app"}), ExitStatus::success);
 
-  EXPECT_THAT(helper->requests, ElementsAre("legacy prepareForRemoval false"));
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "removeAppBundle 32 bytes /Applications/Halvo.app"));
+  EXPECT_TRUE(isNamed(state.path("authorization-prompts")));
 }
 
-TEST_F(CommandsTest, ALegacyFinalRemovalIsFollowedByAPingThatShowsItArrived) {
-  EXPECT_EQ(run({.verb = Verb::finalize, .legacy = true}), ExitStatus::unauthorized);
+TEST_F(CommandsTest, WithoutAGrantNobodyIsAsked) {
+  EXPECT_EQ(run({.verb = Verb::prepareRemoval, .withoutGrant = true}), ExitStatus::success);
 
-  EXPECT_THAT(helper->requests, ElementsAre("legacy finalizeRemoval", "ping"));
+  EXPECT_FALSE(isNamed(state.path("authorization-prompts")));
 }
 
-TEST_F(CommandsTest, ARefusalIsPrintedAsItCameAndExplained) {
-  helper->textReply = R"({"code":"audio_active"})";
+struct ApprovalRow {
+  const char* name;
+  const char* failing;
+  std::int32_t status;
+  const char* err;
+};
 
-  EXPECT_EQ(run({.verb = Verb::prepareRemoval, .withoutGrant = true}), ExitStatus::refused);
+class MissingApproval : public CommandsTest, public testing::WithParamInterface<ApprovalRow> {};
 
-  EXPECT_EQ(out.str(), "{\"code\":\"audio_active\"}\n");
-  EXPECT_THAT(err.str(), HasSubstr("Audio is running"));
+TEST_P(MissingApproval, EndsItBeforeTheHelperIsAsked) {
+  knowTheRight();
+  letTheAdministrator("allow");
+  sim::FrameworkProbe probe;
+  probe.failNext(GetParam().failing, GetParam().status);
+
+  EXPECT_EQ(run({.verb = Verb::prepareRemoval}), ExitStatus::unauthorized);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+  EXPECT_EQ(out.str(), "");
+  EXPECT_EQ(err.str(), GetParam().err);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, MissingApproval,
+    testing::Values(
+        ApprovalRow{"NoAuthorization", "AuthorizationCreate", -60008,
+                    "halvo-app: The system's authorization service could not be used (status -60008). Nothing was "
+                    "changed. Try again; if that does not help, restart the Mac.\n"},
+        ApprovalRow{"Denied", "AuthorizationCopyRights", -60005,
+                    "halvo-app: An administrator has to approve this, and none did (status -60005). Nothing was "
+                    "changed. Try again with the name and password of an administrator.\n"},
+        ApprovalRow{"Cancelled", "AuthorizationCopyRights", -60006,
+                    "halvo-app: The question for an administrator's approval was cancelled (status -60006). Nothing "
+                    "was changed. Try again and approve when the system asks.\n"},
+        ApprovalRow{"NoScreen", "AuthorizationCopyRights", -60007,
+                    "halvo-app: An administrator has to approve this, and the system cannot ask for it in this "
+                    "session (status -60007). Nothing was changed. Try again in a window of a user who is logged in at "
+                    "the screen.\n"},
+        ApprovalRow{"NoForm", "AuthorizationMakeExternalForm", -60009,
+                    "halvo-app: The system's authorization service could not be used (status -60009). Nothing was "
+                    "changed. Try again; if that does not help, restart the Mac.\n"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(CommandsTest, EveryAuthorizationReferenceIsFreed) {
   knowTheRight();
@@ -185,6 +313,43 @@ TEST_F(CommandsTest, EveryAuthorizationReferenceIsFreed) {
   run({.verb = Verb::prepareRemoval});
 
   EXPECT_EQ(sim::FrameworkProbe::liveObjects(), before);
+}
+
+// Standard error, before somebody who does the next thing each time that something was shown.
+class WatchedText final : public std::stringbuf {
+ public:
+  std::deque<std::function<void()>> steps;
+
+ private:
+  int sync() override {
+    if (steps.empty()) return 0;
+    const auto step = steps.front();
+    steps.pop_front();
+    step();
+    return 0;
+  }
+};
+
+TEST_F(CommandsTest, WhatTakesLongIsSaidOnceAndTheNewLinesOfItsLogAreShown) {
+  const std::string log = state.makeFile("install.log", "from before\n");
+  std::ofstream writer(log, std::ios::app);
+  WatchedText shown;
+  std::ostream watched(&shown);
+  helper->answersAtOnce = false;
+  shown.steps = {[&] { writer << "begun\n"
+                              << std::flush; }, [] {},
+                 [&] { writer << "ended\n"
+                              << std::flush,
+                           helper->answer(); }};
+
+  Conversation conversation(std::make_unique<ScriptedClient>(helper), {.patience = {}, .betweenLooks = {}});
+  const ExitStatus status = runCommand({.verb = Verb::prepareRemoval, .withoutGrant = true}, conversation,
+                                       {out, watched, [&](const auto&) { return log; }});
+
+  EXPECT_EQ(status, ExitStatus::success);
+  EXPECT_EQ(shown.str(),
+            "halvo-app: Waiting for the helper; interrupting this does not stop it. New lines of "
+            "/var/log/halvo-uninstall.log:\n  begun\n  ended\n");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "client/Explanations.h"
 
+#include <Security/Security.h>
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -28,18 +30,17 @@ constexpr std::array<Row, 8> kPackageReasons = {{
      "must have room for a copy. Check the path and try again."},
 }};
 
-constexpr std::array<Row, 7> kCodes = {{
+constexpr std::array<Row, 6> kCodes = {{
     {"audio_active",
      "Audio is running and would be interrupted. Stop it, or try again with --accept-audio-interruption. Nothing was "
      "changed."},
-    {"rolled_back", "The installer failed and the previous installation was copied back. The log says more: "},
-    {"install_failed", "The install failed. The log says more: "},
-    {"incomplete", "Something could not be removed. The log names it: "},
-    {"downgrade", "The package holds an older driver than the installed one. Nothing was changed. "},
+    {"rolled_back",
+     "The installer failed, and what had been saved of the previous installation was copied back. /var/log/install.log "
+     "says why it failed. The helper's log: "},
+    {"install_failed", "The install failed. /var/log/install.log says why. The helper's log: "},
+    {"incomplete", "Something could not be removed. Try again, or remove by hand what the log names: "},
+    {"downgrade", "The manifest names an older driver than the installed one. Nothing was changed. "},
     {"untrusted_package", "The package was refused and nothing was changed. "},
-    {"unauthorized",
-     "The helper did not find an administrator's approval. Approve the request when asked, and use a request that "
-     "carries the approval."},
 }};
 
 template <std::size_t N>
@@ -64,45 +65,68 @@ std::string member(const std::string& reply, std::string_view key) {
   return text == nullptr ? "?" : visibleText(*text);
 }
 
+std::string versionsOf(const std::string& reply) {
+  const std::string incoming = member(reply, "incoming");
+  const std::string versions = "Installed: " + member(reply, "installed") + "; in the manifest: " + incoming + ".";
+  return incoming == "0" ? versions + " A manifest that names no \"driver_version\" counts as 0." : versions;
+}
+
 // What the general text of a code needs from the rest of the reply.
 std::string detailFor(std::string_view code, const std::string& reply) {
   if (code == "rolled_back" || code == "install_failed" || code == "incomplete") return member(reply, "log_path");
-  if (code == "downgrade") {
-    return "Installed: " + member(reply, "installed") + "; in the package: " + member(reply, "incoming") + ".";
-  }
+  if (code == "downgrade") return versionsOf(reply);
   if (code != "untrusted_package") return {};
   const std::string reason = member(reply, "reason");
   const std::string_view known = textFor(kPackageReasons, reason);
   return known.empty() ? "The reason is " + reason + "." : std::string(known);
 }
 
-Explanation explainUnauthorized() { return {ExitStatus::unauthorized, std::string(textFor(kCodes, "unauthorized"))}; }
+// Each of the three needs something else of the person.
+Explanation explainUnauthorized(const CommandLine& command) {
+  if (command.legacy) {
+    return {ExitStatus::unauthorized,
+            "A legacy request carries no approval, and the helper never acts on one. Make it without \"legacy\"."};
+  }
+  if (command.withoutGrant) {
+    return {ExitStatus::unauthorized,
+            "Nobody approved the authorization that was sent, so the helper did nothing. Make the request without "
+            "--without-grant."};
+  }
+  return {
+      ExitStatus::unauthorized,
+      "The helper did not find an administrator's approval and did nothing. An approval is good for five minutes: "
+      "try again. If that does not help, look for the helper's line \"admin right\" in the system log: with sound=0 "
+      "it refuses every change."};
+}
 
 }  // namespace
 
-Explanation explainTextReply(const std::string& reply) {
+Explanation explainTextReply(const CommandLine& command, const std::string& reply) {
   const std::string_view code = codeOf(reply);
   // The replies of ping and users have no code: there is nothing to refuse.
   if (code == "ok" || reply.starts_with("{\"ok\":true") || reply.starts_with("{\"uids\":[")) {
     return {ExitStatus::success, {}};
   }
-  if (code == "unauthorized") return explainUnauthorized();
+  if (code == "unauthorized") return explainUnauthorized(command);
   const std::string_view known = textFor(kCodes, code);
   if (known.empty()) {
-    return {ExitStatus::refused, "The helper answered something that this program does not know. Update it."};
+    return {ExitStatus::refused,
+            "The helper answered something that this program does not know. What it did, its logs say: "
+            "/var/log/halvo-install.log and /var/log/halvo-uninstall.log. Update the application."};
   }
   return {ExitStatus::refused, std::string(known) + detailFor(code, reply)};
 }
 
 Explanation explainBoolReply(const CommandLine& command, bool succeeded) {
   if (succeeded) return {ExitStatus::success, {}};
-  if (command.legacy || command.verb == Verb::finalize) return explainUnauthorized();
+  if (command.legacy || command.verb == Verb::finalize) return explainUnauthorized(command);
   return {ExitStatus::refused,
-          "The helper did not remove it. The path must be absolute, without \"..\", and lead to a Halvo.app that holds "
-          "the product's programs; an administrator must have approved. The system log says which of these failed."};
+          "The helper did not remove it, or not all of it. The path must be absolute, without \"..\", and lead to a "
+          "Halvo.app that holds the product's programs: the system log names a path that was refused. Without such a "
+          "line the approval was missing or older than five minutes, or something in the folder could not be removed."};
 }
 
-Explanation explainNoReply() { return explainUnauthorized(); }
+Explanation explainNoReply(const CommandLine& command) { return explainUnauthorized(command); }
 
 Explanation explainFailure(const ServiceFailure& failure) {
   const std::string inBrackets = " (" + visibleText(failure.description) + ") ";
@@ -110,10 +134,11 @@ Explanation explainFailure(const ServiceFailure& failure) {
     case ServiceFailure::Kind::unreachable:
       return {ExitStatus::unreachable,
               "The helper cannot be reached, or does not take this program for the application." + inBrackets +
-                  "Open the Halvo application, which registers its helper, and try again."};
+                  "Open the Halvo application, which registers its helper, allow the helper in System Settings, Login "
+                  "Items, and try again."};
     case ServiceFailure::Kind::interrupted:
-      return {ExitStatus::interrupted, "The helper ended before it replied." + inBrackets +
-                                           "Ask again; an install that was running may have to be repeated."};
+      return {ExitStatus::interrupted,
+              "The helper ended before it replied." + inBrackets + "Try again: what it was doing may be done in part."};
     case ServiceFailure::Kind::rejected:
       return {ExitStatus::refused, "The helper could not take the request." + inBrackets +
                                        "Application and helper may be of different versions: update both."};
@@ -128,10 +153,24 @@ Explanation explainOldHelper() {
 }
 
 Explanation explainMissingApproval(std::int32_t status) {
-  return {ExitStatus::unauthorized, "An administrator has to approve this, and none did (status " +
-                                        std::to_string(status) +
-                                        "). Nothing was asked of the helper. Try again and approve when the system "
-                                        "asks."};
+  const std::string nothingChanged = " (status " + std::to_string(status) + "). Nothing was changed. ";
+  const auto because = [&](const std::string& reason, const std::string& advice) {
+    return Explanation{ExitStatus::unauthorized, reason + nothingChanged + advice};
+  };
+  switch (status) {
+    case errAuthorizationCanceled:
+      return because("The question for an administrator's approval was cancelled",
+                     "Try again and approve when the system asks.");
+    case errAuthorizationDenied:
+      return because("An administrator has to approve this, and none did",
+                     "Try again with the name and password of an administrator.");
+    case errAuthorizationInteractionNotAllowed:
+      return because("An administrator has to approve this, and the system cannot ask for it in this session",
+                     "Try again in a window of a user who is logged in at the screen.");
+    default:
+      return because("The system's authorization service could not be used",
+                     "Try again; if that does not help, restart the Mac.");
+  }
 }
 
 std::string progressLogOf(const CommandLine& command) {

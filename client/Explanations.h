@@ -18,19 +18,19 @@ struct Explanation {
 
 // A reply that is a JSON text. The outcome is its first member, which the helper always writes itself: later members
 // may hold text that came from a manifest.
-[[nodiscard]] Explanation explainTextReply(const std::string& reply);
+[[nodiscard]] Explanation explainTextReply(const CommandLine& command, const std::string& reply);
 
 // A reply to remove-bundle or finalize, or to a legacy form of them.
 [[nodiscard]] Explanation explainBoolReply(const CommandLine& command, bool succeeded);
 
 // The one request that has no reply, finalize of the first generation, has arrived.
-[[nodiscard]] Explanation explainNoReply();
+[[nodiscard]] Explanation explainNoReply(const CommandLine& command);
 
 [[nodiscard]] Explanation explainFailure(const ServiceFailure& failure);
 
 [[nodiscard]] Explanation explainOldHelper();
 
-// The administrator's approval was not given; the status is that of Authorization Services.
+// There is no administrator's approval to send; the status is that of Authorization Services.
 [[nodiscard]] Explanation explainMissingApproval(std::int32_t status);
 
 // Which log the request writes its progress to; empty when it writes none.

@@ -1,115 +1,284 @@
 #include "client/Explanations.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace halvo {
 namespace {
 
-using testing::HasSubstr;
+const CommandLine kInstall{.verb = Verb::install, .path = "a.pkg", .manifestPath = "m.json"};
+const CommandLine kRemoveBundle{.verb = Verb::removeBundle, .path = "/Applications/Halvo.app"};
 
 struct ReplyRow {
   const char* name;
   const char* reply;
-  ExitStatus status;
-  const char* words;
+  const char* text;
 };
 
-class TextReplyExplanation : public testing::TestWithParam<ReplyRow> {};
+std::string nameOf(const testing::TestParamInfo<ReplyRow>& row) { return row.param.name; }
 
-TEST_P(TextReplyExplanation, NamesTheStatusAndWhatToDo) {
-  const Explanation explanation = explainTextReply(GetParam().reply);
+class RefusalExplanation : public testing::TestWithParam<ReplyRow> {};
 
-  EXPECT_EQ(explanation.status, GetParam().status);
-  EXPECT_THAT(explanation.text, HasSubstr(GetParam().words));
+TEST_P(RefusalExplanation, SaysWhatHappenedAndWhatToDo) {
+  EXPECT_EQ(explainTextReply(kInstall, GetParam().reply), (Explanation{ExitStatus::refused, GetParam().text}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Refusals, TextReplyExplanation,
+    Codes, RefusalExplanation,
     testing::Values(
-        ReplyRow{"Unauthorized", R"({"code":"unauthorized"})", ExitStatus::unauthorized, "administrator's approval"},
-        ReplyRow{"AudioActive", R"({"code":"audio_active"})", ExitStatus::refused, "--accept-audio-interruption"},
-        ReplyRow{"Downgrade", R"({"code":"downgrade","installed":"2.1","incoming":"2.0"})", ExitStatus::refused,
-                 "Installed: 2.1; in the package: 2.0."},
-        ReplyRow{"RolledBack", R"({"code":"rolled_back","log_path":"/var/log/x.log"})", ExitStatus::refused,
-                 "copied back. The log says more: /var/log/x.log"},
-        ReplyRow{"InstallFailed", R"({"code":"install_failed","log_path":"/var/log/x.log"})", ExitStatus::refused,
-                 "The install failed. The log says more: /var/log/x.log"},
-        ReplyRow{"Incomplete", R"({"code":"incomplete","log_path":"/var/log/y.log"})", ExitStatus::refused,
-                 "could not be removed. The log names it: /var/log/y.log"},
-        ReplyRow{"UnknownCode", R"({"code":"surprise"})", ExitStatus::refused, "does not know"},
-        ReplyRow{"NoJSON", "garbage", ExitStatus::refused, "does not know"},
-        ReplyRow{"Empty", "", ExitStatus::refused, "does not know"}),
-    [](const auto& row) { return std::string(row.param.name); });
+        ReplyRow{"AudioActive", R"({"code":"audio_active"})",
+                 "Audio is running and would be interrupted. Stop it, or try again with --accept-audio-interruption. "
+                 "Nothing was changed."},
+        ReplyRow{"Downgrade", R"({"code":"downgrade","installed":"2.1","incoming":"2.0"})",
+                 "The manifest names an older driver than the installed one. Nothing was changed. "
+                 "Installed: 2.1; in the manifest: 2.0."},
+        ReplyRow{"DowngradeToNoVersion", R"({"code":"downgrade","installed":"2.1","incoming":"0"})",
+                 "The manifest names an older driver than the installed one. Nothing was changed. "
+                 "Installed: 2.1; in the manifest: 0. A manifest that names no \"driver_version\" counts as 0."},
+        ReplyRow{"RolledBack", R"({"code":"rolled_back","log_path":"/var/log/x.log"})",
+                 "The installer failed, and what had been saved of the previous installation was copied back. "
+                 "/var/log/install.log says why it failed. The helper's log: /var/log/x.log"},
+        ReplyRow{"InstallFailed", R"({"code":"install_failed","log_path":"/var/log/x.log"})",
+                 "The install failed. /var/log/install.log says why. The helper's log: /var/log/x.log"},
+        ReplyRow{"Incomplete", R"({"code":"incomplete","log_path":"/var/log/y.log"})",
+                 "Something could not be removed. Try again, or remove by hand what the log names: /var/log/y.log"}),
+    nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    PackageReasons, TextReplyExplanation,
-    testing::Values(ReplyRow{"Unreadable", R"({"code":"untrusted_package","reason":"unreadable"})", ExitStatus::refused,
-                             "could not read the package"},
-                    ReplyRow{"Unsigned", R"({"code":"untrusted_package","reason":"unsigned"})", ExitStatus::refused,
-                             "is not signed"},
-                    ReplyRow{"NotNotarized", R"({"code":"untrusted_package","reason":"not_notarized"})",
-                             ExitStatus::refused, "has not notarised"},
-                    ReplyRow{"NotDeveloperID", R"({"code":"untrusted_package","reason":"not_developer_id"})",
-                             ExitStatus::refused, "Developer ID installer"},
-                    ReplyRow{"WrongTeam", R"({"code":"untrusted_package","reason":"wrong_team"})", ExitStatus::refused,
-                             "signed by somebody else"},
-                    ReplyRow{"ChainTruncated", R"({"code":"untrusted_package","reason":"chain_truncated"})",
-                             ExitStatus::refused, "chain is incomplete"},
-                    ReplyRow{"UnknownAuthority", R"({"code":"untrusted_package","reason":"unknown_authority"})",
-                             ExitStatus::refused, "do not come from Apple"},
-                    ReplyRow{"StagingFailed", R"({"code":"untrusted_package","reason":"staging_failed"})",
-                             ExitStatus::refused, "at most 256 MiB"},
-                    ReplyRow{"NewReason", R"({"code":"untrusted_package","reason":"too_blue"})", ExitStatus::refused,
-                             "The reason is too_blue."}),
-    [](const auto& row) { return std::string(row.param.name); });
+    PackageReasons, RefusalExplanation,
+    testing::Values(
+        ReplyRow{"Unreadable", R"({"code":"untrusted_package","reason":"unreadable"})",
+                 "The package was refused and nothing was changed. The system could not read the package. Download it "
+                 "again."},
+        ReplyRow{"Unsigned", R"({"code":"untrusted_package","reason":"unsigned"})",
+                 "The package was refused and nothing was changed. The package is not signed. Use a package from the "
+                 "maker."},
+        ReplyRow{"NotNotarized", R"({"code":"untrusted_package","reason":"not_notarized"})",
+                 "The package was refused and nothing was changed. Apple has not notarised the package. Use a released "
+                 "package."},
+        ReplyRow{"NotDeveloperID", R"({"code":"untrusted_package","reason":"not_developer_id"})",
+                 "The package was refused and nothing was changed. The package is not signed as a Developer ID "
+                 "installer. Use a released package."},
+        ReplyRow{"WrongTeam", R"({"code":"untrusted_package","reason":"wrong_team"})",
+                 "The package was refused and nothing was changed. The package is signed by somebody else. Use a "
+                 "package from the maker."},
+        ReplyRow{"ChainTruncated", R"({"code":"untrusted_package","reason":"chain_truncated"})",
+                 "The package was refused and nothing was changed. The package's certificate chain is incomplete. Use "
+                 "a released package."},
+        ReplyRow{"UnknownAuthority", R"({"code":"untrusted_package","reason":"unknown_authority"})",
+                 "The package was refused and nothing was changed. The package's certificates do not come from Apple. "
+                 "Use a package from the maker."},
+        ReplyRow{"StagingFailed", R"({"code":"untrusted_package","reason":"staging_failed"})",
+                 "The package was refused and nothing was changed. The helper could not take the package in: it must "
+                 "be a regular file, no link, of at most 256 MiB, and the disk must have room for a copy. Check the "
+                 "path and try again."},
+        ReplyRow{"NewReason", R"({"code":"untrusted_package","reason":"too_blue"})",
+                 "The package was refused and nothing was changed. The reason is too_blue."}),
+    nameOf);
 
-class SuccessfulReply : public testing::TestWithParam<const char*> {};
+// The helper inserts versions as they are: a manifest's may end the text, begin another member, or hold anything.
+INSTANTIATE_TEST_SUITE_P(
+    StrangeMembers, RefusalExplanation,
+    testing::Values(ReplyRow{"NoJSON", R"({"code":"downgrade","installed":"2.1","incoming":"1"2"})",
+                             "The manifest names an older driver than the installed one. Nothing was changed. "
+                             "Installed: ?; in the manifest: ?."},
+                    ReplyRow{"Missing", R"({"code":"incomplete"})",
+                             "Something could not be removed. Try again, or remove by hand what the log names: ?"},
+                    ReplyRow{"NoText", R"({"code":"incomplete","log_path":7})",
+                             "Something could not be removed. Try again, or remove by hand what the log names: ?"},
+                    ReplyRow{
+                        "ControlCharacters", R"({"code":"incomplete","log_path":"\u001b[2J"})",
+                        "Something could not be removed. Try again, or remove by hand what the log names: \\033[2J"},
+                    ReplyRow{"SecondCode", R"({"code":"downgrade","installed":"2.0","incoming":"1","code":"ok"})",
+                             "The manifest names an older driver than the installed one. Nothing was changed. "
+                             "Installed: 2.0; in the manifest: 1."}),
+    nameOf);
+
+class UnknownReply : public testing::TestWithParam<ReplyRow> {};
+
+TEST_P(UnknownReply, PointsToTheLogs) {
+  EXPECT_EQ(explainTextReply(kInstall, GetParam().reply),
+            (Explanation{ExitStatus::refused,
+                         "The helper answered something that this program does not know. What it did, its logs say: "
+                         "/var/log/halvo-install.log and /var/log/halvo-uninstall.log. Update the application."}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, UnknownReply,
+                         testing::Values(ReplyRow{"NewCode", R"({"code":"surprise"})", ""},
+                                         ReplyRow{"EmptyCode", R"({"code":""})", ""},
+                                         ReplyRow{"CodeNotFirst", R"({"x":1,"code":"ok"})", ""},
+                                         ReplyRow{"CodeWithBlank", R"({"code": "ok"})", ""},
+                                         ReplyRow{"NoJSON", "garbage", ""}, ReplyRow{"Empty", "", ""}),
+                         nameOf);
+
+class SuccessfulReply : public testing::TestWithParam<ReplyRow> {};
 
 TEST_P(SuccessfulReply, NeedsNoWords) {
-  EXPECT_EQ(explainTextReply(GetParam()), (Explanation{ExitStatus::success, ""}));
+  EXPECT_EQ(explainTextReply(kInstall, GetParam().reply), (Explanation{ExitStatus::success, ""}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, SuccessfulReply,
-                         testing::Values(R"({"code":"ok","changed":["driver"]})",
-                                         R"({"code":"ok","gui_app_path":"/Applications/Halvo.app"})",
-                                         R"({"ok":true,"helper_version":6,"build_abi":1})", R"({"uids":[]})"));
+                         testing::Values(ReplyRow{"Install", R"({"code":"ok","changed":["driver"]})", ""},
+                                         ReplyRow{"Removal",
+                                                  R"({"code":"ok","gui_app_path":"/Applications/Halvo.app"})", ""},
+                                         ReplyRow{"Ping", R"({"ok":true,"helper_version":6,"build_abi":1})", ""},
+                                         ReplyRow{"Users", R"({"uids":[]})", ""}),
+                         nameOf);
 
-// The helper does not escape what it inserts: a manifest's version may end the text and begin another member.
-TEST(ExplanationsTest, ARefusalStaysOneWhateverAVersionPutsBehindIt) {
-  const Explanation explanation =
-      explainTextReply(R"({"code":"downgrade","installed":"2.0","incoming":"1","code":"ok"})");
+struct UnauthorizedRow {
+  const char* name;
+  CommandLine command;
+  const char* text;
+};
 
-  EXPECT_EQ(explanation.status, ExitStatus::refused);
+class UnauthorizedExplanation : public testing::TestWithParam<UnauthorizedRow> {};
+
+TEST_P(UnauthorizedExplanation, SaysHowToGetAnApprovalThere) {
+  const Explanation expected{ExitStatus::unauthorized, GetParam().text};
+
+  EXPECT_EQ(explainTextReply(GetParam().command, R"({"code":"unauthorized"})"), expected);
+  EXPECT_EQ(explainNoReply(GetParam().command), expected);
 }
 
-TEST(ExplanationsTest, ABundleThatStaysIsARefusal) {
-  const Explanation explanation = explainBoolReply({.verb = Verb::removeBundle, .path = "/x"}, false);
+INSTANTIATE_TEST_SUITE_P(
+    Table, UnauthorizedExplanation,
+    testing::Values(
+        UnauthorizedRow{"WithAGrant", kInstall,
+                        "The helper did not find an administrator's approval and did nothing. An approval is good for "
+                        "five minutes: try again. If that does not help, look for the helper's line \"admin right\" in "
+                        "the system log: with sound=0 it refuses every change."},
+        UnauthorizedRow{"WithoutAGrant",
+                        {.verb = Verb::prepareRemoval, .withoutGrant = true},
+                        "Nobody approved the authorization that was sent, so the helper did nothing. Make the request "
+                        "without --without-grant."},
+        UnauthorizedRow{"Legacy",
+                        {.verb = Verb::finalize, .legacy = true},
+                        "A legacy request carries no approval, and the helper never acts on one. Make it without "
+                        "\"legacy\"."}),
+    [](const auto& row) { return std::string(row.param.name); });
 
-  EXPECT_EQ(explanation.status, ExitStatus::refused);
-  EXPECT_THAT(explanation.text, HasSubstr("The path must be absolute"));
+TEST(ExplanationsTest, ABundleThatStaysIsARefusal) {
+  EXPECT_EQ(
+      explainBoolReply(kRemoveBundle, false),
+      (Explanation{
+          ExitStatus::refused,
+          "The helper did not remove it, or not all of it. The path must be absolute, without \"..\", and lead to a "
+          "Halvo.app that holds the product's programs: the system log names a path that was refused. Without such a "
+          "line the approval was missing or older than five minutes, or something in the folder could not be "
+          "removed."}));
 }
 
 TEST(ExplanationsTest, AFinalRemovalAnsweredFalseLacksApproval) {
-  EXPECT_EQ(explainBoolReply({.verb = Verb::finalize}, false).status, ExitStatus::unauthorized);
+  const CommandLine finalize{.verb = Verb::finalize, .withoutGrant = true};
+
+  EXPECT_EQ(explainBoolReply(finalize, false), explainTextReply(finalize, R"({"code":"unauthorized"})"));
 }
 
 TEST(ExplanationsTest, ALegacyRequestAnsweredFalseLacksApproval) {
-  EXPECT_EQ(explainBoolReply({.verb = Verb::removeBundle, .legacy = true}, false).status, ExitStatus::unauthorized);
+  const CommandLine legacy{.verb = Verb::removeBundle, .legacy = true, .path = "/x"};
+
+  EXPECT_EQ(explainBoolReply(legacy, false), explainTextReply(legacy, R"({"code":"unauthorized"})"));
 }
 
 TEST(ExplanationsTest, TrueNeedsNoWords) {
-  EXPECT_EQ(explainBoolReply({.verb = Verb::removeBundle}, true), (Explanation{ExitStatus::success, ""}));
+  EXPECT_EQ(explainBoolReply(kRemoveBundle, true), (Explanation{ExitStatus::success, ""}));
 }
 
-TEST(ExplanationsTest, EveryFailureHasItsOwnStatusAndRepeatsThePlatformsWords) {
-  using Kind = ServiceFailure::Kind;
+struct FailureRow {
+  const char* name;
+  ServiceFailure failure;
+  Explanation expected;
+};
 
-  EXPECT_EQ(explainFailure({Kind::unreachable, "why"}).status, ExitStatus::unreachable);
-  EXPECT_EQ(explainFailure({Kind::interrupted, "why"}).status, ExitStatus::interrupted);
-  EXPECT_EQ(explainFailure({Kind::rejected, "why"}).status, ExitStatus::refused);
-  EXPECT_THAT(explainFailure({Kind::unreachable, "why"}).text, HasSubstr("(why)"));
+class FailureExplanation : public testing::TestWithParam<FailureRow> {};
+
+TEST_P(FailureExplanation, RepeatsThePlatformsWordsAndSaysWhatToDo) {
+  EXPECT_EQ(explainFailure(GetParam().failure), GetParam().expected);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, FailureExplanation,
+    testing::Values(
+        FailureRow{"Unreachable",
+                   {ServiceFailure::Kind::unreachable, "why"},
+                   {ExitStatus::unreachable,
+                    "The helper cannot be reached, or does not take this program for the application. (why) Open the "
+                    "Halvo application, which registers its helper, allow the helper in System Settings, Login Items, "
+                    "and try again."}},
+        FailureRow{"Interrupted",
+                   {ServiceFailure::Kind::interrupted, "why"},
+                   {ExitStatus::interrupted,
+                    "The helper ended before it replied. (why) Try again: what it was doing may be done in part."}},
+        FailureRow{"Rejected",
+                   {ServiceFailure::Kind::rejected, "w\x1Bhy"},
+                   {ExitStatus::refused,
+                    "The helper could not take the request. (w\\033hy) Application and helper may be of different "
+                    "versions: update both."}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ExplanationsTest, AHelperThatIsTooOldIsReplacedByTheApplication) {
+  EXPECT_EQ(explainOldHelper(),
+            (Explanation{ExitStatus::helperTooOld,
+                         "The installed helper is too old for this request. Open the new application, which registers "
+                         "its own helper, and try again."}));
+}
+
+struct ApprovalRow {
+  const char* name;
+  std::int32_t status;
+  const char* text;
+};
+
+class MissingApprovalExplanation : public testing::TestWithParam<ApprovalRow> {};
+
+TEST_P(MissingApprovalExplanation, SaysWhatHinderedIt) {
+  EXPECT_EQ(explainMissingApproval(GetParam().status), (Explanation{ExitStatus::unauthorized, GetParam().text}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, MissingApprovalExplanation,
+    testing::Values(
+        ApprovalRow{"Cancelled", -60006,
+                    "The question for an administrator's approval was cancelled (status -60006). Nothing was changed. "
+                    "Try again and approve when the system asks."},
+        ApprovalRow{"Denied", -60005,
+                    "An administrator has to approve this, and none did (status -60005). Nothing was changed. Try "
+                    "again with the name and password of an administrator."},
+        ApprovalRow{"NoScreen", -60007,
+                    "An administrator has to approve this, and the system cannot ask for it in this session (status "
+                    "-60007). Nothing was changed. Try again in a window of a user who is logged in at the screen."},
+        ApprovalRow{"NoService", -60008,
+                    "The system's authorization service could not be used (status -60008). Nothing was changed. Try "
+                    "again; if that does not help, restart the Mac."}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+struct LogRow {
+  const char* name;
+  Verb verb;
+  const char* log;
+  const char* notice;
+};
+
+class WaitingNotice : public testing::TestWithParam<LogRow> {};
+
+TEST_P(WaitingNotice, NamesTheLogThatFollows) {
+  EXPECT_EQ(progressLogOf({.verb = GetParam().verb}), GetParam().log);
+  EXPECT_EQ(waitingNotice({.verb = GetParam().verb}), GetParam().notice);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, WaitingNotice,
+    testing::Values(
+        LogRow{"Install", Verb::install, "/var/log/halvo-install.log",
+               "Waiting for the helper; interrupting this does not stop it. New lines of "
+               "/var/log/halvo-install.log:"},
+        LogRow{"PrepareRemoval", Verb::prepareRemoval, "/var/log/halvo-uninstall.log",
+               "Waiting for the helper; interrupting this does not stop it. New lines of "
+               "/var/log/halvo-uninstall.log:"},
+        LogRow{"RemoveBundle", Verb::removeBundle, "", "Waiting for the helper; interrupting this does not stop it."},
+        LogRow{"Finalize", Verb::finalize, "", "Waiting for the helper; interrupting this does not stop it."},
+        LogRow{"Ping", Verb::ping, "", "Waiting for the helper; interrupting this does not stop it."},
+        LogRow{"Users", Verb::users, "", "Waiting for the helper; interrupting this does not stop it."}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace halvo

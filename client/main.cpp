@@ -10,6 +10,7 @@
 #include "client/Conversation.h"
 #include "client/ExitStatus.h"
 #include "client/InterruptHandling.h"
+#include "client/Message.h"
 #include "client/VisibleText.h"
 #include "platform/service/ServiceClient.h"
 
@@ -19,7 +20,7 @@ namespace {
 ExitStatus run(const std::vector<std::string>& arguments) {
   const auto parsed = parseCommandLine(arguments);
   if (const auto* wrong = std::get_if<UsageError>(&parsed)) {
-    std::cerr << "halvo-app: " << visibleText(wrong->message) << "; see halvo-app --help\n";
+    say(std::cerr, visibleText(wrong->message) + "; see halvo-app --help");
     return ExitStatus::usage;
   }
   if (std::holds_alternative<HelpWanted>(parsed)) {
@@ -31,7 +32,7 @@ ExitStatus run(const std::vector<std::string>& arguments) {
     return ExitStatus::success;
   }
   Conversation conversation(ServiceClient::forMachService(std::string(kHalvoHelperMachService)));
-  return runCommand(std::get<CommandLine>(parsed), conversation, std::cout, std::cerr);
+  return runCommand(std::get<CommandLine>(parsed), conversation, {std::cout, std::cerr});
 }
 
 }  // namespace
