@@ -113,6 +113,7 @@ Exit status:
    5  the installed helper is too old for this request
   64  wrong usage
   66  the manifest cannot be read
+  74  the request succeeded, but its reply could not be written
  130  interrupted; what the helper has begun, it finishes
 )";
 }

@@ -12,6 +12,7 @@ enum class ExitStatus {
   helperTooOld = 5,
   usage = 64,
   unreadableManifest = 66,
+  unwritableOutput = 74,
   interruptedByUser = 130,
 };
 
