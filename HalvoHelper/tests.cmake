@@ -105,10 +105,9 @@ halvo_test(HalvoHelperTest SOURCES ${tests} PRIVATE ${libraries})
 target_compile_definitions(HalvoHelperTest PRIVATE
   HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>"
   HALVO_FILE_PROBE="$<TARGET_FILE:halvo_file_probe>"
-  HALVO_INSTALL_PROBE="$<TARGET_FILE:halvo_install_probe>")
-add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_install_probe)
+  HALVO_INSTALL_PROBE="$<TARGET_FILE:halvo_install_probe>"
   HALVO_RUNNER_PROBE="$<TARGET_FILE:halvo_runner_probe>")
-add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_runner_probe)
+add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_install_probe halvo_runner_probe)
 
 # Counts what the report parser does: a build of it with a hook in every basic block, and a linker that can redirect
 # its searches.
@@ -130,11 +129,10 @@ endif()
 if(NOT APPLE)
   halvo_test(HalvoHelperFaultTest
     SOURCES
+      system/PrivilegedFSFaultTest.cpp
+      system/RealProcessRunnerFaultTest.cpp
       system/RemoveTreeFaultTest.cpp
       testing/DeepTree.cpp
-      system/PrivilegedFSFaultTest.cpp
-      testing/ProcessState.cpp
-      system/RealProcessRunnerFaultTest.cpp
       testing/ProcessState.cpp
       testing/SpawnFaults.cpp
       testing/SystemCallFaults.cpp
@@ -144,8 +142,7 @@ if(NOT APPLE)
   target_compile_definitions(HalvoHelperFaultTest PRIVATE HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>")
   add_dependencies(HalvoHelperFaultTest halvo_child_report)
   set(faulty_calls
-    close fcntl fdopendir fstat fstatat lstat open openat pipe read readdir unlink unlinkat waitpid write)
-    close fcntl fdopendir fstat fstatat open openat pipe read readdir unlink unlinkat waitpid write)
+    close fcntl fdopendir fstat fstatat lstat open openat pipe pread read readdir unlink unlinkat waitpid write)
   foreach(call IN ITEMS
       posix_spawn
       posix_spawn_file_actions_adddup2
@@ -161,7 +158,6 @@ if(NOT APPLE)
       posix_spawnattr_setsigmask)
     list(APPEND faulty_calls halvo_sim_${call})
   endforeach()
-    close fcntl fdopendir fstat fstatat open openat pipe pread read readdir unlink unlinkat waitpid write)
   list(TRANSFORM faulty_calls PREPEND "-Wl,--wrap=")
   # The C++ library's own calls, such as the reading of a directory, take the same road where it is linked in.
   target_link_options(HalvoHelperFaultTest PRIVATE ${faulty_calls} -static-libstdc++)

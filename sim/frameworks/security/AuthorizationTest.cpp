@@ -91,17 +91,6 @@ TEST_F(AuthorizationTest, AnItemWithALengthButNoValueIsRefused) {
   EXPECT_EQ(AuthorizationCopyRights(client.get(), &rights, nullptr, kAsk, nullptr), errAuthorizationInvalidSet);
 }
 
-TEST_F(AuthorizationTest, TheFlagsOfAnItemAreRecorded) {
-  const Handle client = create();
-  FrameworkProbe probe;
-  AuthorizationItem item = {kRight, 0, nullptr, kAuthorizationFlagCanNotPreAuthorize};
-  const AuthorizationRights rights = {1, &item};
-
-  AuthorizationCopyRights(client.get(), &rights, nullptr, kAsk, nullptr);
-
-  EXPECT_THAT(probe.calls(), testing::ElementsAre("AuthorizationCopyRights flags=3 rights=com.halvo.test(flags=1)"));
-}
-
 TEST_F(AuthorizationTest, WithoutAStateFolderTheDaemonDoesNotAnswer) {
   setStateRoot(state_.path() / "missing");
   AuthorizationRef reference = nullptr;
