@@ -25,6 +25,7 @@ set(tests
   service/HelperHandlerTest.cpp
   system/AudioActivityTest.cpp
   system/BoundedCopyTest.cpp
+  system/CopyContractTest.cpp
   system/CopyTreeTest.cpp
   system/InheritedStateTest.cpp
   system/LaunchctlTest.cpp

@@ -2,11 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <ostream>
-
 #include "HalvoHelper/testing/InstallMachine.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TreeKind.h"
 
 namespace halvo {
 namespace {
@@ -22,13 +20,7 @@ const std::string kRollbackRoot = "/var/db/halvo/install-rollback";
 const std::string kBroker = "/Library/PrivilegedHelperTools/halvo-broker";
 const std::string kDriver = "/Library/Audio/Plug-Ins/HAL/Halvo.driver";
 
-struct TreeRow {
-  const char* name;
-  std::function<std::shared_ptr<const FileTree>(const std::string& directory)> make;
-};
-void PrintTo(const TreeRow& row, std::ostream* out) { *out << row.name; }
-
-class InstallSnapshotTest : public testing::TestWithParam<TreeRow> {
+class InstallSnapshotTest : public testing::TestWithParam<TreeKind> {
  protected:
   // A snapshot from an earlier install, or something else of that name.
   void makeEntry(const std::string& name, std::int64_t daysAgo) const {
@@ -45,11 +37,7 @@ class InstallSnapshotTest : public testing::TestWithParam<TreeRow> {
   InstallMachine machine_{tree_};
 };
 
-INSTANTIATE_TEST_SUITE_P(
-    On, InstallSnapshotTest,
-    testing::Values(TreeRow{"Memory", [](const auto&) { return std::make_shared<InMemoryTree>(); }},
-                    TreeRow{"Disk", [](const auto& path) { return std::make_shared<DiskTree>(path); }}),
-    [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(On, InstallSnapshotTest, kTreeKinds, treeKindName);
 
 TEST_P(InstallSnapshotTest, IsNamedByTheTimeAndHoldsTheFourPartsByTheirLastNames) {
   EXPECT_EQ(machine_.install(), kOk);

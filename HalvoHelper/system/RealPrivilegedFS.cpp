@@ -31,9 +31,9 @@ bool isNamed(const std::string& path) {
   return ::lstat(path.c_str(), &info) == 0;
 }
 
-// Whether a copy that failed with `error` can have made what has that name. What stood in its way it did not make; for
-// a tree, that is said of something further down as well.
-bool canBeOurs(const std::string& copy, int error) {
+// Whether what is there after a copy that failed with `error` can be the copy's. What was in its way is somebody
+// else's; but of a directory, EEXIST says that something was in the way further down.
+bool canBeHalfACopy(const std::string& copy, int error) {
   struct stat info {};
   return error != EEXIST || (::lstat(copy.c_str(), &info) == 0 && S_ISDIR(info.st_mode));
 }
@@ -98,7 +98,7 @@ bool RealPrivilegedFS::copyTree(const std::string& source, const std::string& de
       COPYFILE_ALL | COPYFILE_RECURSIVE | COPYFILE_NOFOLLOW | COPYFILE_EXCL | COPYFILE_CLONE;
   if (::copyfile(source.c_str(), copy.c_str(), nullptr, kFlags) == 0) return true;
   // Half a copy must not be taken for a whole one: a snapshot's items are copied back by their mere presence.
-  if (canBeOurs(copy, errno)) static_cast<void>(halvoRemoveTree(copy));
+  if (canBeHalfACopy(copy, errno)) static_cast<void>(halvoRemoveTree(copy));
   return false;
 }
 
