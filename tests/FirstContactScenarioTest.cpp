@@ -15,7 +15,17 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-using FirstContactScenario = Scenario;
+constexpr const char* kHelper = "/Applications/Halvo.app/Contents/MacOS/halvo-helper";
+
+class FirstContactScenario : public Scenario {
+ protected:
+  // Puts a script in the helper's place that becomes the helper, with SIGCHLD ignored and no standard descriptors.
+  void startTheHelperInAnOddState() {
+    const std::string moved = std::string(kHelper) + ".moved";
+    std::filesystem::rename(mac().path(kHelper), mac().path(moved));
+    mac().writeFile(kHelper, "#!/bin/sh\nexec env --ignore-signal=CHLD " + moved + " <&- >&- 2>&-\n", 0755);
+  }
+};
 
 TEST_F(FirstContactScenario, NothingRunsUntilAClientConnects) {
   start();
@@ -134,6 +144,13 @@ TEST_F(FirstContactScenario, TheHelperStaysForAMinuteAfterARequest) {
   ASSERT_TRUE(waitUntil([&] { return !machine.helperProcess().has_value(); }));
 
   EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
+}
+
+TEST_F(FirstContactScenario, AHelperThatWasStartedInAnOddStateRunsItsToolsAsEver) {
+  startTheHelperInAnOddState();
+  start();
+
+  EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kInstalledReply);
 }
 
 TEST_F(FirstContactScenario, AfterAMinuteOfIdlenessTheHelperExitsAndTheNextRequestStartsItAgain) {

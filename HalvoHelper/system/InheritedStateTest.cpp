@@ -44,8 +44,8 @@ TEST_P(ClosedStandardDescriptors, ReadAndWriteNothingOnceTheStateIsInOrder) {
   EXPECT_EQ(reportFrom("start", GetParam().redirects, kTool), "7\nout\ntrouble\n");
 }
 
-TEST_P(ClosedStandardDescriptors, AreNoFilesOfOursOnceTheStateIsInOrder) {
-  EXPECT_EQ(reportFrom("start", GetParam().redirects, ""), "3");
+TEST_P(ClosedStandardDescriptors, AreNoFilesOfOursAndWritableOnceTheStateIsInOrder) {
+  EXPECT_EQ(reportFrom("start", GetParam().redirects, ""), "3 writable");
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ClosedStandardDescriptors,

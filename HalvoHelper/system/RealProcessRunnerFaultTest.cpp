@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 
+#include "HalvoHelper/system/InheritedState.h"
 #include "HalvoHelper/system/RealProcessRunner.h"
 #include "HalvoHelper/testing/ProcessState.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
@@ -201,6 +202,17 @@ TEST_F(RunnerFaultTest, ALostExitStatusIsNoSuccess) {
 
   EXPECT_EQ(fault.calls(), 1);
   EXPECT_GT(::waitpid(-1, nullptr, 0), 0);
+}
+
+// The state that the process was started in.
+
+TEST_F(RunnerFaultTest, AMissingNullDeviceIsTriedOnce) {
+  const SystemCallFault fault("open", ENOENT, 1, 10);
+
+  halvoPutInheritedStateInOrder();
+
+  EXPECT_EQ(fault.calls(), 1);
+  expectNothingLeft();
 }
 
 }  // namespace

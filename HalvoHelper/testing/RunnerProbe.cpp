@@ -23,11 +23,13 @@ int restartIgnoringChildren(char* argv[]) {
   return EXIT_FAILURE;
 }
 
+bool canWriteTo(int descriptor) { return ::write(descriptor, "x", 1) == 1; }
+
 }  // namespace
 
 // Usage: halvo_runner_probe [ignoring-children] as-is|start REPORT HELD [TOOL ARGUMENT...]
 // Keeps the file HELD open for reading meanwhile, as the helper keeps files and connections. Without a tool it reports
-// the number of that descriptor.
+// the number of that descriptor, and whether both standard streams can be written to.
 int main(int argc, char* argv[]) {
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (words.size() < 3) return EXIT_FAILURE;
@@ -37,7 +39,7 @@ int main(int argc, char* argv[]) {
   std::ofstream report;
   if (words.size() == 3) {
     report.open(words[1]);
-    report << held.get();
+    report << held.get() << (canWriteTo(STDOUT_FILENO) && canWriteTo(STDERR_FILENO) ? " writable" : " not writable");
   } else {
     const auto result = halvo::RealProcessRunner().run(words[3], {words.begin() + 4, words.end()});
     report.open(words[1]);
