@@ -1,5 +1,6 @@
 // What becomes of a tree when a system call fails in the middle of its removal, or when somebody works on it at the
 // worst moment.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@
 
 #include "HalvoHelper/system/RealPrivilegedFS.h"
 #include "HalvoHelper/system/RemoveTree.h"
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "HalvoHelper/testing/DeepTree.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
@@ -101,6 +103,34 @@ TEST_F(RemoveTreeFaultTest, OrdinaryItemsAreNeitherLookedAtNorOpened) {
   EXPECT_EQ(judged.calls(), 2) << "the two directories";
 }
 
+TEST_F(RemoveTreeFaultTest, AFileIsRemovedWithoutBeingOpened) {
+  const SystemCallFault opened("openat", EIO, 0, 0);
+
+  EXPECT_TRUE(halvoRemoveTree(directory_.makeFile("file")));
+
+  EXPECT_EQ(opened.calls(), 0);
+}
+
+// Another thread's file may have the number of a descriptor as soon as that is closed.
+TEST_F(RemoveTreeFaultTest, NoDescriptorIsClosedTwice) {
+  UniqueDescriptor strangers;
+
+  const SystemCallHook open("close", 1, [&] { strangers = UniqueDescriptor(::open("/dev/null", O_RDONLY)); });
+  EXPECT_TRUE(halvoRemoveTree(directory_.makeDirectory("tree")));
+
+  EXPECT_TRUE(strangers.close());
+}
+
+TEST_F(RemoveTreeFaultTest, FlagsAreLookedAtOnlyWhereTheyMayBeTheReason) {
+  directory_.makeFile("tree/file");
+
+  const SystemCallFault fault("unlinkat", EIO);
+  const SystemCallFault looked("fstatat", EIO, 0, 0);
+  EXPECT_FALSE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_EQ(looked.calls(), 1) << "the tree";
+}
+
 TEST_F(RemoveTreeFaultTest, AFifoThatMayBeLockedIsNotOpened) {
   directory_.makeFifo("tree/fifo");
 
@@ -148,6 +178,32 @@ INSTANTIATE_TEST_SUITE_P(Table, RemoveVanishingTree,
                                          Moment{"BeforeAFileIsRemoved", "unlinkat", 1},
                                          Moment{"BeforeADirectoryIsRemoved", "unlinkat", 2}),
                          [](const auto& row) { return std::string(row.param.name); });
+
+// ---- Entries that become something else
+
+TEST_F(RemoveTreeFaultTest, ADirectoryThatHasBecomeAFileGoes) {
+  const std::string entry = directory_.makeDirectory("tree/entry");
+
+  const SystemCallHook replaced("openat", 2, [&] {
+    std::filesystem::remove(entry);
+    directory_.makeFile("tree/entry");
+  });
+  EXPECT_TRUE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_THAT(fs_.entries(directory_.path()), IsEmpty());
+}
+
+TEST_F(RemoveTreeFaultTest, AFileThatHasBecomeADirectoryGoesWithWhatIsInIt) {
+  const std::string entry = directory_.makeFile("tree/entry");
+
+  const SystemCallHook replaced("unlinkat", 1, [&] {
+    std::filesystem::remove(entry);
+    directory_.makeFile("tree/entry/file");
+  });
+  EXPECT_TRUE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_THAT(fs_.entries(directory_.path()), IsEmpty());
+}
 
 // ---- Links that are swapped in
 

@@ -5,10 +5,9 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <thread>
-#include <utility>
+#include <vector>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 
@@ -17,63 +16,62 @@ namespace {
 
 void touch(const std::string& path) { UniqueDescriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)); }
 
-class Swapper {
- public:
-  Swapper(std::string victim, std::string aside, std::string outside)
-      : victim_(std::move(victim)),
-        aside_(std::move(aside)),
-        outside_(std::move(outside)),
-        thread_([this] { work(); }) {}
-  Swapper(const Swapper&) = delete;
-  Swapper& operator=(const Swapper&) = delete;
-  ~Swapper() { finish(); }
-
-  int finish() {
-    stop_ = true;
-    if (thread_.joinable()) thread_.join();
-    return swaps_;
+// Files that are to be removed before or after the victim, in whatever order the removal goes.
+std::vector<std::string> makeFiles(const std::string& prefix) {
+  constexpr int kFiles = 40;
+  std::vector<std::string> made;
+  for (int i = 0; i < kFiles; ++i) {
+    made.push_back(prefix + std::to_string(i));
+    touch(made.back());
   }
+  return made;
+}
 
- private:
-  void work() {
-    while (!stop_) {
-      std::rename(victim_.c_str(), aside_.c_str());
-      if (::symlink(outside_.c_str(), victim_.c_str()) == 0) ++swaps_;
-      ::unlink(victim_.c_str());
-      std::rename(aside_.c_str(), victim_.c_str());
-    }
-  }
+bool swap(const std::string& victim, const std::string& aside, const std::string& outside) {
+  return std::rename(victim.c_str(), aside.c_str()) == 0 && ::symlink(outside.c_str(), victim.c_str()) == 0;
+}
 
-  std::string victim_;
-  std::string aside_;
-  std::string outside_;
-  std::atomic<bool> stop_ = false;
-  std::atomic<int> swaps_ = 0;
-  std::thread thread_;
-};
+// Runs `work` while another thread waits for the first of those files to go: by then the removal has seen the victim as
+// a directory, and has most likely yet to come to it. Answers whether that one could swap it.
+bool runAgainstSwap(const std::function<void()>& work, const std::vector<std::string>& watched,
+                    const std::function<bool()>& swapVictim) {
+  const auto stands = [](const std::string& path) { return ::access(path.c_str(), F_OK) == 0; };
+  std::atomic<bool> waiting = false;
+  std::atomic<bool> over = false;
+  bool swapped = false;
+  std::thread attacker([&] {
+    waiting = true;
+    while (!over && stands(watched.front()) && stands(watched.back())) continue;
+    swapped = swapVictim();
+  });
+  while (!waiting) std::this_thread::yield();
+  work();
+  over = true;
+  attacker.join();
+  return swapped;
+}
 
 }  // namespace
 
-SwapOutcome removeWhileSwapping(const TemporaryDirectory& directory, int rounds, std::chrono::seconds longest,
+SwapOutcome removeWhileSwapping(const TemporaryDirectory& directory, int rounds,
                                 const std::function<void(const std::string& tree)>& removeTree) {
   const std::string outside = directory.makeDirectory("outside");
   const std::string canary = directory.makeFile("outside/file");
-  const std::string tree = directory.path("tree");
-  const std::string victim = tree + "/victim";
-  Swapper swapper(victim, directory.path("aside"), outside);
-
   SwapOutcome outcome;
-  const auto deadline = std::chrono::steady_clock::now() + longest;
-  for (int round = 0; round < rounds && std::chrono::steady_clock::now() < deadline; ++round) {
-    ::mkdir(tree.c_str(), 0700);
+  for (int round = 0; round < rounds; ++round) {
+    const std::string tree = directory.makeDirectory("tree" + std::to_string(round));
+    const std::string victim = tree + "/victim";
+    std::vector<std::string> files = makeFiles(tree + "/before");
     ::mkdir(victim.c_str(), 0700);
     touch(victim + "/file");
-    removeTree(tree);
+    files.push_back(makeFiles(tree + "/after").back());
+
+    const auto swapVictim = [&] { return swap(victim, directory.path("aside" + std::to_string(round)), outside); };
+    if (runAgainstSwap([&] { removeTree(tree); }, files, swapVictim)) ++outcome.swaps;
     if (isNamed(canary)) continue;
     ++outcome.roundsThatReachedOutside;
     touch(canary);
   }
-  outcome.swaps = swapper.finish();
   return outcome;
 }
 
