@@ -16,8 +16,8 @@ struct JSONOther {
   bool operator==(const JSONOther&) const = default;
 };
 
-// A number counts as an integer when its value is exactly whole and fits: 6, 6.0 and 6e0 alike. A boolean never
-// counts as a number.
+// A number counts as an integer when the value that its text denotes is exactly whole and fits: 6, 6.0 and 6e0 alike;
+// no double stands between. A boolean never counts as a number.
 using JSONValue = std::variant<JSONOther, bool, std::int64_t, std::string>;
 using JSONObject = std::map<std::string, JSONValue, std::less<>>;
 

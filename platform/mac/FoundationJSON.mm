@@ -2,6 +2,7 @@
 
 #include "platform/JSONObject.h"
 #import "platform/mac/FoundationText.h"
+#include "platform/mac/JSONExactNumbers.h"
 #include "platform/mac/JSONNesting.h"
 #include "platform/mac/UnicodeText.h"
 
@@ -39,7 +40,8 @@ id objectIn(NSData* data) {
 std::optional<JSONObject> halvoReadJSONObject(std::string_view text) {
   if (text.empty() || !isPlainText(text) || jsonNestsTooDeep(text)) return std::nullopt;
   @autoreleasepool {
-    const id top = objectIn([NSData dataWithBytes:text.data() length:text.size()]);
+    const std::string exact = withExactNumbers(text);
+    const id top = objectIn([NSData dataWithBytes:exact.data() length:exact.size()]);
     if (![top isKindOfClass:[NSDictionary class]]) return std::nullopt;
     JSONObject object;
     auto* const members = static_cast<NSDictionary*>(top);

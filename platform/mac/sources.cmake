@@ -4,6 +4,8 @@ set(HALVO_MAC_PLATFORM_SOURCES
   FoundationJSON.mm
   FoundationPropertyList.mm
   FoundationText.mm
+  ../JSONNumber.cpp
+  JSONExactNumbers.cpp
   JSONNesting.cpp
   PropertyListContainers.cpp
   SMServiceRegistration.mm
@@ -25,6 +27,8 @@ set(HALVO_MAC_SERVICE_SOURCES
 set(HALVO_MAC_TEST_SOURCES
   ExportedHandlerTest.mm
   FoundationTextTest.mm
+  ../JSONNumberTest.cpp
+  JSONExactNumbersTest.cpp
   JSONNestingTest.cpp
   PendingCallsTest.cpp
   PropertyListContainersTest.cpp

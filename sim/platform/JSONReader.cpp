@@ -1,8 +1,8 @@
-#include <cmath>
 #include <exception>
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "platform/JSONNumber.h"
 #include "platform/JSONObject.h"
 
 namespace halvo {
@@ -22,7 +22,11 @@ class TopLevelMembers final : public nlohmann::json_sax<Json> {
   bool number_unsigned(number_unsigned_t value) override {
     return std::in_range<std::int64_t>(value) ? member(static_cast<std::int64_t>(value)) : member(JSONOther{});
   }
-  bool number_float(number_float_t value, const string_t& /*text*/) override { return member(wholeNumber(value)); }
+  // Also for what looks like an integer and fits into none.
+  bool number_float(number_float_t /*value*/, const string_t& text) override {
+    const auto integer = wholeJSONNumber(text);
+    return integer ? member(*integer) : member(JSONOther{});
+  }
   bool string(string_t& value) override { return member(std::move(value)); }
   bool binary(binary_t& /*value*/) override { return false; }
 
@@ -42,13 +46,6 @@ class TopLevelMembers final : public nlohmann::json_sax<Json> {
 
  private:
   static constexpr int kDeepest = 512;
-
-  static JSONValue wholeNumber(double value) {
-    // The lower bound is a double, the upper one is the first double that no longer fits.
-    const bool fits = value >= -0x1p63 && value < 0x1p63 && std::trunc(value) == value;
-    if (!fits) return JSONOther{};
-    return static_cast<std::int64_t>(value);
-  }
 
   bool member(JSONValue value) {
     if (depth_ == 0) return false;
