@@ -121,7 +121,7 @@ TEST(JSONObjectContract, BracketsInsideTextsAreNoLevels) {
 }
 
 TEST(JSONObjectContract, TextOfManyMegabytesIsRead) {
-  const std::string text(std::size_t{32} * 1024 * 1024, 'x');
+  const std::string text(std::size_t{8} * 1024 * 1024, 'x');
 
   EXPECT_THAT(halvoReadJSONObject("{\"a\":\"" + text + "\"}"), Optional(Eq(JSONObject{{"a", text}})));
 }
