@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/PropertyList.h"
+
 namespace halvo {
 namespace {
 
-constexpr std::size_t kMostContainers = 512;
 constexpr std::size_t kTrailerSize = 32;
 
 std::size_t occurrences(std::string_view text, std::string_view wanted) {
@@ -51,9 +52,9 @@ std::size_t containersOfBinary(std::string_view list) {
 }  // namespace
 
 bool holdsTooManyContainers(std::string_view propertyList) {
-  if (propertyList.starts_with("bplist")) return containersOfBinary(propertyList) > kMostContainers;
+  if (propertyList.starts_with("bplist")) return containersOfBinary(propertyList) > kMostPropertyListContainers;
   if (propertyList.find('\0') != std::string_view::npos) return true;
-  return occurrences(propertyList, "<array") + occurrences(propertyList, "<dict") > kMostContainers;
+  return occurrences(propertyList, "<array") + occurrences(propertyList, "<dict") > kMostPropertyListContainers;
 }
 
 }  // namespace halvo

@@ -5,9 +5,8 @@
 
 namespace halvo {
 
-// Whether the list holds more than 512 arrays and dictionaries, or hides how many it holds (XML with NULs in it, which
-// is UTF-16). Readers recurse once for each level and run on threads with small stacks; the property list of an honest
-// bundle has a few dozen containers in all.
+// Whether the list, binary or XML in UTF-8, holds more arrays and dictionaries than a property list may, or hides how
+// many it holds: XML with NULs in it.
 [[nodiscard]] bool holdsTooManyContainers(std::string_view propertyList);
 
 }  // namespace halvo

@@ -8,6 +8,7 @@ set(HALVO_MAC_PLATFORM_SOURCES
   JSONExactNumbers.cpp
   JSONNesting.cpp
   PropertyListContainers.cpp
+  PropertyListXML.cpp
   SMServiceRegistration.mm
   SystemLog.cpp
   SystemUptime.cpp
@@ -32,6 +33,7 @@ set(HALVO_MAC_TEST_SOURCES
   JSONNestingTest.cpp
   PendingCallsTest.cpp
   PropertyListContainersTest.cpp
+  PropertyListXMLTest.cpp
   UnavailableInitializerTest.mm
   UnicodeTextTest.cpp
   testing/CodeUnitString.mm)
