@@ -83,6 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
            TextRow{"RepeatedKeyWhoseLastValueCounts",
                    xml("<dict><key>v</key><string>1</string><key>v</key><string>2</string></dict>"), "2"},
            TextRow{"ByteOrderMark", "\xEF\xBB\xBF" + xml(kVersion), "2.1.0"},
+           TextRow{"ByteOrderMarkAgainstTheDeclaration",
+                   std::string("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-16\"?>") + kVersion, "2.1.0"},
            TextRow{"LittleEndianUTF16", littleEndianUTF16(xml(kVersion)), "2.1.0"},
            TextRow{"BigEndianUTF16", bigEndianUTF16(xml(kVersion)), "2.1.0"}),
     [](const TestParamInfo<TextRow>& row) { return row.param.name; });
@@ -217,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRow{"NulByItsNumber", xmlWithValue("<string>a&#0;b</string>")},
         RefusedRow{"NulByItsHexadecimalNumber", xmlWithValue("<string>a&#x00;b</string>")},
         RefusedRow{"NulInUTF16", littleEndianUTF16(xmlWithValue(std::string_view("<string>a\0b</string>", 20)))},
-        RefusedRow{"UTF16WithoutItsByteOrderMark", littleEndianUTF16(xml(kVersion)).substr(2)},
+        RefusedRow{"UTF16WithoutItsByteOrderMark", littleEndianUTF16(kVersion).substr(2)},
         RefusedRow{"IllFormedUTF8InAText", xmlWithValue("<string>\xFF</string>")},
         RefusedRow{"CutUTF8InAText", xmlWithValue("<string>\xC3</string>")},
         RefusedRow{"OverlongUTF8InAText", xmlWithValue("<string>\xC0\xAF</string>")},

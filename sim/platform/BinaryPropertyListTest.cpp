@@ -41,5 +41,25 @@ TEST(BinaryPropertyListTest, AListBehindItsTableGivesNothing) {
   EXPECT_EQ(readBinaryPropertyList(list), std::nullopt);
 }
 
+TEST(BinaryPropertyListTest, ATableOfMoreObjectsThanAreCountedGivesNothing) {
+  std::string list = binaryDictionary("\x51v", "\x51x", {"\x50"});
+  list.replace(list.size() - 24, 8, bigEndian(3, 8));
+
+  EXPECT_EQ(readBinaryPropertyList(list), std::nullopt);
+}
+
+TEST(BinaryPropertyListTest, AKeyFurtherDownThatIsADictionaryGivesNothing) {
+  const std::string inner = "\xD1" + binaryReference(3) + binaryReference(1);
+
+  EXPECT_EQ(readBinaryPropertyList(binaryDictionary("\x51v", inner, {"\xD0"})), std::nullopt);
+}
+
+TEST(BinaryPropertyListTest, AKeyFurtherDownMayBeANumber) {
+  const std::string inner = "\xD1" + binaryReference(3) + binaryReference(1);
+
+  EXPECT_THAT(readBinaryPropertyList(binaryDictionary("\x51v", inner, {std::string("\x10\x07")})),
+              Optional(Eq(PropertyList{{"v", PropertyListOther{}}})));
+}
+
 }  // namespace
 }  // namespace halvo::sim

@@ -106,8 +106,6 @@ class ListContents {
 
   [[nodiscard]] bool isComplete(const Open& closed, bool inOneTag) const {
     switch (closed.element) {
-      case Element::plist:
-        return closed.children == 1;
       case Element::dictionary:
         return closed.children % 2 == 0;
       case Element::integer:
@@ -120,6 +118,7 @@ class ListContents {
         return isPropertyListDate(text_);
       case Element::data:
         return !inOneTag;
+      case Element::plist:
       case Element::array:
       case Element::key:
       case Element::string:
