@@ -134,9 +134,8 @@ std::unique_ptr<ServiceClient> serviceClientConnectingBy(XPCConnector connect) {
 }
 
 std::unique_ptr<ServiceClient> ServiceClient::forMachService(const std::string& machServiceName) {
-  return serviceClientConnectingBy([machServiceName] {
-    return [[NSXPCConnection alloc] initWithMachServiceName:foundationText(machServiceName)
-                                                    options:NSXPCConnectionPrivileged];
+  return serviceClientConnectingBy([name = machServiceName] {
+    return [[NSXPCConnection alloc] initWithMachServiceName:foundationText(name) options:NSXPCConnectionPrivileged];
   });
 }
 

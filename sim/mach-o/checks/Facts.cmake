@@ -3,10 +3,7 @@
 # Arguments: TABLES (the document), INCLUDE (the declarations' folder), OUTPUT (the file to write).
 set(headers
   CoreFoundation/CoreFoundation.h Security/Security.h CoreAudio/CoreAudio.h dispatch/dispatch.h mach/message.h
-  bsm/libbsm.h copyfile.h spawn.h sys/attr.h sys/stat.h unistd.h)
-  bsm/libbsm.h copyfile.h os/log.h spawn.h)
-set(text "#include <signal.h>\n#include <stdint.h>\n#include <sys/types.h>\n\n#include <type_traits>\n\n")
-  bsm/libbsm.h copyfile.h os/log.h spawn.h
+  bsm/libbsm.h copyfile.h os/log.h spawn.h sys/attr.h
   assert.h dirent.h errno.h fcntl.h limits.h locale.h pthread.h signal.h stddef.h stdint.h stdio.h stdlib.h string.h
   sys/resource.h sys/stat.h sys/statvfs.h sys/types.h sys/wait.h time.h unistd.h wchar.h)
 set(text "#include <type_traits>\n\n")

@@ -26,6 +26,7 @@ int fsync(int descriptor);
 int ftruncate(int descriptor, off_t size);
 int isatty(int descriptor);
 
+#define F_OK 0
 int access(const char* path, int how);
 int chdir(const char* path);
 int chown(const char* path, uid_t owner, gid_t group);
