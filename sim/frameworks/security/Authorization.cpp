@@ -17,10 +17,6 @@ using namespace halvo::sim;
 
 namespace {
 
-constexpr AuthorizationFlags kKnownFlags = kAuthorizationFlagInteractionAllowed | kAuthorizationFlagExtendRights |
-                                           kAuthorizationFlagPartialRights | kAuthorizationFlagDestroyRights |
-                                           kAuthorizationFlagPreAuthorize | kAuthorizationFlagSkipInternalAuth;
-
 // A set of rights as it is handed to the caller: one allocation that owns its names.
 struct OwnedSet {
   AuthorizationItemSet set{};  // first, so that its address is the allocation's
@@ -92,15 +88,13 @@ Outcome evaluateAll(const AuthorizationRights& rights, AuthorizationFlags flags,
 OSStatus copyRights(const TokenName& name, const AuthorizationRights* rights, AuthorizationFlags flags,
                     AuthorizationRights** authorizedRights) {
   if (!isWellFormed(rights)) return errAuthorizationInvalidSet;
-  if ((flags & ~kKnownFlags) != 0) return errAuthorizationInvalidFlags;
   auto token = readToken(name);
   if (!token) return errAuthorizationInvalidRef;
-  const Token before = *token;
+  const auto before = token->credentials.size();
   Outcome outcome = evaluateAll(*rights, flags, *token);
-  // What the user granted stays granted even when another right of the set was refused. A check that changed nothing
+  // A password that was given counts even when another right of the set was refused. A check that changed nothing
   // leaves the file alone.
-  const bool changed = before.rights != token->rights || before.credentials.size() != token->credentials.size();
-  if (changed && !writeToken(name, *token)) return errAuthorizationInternal;
+  if (token->credentials.size() != before && !writeToken(name, *token)) return errAuthorizationInternal;
   if (outcome.status == errAuthorizationSuccess && authorizedRights != nullptr) {
     *authorizedRights = makeSet(std::move(outcome.granted));
   }
@@ -110,7 +104,6 @@ OSStatus copyRights(const TokenName& name, const AuthorizationRights* rights, Au
 OSStatus create(const AuthorizationRights* rights, AuthorizationFlags flags, AuthorizationRef* authorization) {
   if (const auto fault = scriptedFault("create")) return *fault;
   if (authorization == nullptr && rights == nullptr) return errAuthorizationInvalidPointer;
-  if ((flags & ~kKnownFlags) != 0) return errAuthorizationInvalidFlags;
   const auto name = createToken();
   if (!name) return errAuthorizationInternal;
   auto handle = std::make_unique<AuthorizationOpaqueRef>(*name, true);
@@ -145,8 +138,7 @@ OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags fl
     return scripted->status;
   }
   if (authorization == nullptr) return errAuthorizationInvalidRef;
-  if ((flags & ~kAuthorizationFlagDestroyRights) != 0) return errAuthorizationInvalidFlags;
-  if (flags != 0) destroyToken(authorization->name);
+  if ((flags & kAuthorizationFlagDestroyRights) != 0) destroyToken(authorization->name);
   delete authorization;
   return errAuthorizationSuccess;
 }

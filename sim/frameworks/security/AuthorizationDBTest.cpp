@@ -109,6 +109,14 @@ TEST_F(AuthorizationDBTest, WritingAgainKeepsWhenItWasCreated) {
   EXPECT_EQ(get()["shared"], true);
 }
 
+TEST_F(AuthorizationDBTest, WritingAgainErasesMechanismsThatSomebodyAdded) {
+  state_.write("authorization-db/com.halvo.test.json", R"({"class":"user","mechanisms":["Plugin:allow"]})");
+
+  ASSERT_EQ(set({{"class", "user"}}), errAuthorizationSuccess);
+
+  EXPECT_EQ(state_.read("authorization-db/com.halvo.test.json").find("mechanisms"), std::string::npos);
+}
+
 TEST_F(AuthorizationDBTest, ARightNobodyDefinedIsDeniedAndTheResultStaysUntouched) {
   const auto* const marker = reinterpret_cast<CFDictionaryRef>(0x1);
   CFDictionaryRef dictionary = marker;

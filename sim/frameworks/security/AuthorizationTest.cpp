@@ -73,7 +73,6 @@ TEST_F(AuthorizationTest, NullPointersAndReferencesHaveTheirOwnStatuses) {
   AuthorizationRef reference = nullptr;
 
   EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, 0, nullptr), errAuthorizationInvalidPointer);
-  EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, 1U << 20U, &reference), errAuthorizationInvalidFlags);
   EXPECT_EQ(AuthorizationFree(nullptr, 0), errAuthorizationInvalidRef);
   EXPECT_EQ(AuthorizationMakeExternalForm(nullptr, &form), errAuthorizationInvalidRef);
   EXPECT_EQ(AuthorizationMakeExternalForm(client.get(), nullptr), errAuthorizationInvalidPointer);
@@ -81,6 +80,15 @@ TEST_F(AuthorizationTest, NullPointersAndReferencesHaveTheirOwnStatuses) {
   EXPECT_EQ(AuthorizationCopyRights(client.get(), nullptr, nullptr, 0, nullptr), errAuthorizationInvalidSet);
   EXPECT_EQ(copyRight(Handle(), kExtend), errAuthorizationInvalidRef);
   EXPECT_EQ(reference, nullptr);
+}
+
+TEST_F(AuthorizationTest, UnknownFlagsAreIgnored) {
+  constexpr AuthorizationFlags kUnknown = 1U << 20U;
+  AuthorizationRef reference = nullptr;
+
+  EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, kUnknown, &reference), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(create(), kAsk | kUnknown), errAuthorizationSuccess);
+  EXPECT_EQ(AuthorizationFree(reference, kUnknown), errAuthorizationSuccess);
 }
 
 TEST_F(AuthorizationTest, AnItemWithALengthButNoValueIsRefused) {

@@ -15,8 +15,9 @@ struct EvaluationRules {
 };
 
 // Answers an Authorization Services status. A prompt is written to "authorization-prompts" in the state folder, and
-// "authorization-answer" says what the user does with it: allow, cancel, or anything else for a wrong password. What
-// the user grants is added to `token`; the caller stores it.
+// "authorization-answer" says what becomes of it: "allow" (an administrator gives the password), "allow NAME" (that
+// account does), "cancel", or anything else for a wrong password. A password that counts is added to `token` as a
+// credential; the caller stores it.
 OSStatus evaluateRight(const std::string& name, const EvaluationRules& rules, Token& token);
 
 }  // namespace halvo::sim

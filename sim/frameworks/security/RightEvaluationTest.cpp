@@ -1,11 +1,13 @@
 #include <Security/Security.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <string>
+#include <ostream>
 
 #include "sim/frameworks/security/AuthorizationTestSupport.h"
 
@@ -37,7 +39,7 @@ TEST_F(RightEvaluationTest, ARightNobodyGrantedNeedsInteraction) {
 }
 
 TEST_F(RightEvaluationTest, APromptIsWrittenDown) {
-  define({{"class", "user"}, {"timeout", 300}, {"default-prompt", {{"", "Halvo wants to install."}}}});
+  define({{"class", "user"}, {"group", "admin"}, {"default-prompt", {{"", "Halvo wants to install."}}}});
 
   ASSERT_EQ(copyRight(create(), kAsk), errAuthorizationSuccess);
 
@@ -45,6 +47,16 @@ TEST_F(RightEvaluationTest, APromptIsWrittenDown) {
   EXPECT_EQ(prompt["right"], kRight);
   EXPECT_EQ(prompt["pid"], ::getpid());
   EXPECT_EQ(prompt["text"], "Halvo wants to install.");
+}
+
+TEST_F(RightEvaluationTest, ARightsOwnMechanismsAskInsteadOfThePasswordDialogue) {
+  define({{"class", "user"}, {"group", "admin"}, {"mechanisms", {"Plugin:ask"}}, {"default-prompt", {{"", "Text."}}}});
+
+  ASSERT_EQ(copyRight(create(), kAsk), errAuthorizationSuccess);
+
+  const json prompt = json::parse(state_.read("authorization-prompts"));
+  EXPECT_EQ(prompt["mechanisms"], json({"Plugin:ask"}));
+  EXPECT_FALSE(prompt.contains("text"));
 }
 
 struct AnswerRow {
@@ -85,14 +97,78 @@ TEST_F(RightEvaluationTest, ACredentialCountsUntilItsTimeoutHasPassed) {
   EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInteractionNotAllowed);
 }
 
-TEST_F(RightEvaluationTest, ASharedCredentialDoesNotCountForARightThatIsNotShared) {
-  define({{"class", "user"}, {"timeout", 300}, {"shared", true}}, "com.example.shared");
+struct MemberRow {
+  const char* name;
+  const char* answer;
+  json definition;
+  OSStatus status;
+};
+
+void PrintTo(const MemberRow& row, std::ostream* out) { *out << row.answer << " for " << row.definition; }
+
+class AnsweringAccount : public RightEvaluationTest, public testing::WithParamInterface<MemberRow> {};
+
+TEST_P(AnsweringAccount, HasToBeInTheGroupOfTheRight) {
+  json definition = GetParam().definition;
+  definition["class"] = "user";
+  define(definition);
+  state_.write("authorization-answer", GetParam().answer);
+
+  EXPECT_EQ(copyRight(create(), kAsk), GetParam().status);
+}
+
+// The account daemon is in no group but its own, which its entry names as the primary one.
+INSTANTIATE_TEST_SUITE_P(
+    Table, AnsweringAccount,
+    testing::Values(
+        MemberRow{"Administrator", "allow", {{"group", "admin"}}, errAuthorizationSuccess},
+        MemberRow{
+            "AdministratorForAGroupWithoutMembers", "allow", {{"group", "nobody-at-all"}}, errAuthorizationDenied},
+        MemberRow{"AdministratorWithoutAGroup", "allow", json::object(), errAuthorizationDenied},
+        MemberRow{"Root", "allow root", {{"group", "nobody-at-all"}}, errAuthorizationSuccess},
+        MemberRow{"Member", "allow daemon", {{"group", "daemon"}}, errAuthorizationSuccess},
+        MemberRow{"OtherAccount", "allow daemon", {{"group", "root"}}, errAuthorizationDenied},
+        MemberRow{
+            "OtherAccountThatIsNotTheSessionsOwner", "allow daemon", {{"session-owner", true}}, errAuthorizationDenied},
+        MemberRow{"NoAccount", "allow no-such-account", {{"group", "admin"}}, errAuthorizationDenied}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(RightEvaluationTest, ACredentialCountsForEveryLaterRightOfItsAuthorization) {
+  define({{"class", "user"}, {"group", "admin"}, {"shared", true}}, "com.example.shared");
   const Handle client = create();
 
   ASSERT_EQ(copyRight(client, kAsk, "com.example.shared"), errAuthorizationSuccess);
 
-  EXPECT_EQ(copyRight(client, kExtend, "com.example.shared"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(client, kExtend), errAuthorizationSuccess);
+}
+
+TEST_F(RightEvaluationTest, ACredentialCountsForNoRightOfAGroupItsUserIsNotIn) {
+  define({{"class", "user"}, {"group", "daemon"}}, "com.example.daemon");
+  state_.write("authorization-answer", "allow daemon");
+  const Handle client = create();
+
+  ASSERT_EQ(copyRight(client, kAsk, "com.example.daemon"), errAuthorizationSuccess);
+
   EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInteractionNotAllowed);
+}
+
+TEST_F(RightEvaluationTest, AuthorizationsOfALoginShareCredentialsAmongSharedRightsOnly) {
+  define({{"class", "user"}, {"group", "admin"}, {"shared", true}}, "com.example.shared");
+  const Handle first = create();
+  const Handle second = create();
+
+  ASSERT_EQ(copyRight(first, kAsk, "com.example.shared"), errAuthorizationSuccess);
+
+  EXPECT_EQ(copyRight(second, kExtend, "com.example.shared"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(second, kExtend), errAuthorizationInteractionNotAllowed);
+}
+
+TEST_F(RightEvaluationTest, ACredentialForARightThatIsNotSharedStaysWithItsAuthorization) {
+  define({{"class", "user"}, {"group", "admin"}, {"shared", true}}, "com.example.shared");
+
+  ASSERT_EQ(copyRight(create(), kAsk), errAuthorizationSuccess);
+
+  EXPECT_EQ(copyRight(create(), kExtend, "com.example.shared"), errAuthorizationInteractionNotAllowed);
 }
 
 TEST_F(RightEvaluationTest, ARightNobodyDefinedIsDecidedByTheDefault) {
@@ -112,13 +188,25 @@ TEST_F(RightEvaluationTest, RootPassesOnlyWhereTheDefinitionLetsIt) {
   EXPECT_EQ(copyRight(client, kExtend, "com.example.number"), errAuthorizationInteractionNotAllowed);
 }
 
-TEST_F(RightEvaluationTest, TheOwnerOfTheSessionPassesWhereTheDefinitionLetsIt) {
+TEST_F(RightEvaluationTest, TheOwnerOfTheSessionPassesWithoutPasswordOnlyWhereNobodyIsToAuthenticate) {
   define({{"class", "user"}, {"session-owner", true}}, "com.example.owner");
+  define({{"class", "user"}, {"session-owner", true}, {"authenticate-user", false}}, "com.example.free");
   const Handle client = create();
 
   EXPECT_EQ(copyRight(client, kExtend, "com.example.owner"), errAuthorizationInteractionNotAllowed);
-  state_.write("gui-sessions", std::to_string(::geteuid()) + "\n");
-  EXPECT_EQ(copyRight(client, kExtend, "com.example.owner"), errAuthorizationSuccess);
+  EXPECT_EQ(copyRight(client, 0, "com.example.free"), errAuthorizationSuccess);
+}
+
+TEST_F(RightEvaluationTest, WhereNobodyIsToAuthenticateTheOwnerOfTheSessionHasToBeInTheGroup) {
+  if (::geteuid() != 0) GTEST_SKIP() << "acting as another user needs root";
+  define({{"class", "user"}, {"group", "admin"}, {"authenticate-user", false}}, "com.example.free");
+  ASSERT_EQ(::chmod(state_.path().c_str(), 0777), 0);
+  const auto askAsDaemon = [] {
+    static_cast<void>(::setresuid(1, 1, 1) == 0);
+    std::_Exit(copyRight(create(), kAsk, "com.example.free") == errAuthorizationDenied ? 0 : 1);
+  };
+
+  EXPECT_EXIT(askAsDaemon(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(RightEvaluationTest, OtherClassesDecideWithoutAUser) {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -57,13 +58,6 @@ bool appendLine(const std::filesystem::path& file, std::string_view line) {
   const bool written = ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   ::close(descriptor);
   return written;
-}
-
-std::string firstWord(const std::filesystem::path& file) {
-  std::ifstream stream(file);
-  std::string word;
-  stream >> word;
-  return word;
 }
 
 }  // namespace halvo::sim

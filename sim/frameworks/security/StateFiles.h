@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace halvo::sim {
@@ -19,8 +18,5 @@ bool replaceJSON(const std::filesystem::path& file, const nlohmann::json& json, 
 
 // Appends `line` in one write, so that lines of several processes do not mix.
 bool appendLine(const std::filesystem::path& file, std::string_view line);
-
-// The first word of the file; empty when it is missing.
-std::string firstWord(const std::filesystem::path& file);
 
 }  // namespace halvo::sim

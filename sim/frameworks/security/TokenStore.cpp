@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string>
 #include <system_error>
 
 #include "sim/frameworks/security/StateFiles.h"
@@ -20,28 +21,29 @@ using nlohmann::json;
 // Programs of every user keep theirs here, and nobody removes another's.
 constexpr mode_t kFolderMode = 01777;
 
-std::filesystem::path fileOf(const TokenName& name) {
-  return stateRoot() / "authorization-tokens" / (hexText(name.data(), name.size()) + ".json");
-}
+std::filesystem::path folder() { return stateRoot() / "authorization-tokens"; }
+
+std::filesystem::path fileOf(const TokenName& name) { return folder() / (hexText(name.data(), name.size()) + ".json"); }
+
+std::filesystem::path fileOf(uid_t login) { return folder() / ("login-" + std::to_string(login) + ".json"); }
+
+json jsonFrom(const Credential& credential) { return {{"user", credential.user}, {"obtained", credential.obtained}}; }
 
 json jsonFrom(const Token& token) {
   json credentials = json::array();
-  for (const Credential& credential : token.credentials) {
-    credentials.push_back({{"shared", credential.shared}, {"obtained", credential.obtained}});
-  }
+  for (const Credential& credential : token.credentials) credentials.push_back(jsonFrom(credential));
   return {{"pid", token.creator},
           {"version", token.creatorVersion},
           {"uid", token.creatorUser},
-          {"credentials", credentials},
-          {"rights", token.rights}};
+          {"credentials", credentials}};
 }
 
-// Throws when a member is missing or of another type.
+// These throw when a member is missing or of another type.
+Credential credentialFrom(const json& stored) { return {stored.at("user"), stored.at("obtained")}; }
+
 Token tokenFrom(const json& stored) {
-  Token token{stored.at("pid"), stored.at("version"), stored.at("uid"), {}, stored.at("rights")};
-  for (const json& credential : stored.at("credentials")) {
-    token.credentials.push_back({credential.at("shared"), credential.at("obtained")});
-  }
+  Token token{stored.at("pid"), stored.at("version"), stored.at("uid"), {}};
+  for (const json& credential : stored.at("credentials")) token.credentials.push_back(credentialFrom(credential));
   return token;
 }
 
@@ -52,7 +54,7 @@ std::optional<TokenName> createToken() {
   if (::getrandom(name.data(), name.size(), 0) != static_cast<ssize_t>(name.size())) return std::nullopt;
   const auto version = processVersion(::getpid());
   if (!version) return std::nullopt;
-  const Token token{::getpid(), *version, ::geteuid(), {}, {}};
+  const Token token{::getpid(), *version, ::geteuid(), {}};
   return writeToken(name, token) ? std::optional(name) : std::nullopt;
 }
 
@@ -77,6 +79,18 @@ bool writeToken(const TokenName& name, const Token& token) {
 void destroyToken(const TokenName& name) {
   std::error_code ignored;
   std::filesystem::remove(fileOf(name), ignored);
+}
+
+std::optional<Credential> sharedCredential(uid_t login) try {
+  const auto stored = readJSONObject(fileOf(login));
+  return stored ? std::optional(credentialFrom(*stored)) : std::nullopt;
+} catch (const json::exception&) {
+  return std::nullopt;
+}
+
+void shareCredential(uid_t login, const Credential& credential) {
+  // A password that cannot be shared is asked for again.
+  static_cast<void>(replaceJSON(fileOf(login), jsonFrom(credential), kFolderMode));
 }
 
 }  // namespace halvo::sim

@@ -16,7 +16,7 @@ using TokenName = std::array<char, 32>;
 
 // The proof that a user gave a password, or a touch.
 struct Credential {
-  bool shared = false;
+  std::string user;
   double obtained = 0;  // simulated uptime
 };
 
@@ -25,7 +25,6 @@ struct Token {
   std::uint32_t creatorVersion = 0;
   uid_t creatorUser = 0;
   std::vector<Credential> credentials;
-  std::vector<std::string> rights;  // granted so far, for whoever looks into the file
 };
 
 // Makes an authorization of the calling process; nothing when the state folder cannot be written.
@@ -36,5 +35,9 @@ std::optional<Token> readToken(const TokenName& name);
 
 bool writeToken(const TokenName& name, const Token& token);
 void destroyToken(const TokenName& name);
+
+// What the authorizations of one login share: the latest password that was given for a shared right.
+std::optional<Credential> sharedCredential(uid_t login);
+void shareCredential(uid_t login, const Credential& credential);
 
 }  // namespace halvo::sim
