@@ -106,16 +106,6 @@ TEST_F(FirstContactScenario, ARightThatCannotBeWrittenRefusesEveryOperationButAn
   EXPECT_THAT(helperLog(), testing::Contains(HasSubstr("registered status=-60005 sound=0")));
 }
 
-TEST_F(FirstContactScenario, AWeakRightThatCannotBeRepairedRefusesEveryOperationButAnswersPing) {
-  mac().writeState("authorization-db/com.halvo.helper.manage-system.json", R"({"class":"allow"})");
-  mac().writeState("faults/authorization", "right-set -60005\n");
-  start();
-
-  EXPECT_EQ(reply({"ping"}), kPingReply);
-  EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kUnauthorizedReply);
-  EXPECT_THAT(helperLog(), testing::Contains(HasSubstr("registered status=-60005 sound=0")));
-}
-
 TEST_F(FirstContactScenario, ARightThatIsSoundAlreadyServesThoughItCannotBeWrittenAgain) {
   start();
   machine.app({"ping"});
