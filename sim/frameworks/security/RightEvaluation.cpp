@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <mutex>
 #include <nlohmann/json.hpp>
 
 #include "sim/frameworks/security/RightStore.h"
@@ -112,6 +113,9 @@ OSStatus evaluate(const std::string& name, const RightDefinition& definition, co
 }  // namespace
 
 OSStatus evaluateRight(const std::string& name, const EvaluationRules& rules, Token& token) {
+  // The look-ups of accounts answer with memory that all threads share.
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
   return evaluate(name, definitionDeciding(name), rules, token, 0);
 }
 
