@@ -122,18 +122,28 @@ TEST_F(ThirdPartyClient, WrongArgumentTypesAreAnErrorAndTheHelperGoesOn) {
   EXPECT_EQ(reply({"ping"}), kPingReply);
 }
 
-TEST_F(ThirdPartyClient, BusctlWithoutTheApplicationsSignatureIsRefused) {
-  EXPECT_NE(unsignedTool("busctl", kBusctlPing).status, 0);
+struct ToolRow {
+  const char* name;
+  const char* tool;
+  std::vector<std::string> ping;
+};
+
+class ThirdPartyWithoutTheApplicationsSignature : public ThirdPartyClient,
+                                                  public testing::WithParamInterface<ToolRow> {};
+
+TEST_P(ThirdPartyWithoutTheApplicationsSignature, IsToldNothingAndLogged) {
+  const CommandResult refused = unsignedTool(GetParam().tool, GetParam().ping);
+
+  EXPECT_EQ(refused.out, "");
+  EXPECT_EQ(refused.status, 1);
   EXPECT_THAT(helperLog(), Contains(StartsWith("halvo-helper: rejected unauthorized client pid=")));
 }
 
-TEST_F(ThirdPartyClient, GdbusWithoutTheApplicationsSignatureIsRefused) {
-  EXPECT_NE(unsignedTool("gdbus", kGdbusPing).status, 0);
-}
-
-TEST_F(ThirdPartyClient, DbusSendWithoutTheApplicationsSignatureIsRefused) {
-  EXPECT_NE(unsignedTool("dbus-send", kDbusSendPing).status, 0);
-}
+INSTANTIATE_TEST_SUITE_P(Table, ThirdPartyWithoutTheApplicationsSignature,
+                         testing::Values(ToolRow{"Busctl", "busctl", kBusctlPing},
+                                         ToolRow{"Gdbus", "gdbus", kGdbusPing},
+                                         ToolRow{"DbusSend", "dbus-send", kDbusSendPing}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace halvo::sim
