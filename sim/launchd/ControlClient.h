@@ -33,16 +33,17 @@ class ControlClient {
   // The launchd listening on `socket`, as seen from outside the simulated Mac.
   explicit ControlClient(std::filesystem::path socket);
 
-  // Loads the job that the property list describes. 5: loaded already, or no usable property list. 112: no such domain.
+  // Loads the job that the property list describes. 5: loaded already, or no usable property list. 36: the job is being
+  // ended. 112: no such domain.
   ControlReply bootstrap(const std::string& domain, const std::string& plistPath) const;
   // Stops and forgets a job, written "system/com.halvo.broker"; the answer comes when its process is gone. 3: no such
-  // job. 112: no such domain.
+  // job. 36: it is being ended already. 112: no such domain.
   ControlReply bootout(const std::string& job) const;
   // Describes a domain, or a job in one. 112: no such domain. 113: no such job.
   ControlReply print(const std::string& target) const;
   // Sends SIGTERM to every job whose program has this name. 1: none runs.
   ControlReply killall(const std::string& processName) const;
-  // Remembers the property list across restarts and loads its job into the system domain.
+  // Remembers the property list across restarts and loads its job into the system domain. Refuses as bootstrap() does.
   ControlReply registerService(const std::string& plistPath) const;
   // Forgets the registration of the property list with this file name and stops answering its services. A process of
   // the job that is running goes on until it is booted out or ends. The description of the failure, or nothing.

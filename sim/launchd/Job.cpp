@@ -84,7 +84,7 @@ void Job::start(Clock::time_point now, const LaunchdPaths& paths) {
 }
 
 std::optional<Job::Clock::time_point> Job::deadline(Clock::time_point now) const {
-  if (process_ && leaving_) return killAt_;
+  if (process_ && ending_) return killAt_;
   if (process_ || leaving()) return std::nullopt;
   if (wantsProcess()) return notBefore_;
   // A job that waits for clients needs waking once, to be listened for again after a start that was too recent.
@@ -105,16 +105,16 @@ void Job::processEnded(int waitStatus) {
 }
 
 void Job::terminate(Clock::time_point now, WhenGone whenGone) {
-  if (whenGone) waiters_.push_back(std::move(whenGone));
-  if (leaving_) return;
+  if (ending_) return;
   withdraw();
-  leaving_ = true;
-  killAt_ = now + description_.exitTimeOut;
+  ending_ = true;
+  whenGone_ = std::move(whenGone);
+  if (description_.exitTimeOut > std::chrono::seconds::zero()) killAt_ = now + description_.exitTimeOut;
   signal(SIGTERM);
 }
 
 void Job::killIfOverdue(Clock::time_point now) const {
-  if (process_ && leaving_ && now >= killAt_) ::kill(-*process_, SIGKILL);
+  if (process_ && killAt_ && now >= *killAt_) ::kill(-*process_, SIGKILL);
 }
 
 void Job::signal(int number) const {

@@ -40,7 +40,7 @@ class Job {
   // The process with this wait status has been collected.
   void processEnded(int waitStatus);
   // Asks the process to end, and has it killed when it takes too long. The job never starts again. `whenGone` is called
-  // by whoever forgets the job.
+  // by whoever forgets the job; that of a second call never is.
   void terminate(Clock::time_point now, WhenGone whenGone);
   void killIfOverdue(Clock::time_point now) const;
   // Sends a signal to the process, when one runs.
@@ -49,9 +49,11 @@ class Job {
   [[nodiscard]] const std::string& domain() const { return domain_; }
   [[nodiscard]] const JobDescription& description() const { return description_; }
   [[nodiscard]] std::optional<pid_t> process() const { return process_; }
+  // terminate() was called.
+  [[nodiscard]] bool ending() const { return ending_; }
   // On its way out: nothing more is to be expected of it than the end of its process.
-  [[nodiscard]] bool leaving() const { return leaving_ || withdrawn_; }
-  [[nodiscard]] const std::vector<WhenGone>& waiters() const { return waiters_; }
+  [[nodiscard]] bool leaving() const { return ending_ || withdrawn_; }
+  [[nodiscard]] const WhenGone& whenGone() const { return whenGone_; }
   [[nodiscard]] JobState state() const;
 
  private:
@@ -65,11 +67,11 @@ class Job {
   int starts_ = 0;
   std::optional<int> lastExitStatus_;
   bool loadStartDone_ = false;
-  bool leaving_ = false;
+  bool ending_ = false;
   bool withdrawn_ = false;
   Clock::time_point notBefore_{};
-  Clock::time_point killAt_{};
-  std::vector<WhenGone> waiters_;
+  std::optional<Clock::time_point> killAt_;  // nothing while the process may take the time it likes
+  WhenGone whenGone_;
 };
 
 }  // namespace halvo::sim

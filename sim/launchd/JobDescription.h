@@ -18,9 +18,9 @@ struct JobDescription {
   bool keepAlive = false;
   bool runAtLoad = false;
   std::chrono::seconds throttleInterval{10};  // simulated time from one start to the next
-  // How long the process may take to end once it was asked to. Real time, whatever the clock rate: a busy host must not
-  // turn a polite end into a kill.
-  std::chrono::seconds exitTimeOut{5};
+  // How long the process may take to end once it was asked to; 0: for ever. Real time, whatever the clock rate: a busy
+  // host must not turn a polite end into a kill.
+  std::chrono::seconds exitTimeOut{20};
   bool operator==(const JobDescription&) const = default;
 };
 

@@ -39,6 +39,7 @@ TEST(JobDescriptionTest, NothingIsAssumedBeyondTheDefaults) {
   EXPECT_FALSE(job.keepAlive);
   EXPECT_FALSE(job.runAtLoad);
   EXPECT_EQ(job.throttleInterval, std::chrono::seconds(10));
+  EXPECT_EQ(job.exitTimeOut, std::chrono::seconds(20));
   EXPECT_TRUE(job.machServices.empty());
 }
 

@@ -37,9 +37,9 @@ bool JobTable::publishes(const std::string& service) const {
 Job& JobTable::add(std::unique_ptr<Job> job) { return *jobs_.emplace_back(std::move(job)); }
 
 void JobTable::remove(const Job& job) {
-  const std::vector<Job::WhenGone> waiters = job.waiters();
+  const Job::WhenGone whenGone = job.whenGone();
   std::erase_if(jobs_, [&](const auto& entry) { return entry.get() == &job; });
-  for (const Job::WhenGone& whenGone : waiters) whenGone();
+  if (whenGone) whenGone();
 }
 
 bool JobTable::publish(const std::filesystem::path& file) const {

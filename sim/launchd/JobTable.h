@@ -22,7 +22,7 @@ class JobTable {
   [[nodiscard]] bool publishes(const std::string& service) const;
 
   Job& add(std::unique_ptr<Job> job);
-  // Forgets the job, then tells those who waited for that.
+  // Forgets the job, then tells whoever waited for that.
   void remove(const Job& job);
 
   [[nodiscard]] const std::vector<std::unique_ptr<Job>>& all() const { return jobs_; }

@@ -111,6 +111,32 @@ TEST_F(JobTest, AServiceThatCannotBePublishedSaysWhy) {
             "The service test.service cannot be published: No such file or directory.");
 }
 
+TEST_F(JobTest, AProcessMayTakeItsExitTimeOutToEnd) {
+  JobDescription slow = description();
+  slow.runAtLoad = true;
+  slow.exitTimeOut = std::chrono::seconds(3);
+  Job job("system", slow);
+  job.startIfDue(start, paths);
+
+  job.terminate(start, nullptr);
+
+  EXPECT_EQ(job.deadline(start), start + std::chrono::seconds(3));
+  collect(job);
+}
+
+TEST_F(JobTest, WithoutAnExitTimeOutNoProcessIsKilled) {
+  JobDescription patient = description();
+  patient.runAtLoad = true;
+  patient.exitTimeOut = std::chrono::seconds(0);
+  Job job("system", patient);
+  job.startIfDue(start, paths);
+
+  job.terminate(start, nullptr);
+
+  EXPECT_EQ(job.deadline(start), std::nullopt);
+  collect(job);
+}
+
 TEST_F(JobTest, AJobOnItsWayOutNeverStartsAgain) {
   JobDescription always = description();
   always.keepAlive = true;

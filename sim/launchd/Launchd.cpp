@@ -20,7 +20,7 @@ namespace {
 const ControlReply kDone{};
 const ControlReply kNotPermitted{1, "Operation not permitted"};
 const ControlReply kNoSuchProcess{3, "No such process"};
-const ControlReply kAlreadyInProgress{37, "Operation already in progress"};
+const ControlReply kInProgress{36, "Operation now in progress"};
 const ControlReply kInvalidArgument{22, "Invalid argument"};
 const ControlReply kNoSuchDomain{112, "Could not find specified domain"};
 const ControlReply kNoSuchService{113, "Could not find specified service"};
@@ -142,6 +142,7 @@ void Launchd::bootout(const std::string& text, const Answer& answer) {
   if (!target || !exists(target->domain)) return answer(kNoSuchDomain);
   Job* job = jobs_.find(target->domain, target->label);
   if (job == nullptr) return answer(kNoSuchProcess);
+  if (job->ending()) return answer(kInProgress);
   unload(*job, [answer] { answer(kDone); });
 }
 
@@ -166,8 +167,7 @@ ControlReply Launchd::killall(const std::string& name) const {
 
 ControlReply Launchd::registerService(const std::string& plist) {
   const Job* loaded = jobs_.findPlist(plist);
-  if (loaded != nullptr && loaded->leaving()) return kAlreadyInProgress;
-  if (loaded == nullptr) {
+  if (loaded == nullptr || loaded->leaving()) {
     ControlReply reply = load("system", plist);
     if (reply.status != 0) return reply;
   }
@@ -203,7 +203,7 @@ ControlReply Launchd::load(const std::string& domain, const std::filesystem::pat
     return inputOutputError(*problem);
   }
   if (const Job* known = jobs_.find(domain, description.label)) {
-    if (known->leaving()) return kAlreadyInProgress;
+    if (known->leaving()) return kInProgress;
     return inputOutputError(domain + "/" + description.label + " is loaded already.");
   }
   for (const std::string& service : description.machServices) {

@@ -54,6 +54,25 @@ TEST_F(LaunchdTest, UnregisteringMayEndTheProcess) {
   EXPECT_TRUE(waitUntil([&] { return !alive(process) && !launchd.state("system", "test.server"); }));
 }
 
+TEST_F(LaunchdTest, WhileAJobIsBeingEndedItIsNeitherBootedOutNorLoadedAgain) {
+  const std::string ready = (launchd.root.path() / "ready").string();
+  const auto plist =
+      launchd.job(kElsewhere, "test.deaf", {"stubborn", ready}, kAtLoad + "<key>ExitTimeOut</key><integer>0</integer>");
+  launchd.root.write("sim/unregister", "kill\n");
+  launchd.start();
+  launchd.control().registerService(plist);
+  ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(ready); }));
+  const pid_t process = launchd.state("system", "test.deaf")->pid.value();
+  launchd.control().unregisterService("test.deaf.plist");
+
+  EXPECT_EQ(launchd.control().bootout("system/test.deaf"), (ControlReply{36, "Operation now in progress"}));
+  EXPECT_EQ(launchd.control().bootstrap("system", plist).status, 36);
+  EXPECT_EQ(launchd.control().registerService(plist).status, 36);
+
+  ::kill(process, SIGKILL);
+  EXPECT_TRUE(waitUntil([&] { return !launchd.state("system", "test.deaf"); }));
+}
+
 TEST_F(LaunchdTest, UnregisteringAJobThatDoesNotRunForgetsIt) {
   const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
   launchd.start();
@@ -72,7 +91,7 @@ TEST_F(LaunchdTest, AJobThatWasUnregisteredIsForgottenWhenItsProcessEnds) {
   const pid_t process = launchd.ask("test.service")["pid"];
   EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
 
-  EXPECT_EQ(launchd.control().registerService(plist).status, 37);
+  EXPECT_EQ(launchd.control().registerService(plist).status, 36);
   ::kill(process, SIGKILL);
 
   EXPECT_TRUE(waitUntil([&] { return !launchd.state("system", "test.server"); }));
