@@ -24,6 +24,10 @@ constexpr std::chrono::hours kLongestInterval(24);
 constexpr int kConfigurationError = 78;
 constexpr int kSignalBase = 128;
 
+int exitStatus(int waitStatus) {
+  return WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
+}
+
 bool readable(int descriptor) {
   pollfd entry{.fd = descriptor, .events = POLLIN, .revents = 0};
   return ::poll(&entry, 1, 0) > 0;
@@ -78,7 +82,7 @@ void Job::start(Clock::time_point now, const LaunchdPaths& paths) {
     process_ = *child;
     ++starts_;
   } else {
-    lastExitStatus_ = kConfigurationError;
+    lastWaitStatus_ = W_EXITCODE(kConfigurationError, 0);
     notBefore_ = std::max(notBefore_, now + kRetryInterval);
   }
 }
@@ -101,7 +105,7 @@ std::vector<int> Job::awaited(Clock::time_point now) const {
 
 void Job::processEnded(int waitStatus) {
   process_.reset();
-  lastExitStatus_ = WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
+  lastWaitStatus_ = waitStatus;
 }
 
 void Job::terminate(Clock::time_point now, WhenGone whenGone) {
@@ -127,7 +131,7 @@ JobState Job::state() const {
           .program = description_.program.string(),
           .pid = process_,
           .starts = starts_,
-          .lastExitStatus = lastExitStatus_};
+          .lastExitStatus = lastWaitStatus_ ? std::optional(exitStatus(*lastWaitStatus_)) : std::nullopt};
 }
 
 }  // namespace halvo::sim

@@ -55,6 +55,8 @@ class Job {
   [[nodiscard]] bool leaving() const { return ending_ || withdrawn_; }
   [[nodiscard]] const WhenGone& whenGone() const { return whenGone_; }
   [[nodiscard]] JobState state() const;
+  // As waitpid(2) has it; nothing when no process has ended.
+  [[nodiscard]] std::optional<int> lastWaitStatus() const { return lastWaitStatus_; }
 
  private:
   [[nodiscard]] bool wantsProcess() const;
@@ -65,7 +67,7 @@ class Job {
   std::vector<ListeningSocket> sockets_;  // in the order of description_.machServices
   std::optional<pid_t> process_;
   int starts_ = 0;
-  std::optional<int> lastExitStatus_;
+  std::optional<int> lastWaitStatus_;
   bool loadStartDone_ = false;
   bool ending_ = false;
   bool withdrawn_ = false;

@@ -1,8 +1,22 @@
 #include "sim/launchd/JobReport.h"
 
+#include <sys/wait.h>
+
+#include <cstring>
 #include <sstream>
 
 namespace halvo::sim {
+namespace {
+
+// In launchctl's words.
+std::string lastEnd(const std::optional<int>& waitStatus) {
+  if (!waitStatus) return "last exit code = (never exited)";
+  if (!WIFSIGNALED(*waitStatus)) return "last exit code = " + std::to_string(WEXITSTATUS(*waitStatus));
+  const int signal = WTERMSIG(*waitStatus);
+  return "last terminating signal = " + std::string(::strsignal(signal)) + ": " + std::to_string(signal);
+}
+
+}  // namespace
 
 std::string describeJob(const Job& job) {
   const JobState state = job.state();
@@ -13,8 +27,7 @@ std::string describeJob(const Job& job) {
       << "\tprogram = " << state.program << "\n"
       << "\truns = " << state.starts << "\n";
   if (state.pid) out << "\tpid = " << *state.pid << "\n";
-  out << "\tlast exit code = " << (state.lastExitStatus ? std::to_string(*state.lastExitStatus) : "(never exited)")
-      << "\n";
+  out << "\t" << lastEnd(job.lastWaitStatus()) << "\n";
   for (const std::string& service : job.description().machServices) out << "\tendpoint = " << service << "\n";
   out << "}";
   return out.str();

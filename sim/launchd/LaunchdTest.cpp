@@ -8,6 +8,8 @@
 namespace halvo::sim {
 namespace {
 
+using testing::HasSubstr;
+
 TEST_F(LaunchdTest, AJobWithAServiceWaitsForItsFirstClient) {
   launchd.job(kDaemons, "test.server", {"serve"}, publishing("test.service"));
   launchd.start();
@@ -95,6 +97,21 @@ TEST_F(LaunchdTest, AProgramThatIsMissingIsAConfigurationError) {
 
   EXPECT_EQ(launchd.state("system", "x")->lastExitStatus, 78);
   EXPECT_EQ(launchd.state("system", "x")->starts, 0);
+}
+
+TEST_F(LaunchdTest, PrintTellsHowTheLastProcessEnded) {
+  launchd.job(kDaemons, "test.idle", {"idle"}, kAtLoad);
+  launchd.job(kDaemons, "test.server", {"serve"}, publishing("test.service"));
+  launchd.start();
+
+  EXPECT_THAT(launchd.control().print("system/test.server").text, HasSubstr("\tlast exit code = (never exited)\n"));
+  launchd.ask("test.service", "q");
+  ::kill(launchd.state("system", "test.idle")->pid.value(), SIGKILL);
+  ASSERT_TRUE(waitUntil([&] { return launchd.state("system", "test.server")->lastExitStatus == 7; }));
+  ASSERT_TRUE(waitUntil([&] { return launchd.state("system", "test.idle")->lastExitStatus == 128 + SIGKILL; }));
+
+  EXPECT_THAT(launchd.control().print("system/test.server").text, HasSubstr("\tlast exit code = 7\n"));
+  EXPECT_THAT(launchd.control().print("system/test.idle").text, HasSubstr("\tlast terminating signal = Killed: 9\n"));
 }
 
 TEST_F(LaunchdTest, WhoeverIsLoggedInGetsTheAgents) {
