@@ -2,6 +2,8 @@
 
 #include <signal.h>
 
+#include <future>
+
 #include "sim/harness/WaitUntil.h"
 #include "sim/launchd/testing/LaunchdFixture.h"
 
@@ -97,6 +99,19 @@ TEST_F(LaunchdTest, AProgramThatIsMissingIsAConfigurationError) {
 
   EXPECT_EQ(launchd.state("system", "x")->lastExitStatus, 78);
   EXPECT_EQ(launchd.state("system", "x")->starts, 0);
+}
+
+TEST_F(LaunchdTest, AClientWaitsWhileTheProgramIsMissingAndIsServedWhenItIsBack) {
+  const auto program = launchd.root.path() / "program";
+  launchd.job(kDaemons, "test.server", {"serve"},
+              publishing("test.service") + kNoThrottle + "<key>Program</key><string>" + program.string() + "</string>");
+  launchd.start();
+
+  auto answer = std::async(std::launch::async, [&] { return launchd.ask("test.service"); });
+  ASSERT_TRUE(waitUntil([&] { return launchd.state("system", "test.server")->lastExitStatus == 78; }));
+  std::filesystem::create_symlink(HALVO_SIM_TEST_JOB, program);
+
+  EXPECT_EQ(answer.get()["listen_fds"], "1");
 }
 
 TEST_F(LaunchdTest, PrintTellsHowTheLastProcessEnded) {
