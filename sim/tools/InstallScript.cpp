@@ -17,27 +17,6 @@ namespace {
 
 constexpr int kCouldNotRun = -1;
 
-// A folder that lives as long as the script runs. Its path is empty when it cannot be made.
-class ScriptFolder {
- public:
-  explicit ScriptFolder(const std::filesystem::path& root) {
-    std::error_code problem;
-    std::filesystem::create_directories(root / "private/tmp", problem);
-    std::string pattern = (std::filesystem::absolute(root) / "private/tmp/PKInstallSandbox.XXXXXX").string();
-    if (::mkdtemp(pattern.data()) != nullptr) path_ = pattern;
-  }
-  ScriptFolder(const ScriptFolder&) = delete;
-  ScriptFolder& operator=(const ScriptFolder&) = delete;
-  ~ScriptFolder() {
-    std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
 class SpawnActions {
  public:
   SpawnActions(const std::filesystem::path& folder, const std::filesystem::path& log) {
@@ -81,14 +60,27 @@ int spawnAndWait(const std::filesystem::path& script, std::vector<std::string> w
 
 }  // namespace
 
-int runInstallScript(std::string_view scriptsArchive, const std::string& name,
-                     const std::vector<std::string>& arguments, const std::filesystem::path& root) {
-  const ScriptFolder folder(root);
-  if (folder.path().empty() || !unpack(scriptsArchive, folder.path()).problem.empty()) return kCouldNotRun;
-  const std::filesystem::path script = folder.path() / name;
+InstallScripts::InstallScripts(std::string_view archive, const std::filesystem::path& root)
+    : root_(std::filesystem::absolute(root)) {
+  std::error_code problem;
+  std::filesystem::create_directories(root_ / "private/tmp", problem);
+  std::string pattern = (root_ / "private/tmp/PKInstallSandbox.XXXXXX").string();
+  if (::mkdtemp(pattern.data()) == nullptr) return;
+  folder_ = pattern;
+  complete_ = unpack(archive, folder_).problem.empty();
+}
+
+InstallScripts::~InstallScripts() {
+  std::error_code ignored;
+  if (!folder_.empty()) std::filesystem::remove_all(folder_, ignored);
+}
+
+int InstallScripts::run(const std::string& name, const std::vector<std::string>& arguments) const {
+  if (!complete_) return kCouldNotRun;
+  const std::filesystem::path script = folder_ / name;
   std::error_code problem;
   if (!std::filesystem::exists(script, problem)) return 0;
-  const std::filesystem::path log = std::filesystem::absolute(root) / "private/var/log/install.log";
+  const std::filesystem::path log = root_ / "private/var/log/install.log";
   std::filesystem::create_directories(log.parent_path(), problem);
   return spawnAndWait(script, arguments, log);
 }

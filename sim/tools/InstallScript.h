@@ -1,4 +1,4 @@
-// Runs a script that a package brings.
+// Runs the scripts that a package brings.
 #pragma once
 
 #include <filesystem>
@@ -8,11 +8,23 @@
 
 namespace halvo::sim {
 
-// Unpacks the Scripts archive into a folder of its own in the machine's /private/tmp, runs its `name` there with the
-// arguments, and removes the folder. Blocks until the script has ended; what it prints goes to
-// /private/var/log/install.log. Answers its exit status (the signal's number when a signal ended it), 0 when the
-// archive has no such script, and -1 when it could not be run.
-int runInstallScript(std::string_view scriptsArchive, const std::string& name,
-                     const std::vector<std::string>& arguments, const std::filesystem::path& root);
+// The Scripts archive in a folder of its own in the machine's /private/tmp, for as long as this lives.
+class InstallScripts {
+ public:
+  InstallScripts(std::string_view archive, const std::filesystem::path& root);
+  InstallScripts(const InstallScripts&) = delete;
+  InstallScripts& operator=(const InstallScripts&) = delete;
+  ~InstallScripts();
+
+  // Runs the script of that name in the folder. Blocks until it has ended; what it prints goes to
+  // /private/var/log/install.log. Answers its exit status (the signal's number when a signal ended it), 0 when there is
+  // no such script, and -1 when it could not be run or the archive could not be unpacked.
+  [[nodiscard]] int run(const std::string& name, const std::vector<std::string>& arguments) const;
+
+ private:
+  std::filesystem::path root_;
+  std::filesystem::path folder_;
+  bool complete_ = false;
+};
 
 }  // namespace halvo::sim

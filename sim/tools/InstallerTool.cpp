@@ -66,12 +66,6 @@ std::optional<Software> softwareIn(const FlatPackage& package) {
   return Software{.identifier = *identifier, .version = *version, .payload = *payload};
 }
 
-int runPostinstall(const FlatPackage& package, const Request& request, const std::filesystem::path& root) {
-  const auto scripts = package.member(kScriptsMember);
-  if (!scripts) return 0;
-  return runInstallScript(*scripts, "postinstall", {request.package, request.target, "/", "/"}, root);
-}
-
 int install(const FlatPackage& package, const Request& request, const std::filesystem::path& root,
             const ToolStreams& streams) {
   const std::string fileName = std::filesystem::path(request.package).filename();
@@ -79,12 +73,17 @@ int install(const FlatPackage& package, const Request& request, const std::files
   if (!software) return fail(streams, kNoSoftware, {});
   streams.out << "installer: Package name is " << std::filesystem::path(fileName).stem().string() << "\n"
               << "installer: Installing at base path " << request.target << std::endl;
+  std::optional<InstallScripts> scripts;
+  if (const auto archive = package.member(kScriptsMember)) scripts.emplace(*archive, root);
+  const auto succeeds = [&](const char* script) {
+    return !scripts || scripts->run(script, {request.package, request.target, "/", "/"}) == 0;
+  };
+  const std::string scriptFailed =
+      "An error occurred while running scripts from the package \xE2\x80\x9C" + fileName + "\xE2\x80\x9D.";
+  if (!succeeds("preinstall")) return fail(streams, kErrorWhileInstalling, scriptFailed);
   const Unpacked unpacked = unpack(software->payload, root);
   if (!unpacked.problem.empty()) return fail(streams, kErrorWhileInstalling, unpacked.problem);
-  if (runPostinstall(package, request, root) != 0) {
-    return fail(streams, kErrorWhileInstalling,
-                "An error occurred while running scripts from the package \xE2\x80\x9C" + fileName + "\xE2\x80\x9D.");
-  }
+  if (!succeeds("postinstall")) return fail(streams, kErrorWhileInstalling, scriptFailed);
   const Receipt receipt{
       .identifier = software->identifier, .version = software->version, .fileName = fileName, .paths = unpacked.paths};
   if (!Receipts(root).keep(receipt)) return fail(streams, kErrorWhileInstalling, "The receipt could not be kept.");

@@ -125,6 +125,40 @@ TEST(InstallerToolTest, APayloadWhoseCompressionBreaksOffFails) {
   EXPECT_EQ(machine.install(machine.beside("x.pkg")).status, 1);
 }
 
+// A package of one file whose script runs.
+std::string packageWith(const ToolMachine& machine, const std::string& scriptName, const std::string& script) {
+  const std::string info = R"(<pkg-info identifier="a" version="1" auth="root">)";
+  FlatPackage({{"PackageInfo", info},
+               {"Payload", gzippedCpio({{.path = "./file", .content = "new"}})},
+               {"Scripts", gzippedCpio({{.path = "./" + scriptName, .mode = 0755, .content = script},
+                                        {.path = "./resource", .content = "beside the script\n"}})}})
+      .write(machine.beside("scripts.pkg"));
+  return machine.beside("scripts.pkg");
+}
+
+TEST(InstallerToolTest, ThePreinstallRunsBesideItsFilesBeforeThePayload) {
+  const ToolMachine machine;
+  machine.file("root/file", "old\n");
+  const std::string package =
+      packageWith(machine, "preinstall", "#!/bin/sh\ncat resource '" + (machine.root() / "file").string() + "'\n");
+
+  ASSERT_EQ(machine.install(package).status, 0);
+
+  EXPECT_EQ(machine.readInside("private/var/log/install.log"), "beside the script\nold\n");
+  EXPECT_EQ(machine.readInside("file"), "new");
+}
+
+TEST(InstallerToolTest, APreinstallThatFailsLeavesEverythingAsItWas) {
+  const ToolMachine machine;
+  machine.file("root/file", "old");
+
+  const ToolAnswer answer = machine.install(packageWith(machine, "preinstall", "#!/bin/sh\nexit 3\n"));
+
+  EXPECT_EQ(answer.status, 1);
+  EXPECT_THAT(answer.err, HasSubstr("An error occurred while running scripts from the package"));
+  EXPECT_EQ(machine.readInside("file"), "old");
+}
+
 TEST(InstallerToolTest, ThePostinstallLearnsPackageAndTarget) {
   const ToolMachine machine;
   const std::string script = machine.file("script", "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
