@@ -39,8 +39,8 @@ ScopedEntry headerOf(const CpioEntry& source) {
   archive_entry_set_pathname(entry.get(), source.path.c_str());
   archive_entry_set_mode(entry.get(), typeOf(source.kind) | source.mode);
   archive_entry_set_mtime(entry.get(), kPackageDate, 0);
-  archive_entry_set_uid(entry.get(), 0);
-  archive_entry_set_gid(entry.get(), 0);
+  archive_entry_set_uid(entry.get(), source.owner);
+  archive_entry_set_gid(entry.get(), source.owner);
   archive_entry_set_nlink(entry.get(), 1);
   const bool isFile = source.kind == CpioEntry::Kind::file;
   archive_entry_set_size(entry.get(), isFile ? static_cast<la_int64_t>(source.content.size()) : 0);

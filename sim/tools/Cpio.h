@@ -13,12 +13,13 @@ struct CpioEntry {
   Kind kind = Kind::file;
   unsigned mode = 0644;
   std::string content{};  // of a file, or the target of a link
+  unsigned owner = 0;     // user and group
 };
 
 // The date of everything in a package, so that the same inputs make the same bytes.
 constexpr long long kPackageDate = 1770802212;  // 2026-02-11 09:30:12 UTC
 
-// A cpio archive (the portable ASCII format) of the entries, all owned by root. Throws ArchiveError.
+// A cpio archive (the portable ASCII format) of the entries. Throws ArchiveError.
 std::string cpioArchive(const std::vector<CpioEntry>& entries);
 
 // The bytes compressed, as they stand in a package. Throws ArchiveError.

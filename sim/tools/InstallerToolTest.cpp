@@ -255,18 +255,6 @@ TEST(InstallerToolTest, AnIdentifierThatIsAPathGetsNoReceipt) {
   EXPECT_THAT(machine.namesInside(), Not(Contains(HasSubstr("x.plist"))));
 }
 
-TEST(InstallerToolTest, AHostilePackageInstallsNothing) {
-  const ToolMachine machine;
-
-  const ToolAnswer answer =
-      machine.install(machine.packageOf({{.path = "./good", .content = "1"}, {.path = "../evil", .content = "2"}}));
-
-  EXPECT_EQ(answer.status, 1);
-  EXPECT_THAT(answer.err, HasSubstr("../evil leads out of the root"));
-  EXPECT_THAT(machine.namesInside(), IsEmpty());
-  EXPECT_FALSE(std::filesystem::exists(machine.beside("evil")));
-}
-
 TEST(InstallerToolTest, APackageThatIsNotThereIsNamed) {
   const ToolMachine machine;
 

@@ -13,11 +13,10 @@ struct Unpacked {
   std::string problem;             // why it stopped; empty when everything is on disk
 };
 
-// Unpacks a gzip'd cpio archive below `root`, with owners, modes and dates; an owner that cannot be set is no problem.
-// Everything is judged first: an absolute name, one with "..", one that leads through a link, or something else than a
-// file, a folder or a symbolic link, and nothing at all is written. A link that lies on disk is not followed either.
-// When the archive ends too early, what was read is on disk; the file it ends in has its full size and the wrong
-// content.
+// Unpacks a gzip'd cpio archive below `root` with its modes and dates; everything belongs to root:wheel, if the owner
+// can be set. A bundle (a folder with Contents/Info.plist) that lies there is replaced as a whole, other files that the
+// archive does not bring stay. No name leads out of `root` or through a link. When the archive ends too early, what was
+// read is on disk; the file it ends in has its full size and the wrong content.
 Unpacked unpack(std::string_view archiveBytes, const std::filesystem::path& root);
 
 }  // namespace halvo::sim
