@@ -167,16 +167,6 @@ TEST(PkgutilToolTest, AnUnknownPackageCannotBeForgotten) {
             (ToolAnswer{.status = 1, .out = "", .err = "No receipt for 'com.halvo.pkg' found at '/'.\n"}));
 }
 
-TEST(PkgutilToolTest, AnIdentifierThatIsAPathRemovesNothing) {
-  const ToolMachine machine;
-  machine.install(machine.package("1.2.0"));
-  machine.file("root/private/var/db/other.plist", "kept");
-
-  EXPECT_EQ(machine.run("pkgutil", {"--forget", "../other"}).status, 1);
-
-  EXPECT_EQ(machine.readInside("private/var/db/other.plist"), "kept");
-}
-
 class PkgutilUsage : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(PkgutilUsage, IsPrintedForOtherArguments) {

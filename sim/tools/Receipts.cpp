@@ -47,8 +47,6 @@ bool write(const std::filesystem::path& file, const std::string& text) {
 Receipts::Receipts(const std::filesystem::path& root) : folder_(root / "private/var/db/receipts") {}
 
 bool Receipts::keep(const Receipt& receipt) const {
-  // The identifier comes from the package and becomes the name of a file.
-  if (receipt.identifier.empty() || receipt.identifier.find('/') != std::string::npos) return false;
   std::error_code problem;
   std::filesystem::create_directories(folder_, problem);
   return write(folder_ / (receipt.identifier + kListExtension), listText(receipt)) &&
