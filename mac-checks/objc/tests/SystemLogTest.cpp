@@ -5,7 +5,7 @@
 
 #include <thread>
 
-#include "sim/objc/tests/LogCapture.h"
+#include "mac-checks/objc/tests/LogCapture.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,4 +1,4 @@
-#include "sim/objc/doubles/SerialQueue.h"
+#include "mac-checks/objc/doubles/SerialQueue.h"
 
 #import <Foundation/Foundation.h>
 

@@ -1,4 +1,4 @@
-#import "sim/objc/doubles/XPCDouble.h"
+#import "mac-checks/objc/doubles/XPCDouble.h"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sim/objc/doubles/SerialQueue.h"
-#include "sim/objc/tests/ServiceFixture.h"
+#include "mac-checks/objc/doubles/SerialQueue.h"
+#include "mac-checks/objc/tests/ServiceFixture.h"
 
 namespace halvo::sim {
 namespace {

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "sim/objc/doubles/SerialQueue.h"
-#import "sim/objc/doubles/XPCDouble.h"
-#import "sim/objc/doubles/XPCDoubleWorld.h"
+#include "mac-checks/objc/doubles/SerialQueue.h"
+#import "mac-checks/objc/doubles/XPCDouble.h"
+#import "mac-checks/objc/doubles/XPCDoubleWorld.h"
 
 using namespace halvo::sim;
 

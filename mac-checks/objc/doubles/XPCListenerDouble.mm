@@ -3,8 +3,8 @@
 #include <mutex>
 #include <string>
 
-#include "sim/objc/doubles/SerialQueue.h"
-#import "sim/objc/doubles/XPCDoubleWorld.h"
+#include "mac-checks/objc/doubles/SerialQueue.h"
+#import "mac-checks/objc/doubles/XPCDoubleWorld.h"
 
 using namespace halvo::sim;
 

@@ -1,4 +1,4 @@
-#import "sim/objc/doubles/XPCDoubleWorld.h"
+#import "mac-checks/objc/doubles/XPCDoubleWorld.h"
 
 #include <mach/message.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <mutex>
 #include <utility>
 
-#import "sim/objc/doubles/XPCDouble.h"
+#import "mac-checks/objc/doubles/XPCDouble.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,6 +1,6 @@
-#include "sim/objc/tests/LogCapture.h"
+#include "mac-checks/objc/tests/LogCapture.h"
 
-#include "sim/objc/doubles/UnifiedLogDouble.h"
+#include "mac-checks/objc/doubles/UnifiedLogDouble.h"
 
 namespace halvo::sim {
 

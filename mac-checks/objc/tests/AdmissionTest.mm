@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 #import <objc/runtime.h>
 
+#include "mac-checks/objc/tests/LogCapture.h"
+#include "mac-checks/objc/tests/TokenValues.h"
 #include "main/HelperService.h"
 #import "platform/mac/ExportedHandler.h"
 #import "platform/mac/FoundationText.h"
 #import "platform/mac/XPCListenerDelegate.h"
 #include "platform/mac/testing/RecordingHandler.h"
-#include "sim/objc/tests/LogCapture.h"
-#include "sim/objc/tests/TokenValues.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,4 +1,4 @@
-#include "sim/objc/doubles/UnifiedLogDouble.h"
+#include "mac-checks/objc/doubles/UnifiedLogDouble.h"
 
 #include <os/log.h>
 

@@ -8,12 +8,12 @@
 #include <memory>
 #include <string>
 
+#include "mac-checks/objc/doubles/XPCDouble.h"
+#include "mac-checks/objc/tests/TokenValues.h"
 #include "platform/mac/testing/RecordingHandler.h"
 #include "platform/service/IncomingConnection.h"
 #include "platform/service/ServiceClient.h"
 #include "platform/service/ServiceListener.h"
-#include "sim/objc/doubles/XPCDouble.h"
-#include "sim/objc/tests/TokenValues.h"
 
 namespace halvo::sim {
 

@@ -2,9 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sim/objc/doubles/SerialQueue.h"
-#import "sim/objc/doubles/XPCDoubleWorld.h"
-#include "sim/objc/tests/ServiceFixture.h"
+#include "mac-checks/objc/doubles/SerialQueue.h"
+#import "mac-checks/objc/doubles/XPCDoubleWorld.h"
+#include "mac-checks/objc/tests/ServiceFixture.h"
 
 namespace halvo::sim {
 namespace {
