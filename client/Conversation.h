@@ -8,7 +8,7 @@
 #include <variant>
 
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
-#include "platform/service/ServiceClient.h"
+#include "transport/ServiceClient.h"
 
 namespace halvo {
 

@@ -6,7 +6,7 @@
 
 #include "client/CommandLine.h"
 #include "client/ExitStatus.h"
-#include "platform/service/ServiceClient.h"
+#include "transport/ServiceClient.h"
 
 namespace halvo {
 

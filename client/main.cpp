@@ -8,7 +8,7 @@
 #include "client/InterruptHandling.h"
 #include "client/Program.h"
 #include "client/StandardStreams.h"
-#include "platform/service/ServiceClient.h"
+#include "transport/ServiceClient.h"
 
 int main(int argc, char* argv[]) {
   halvo::takeClosedStandardStreams();

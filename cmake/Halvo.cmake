@@ -69,3 +69,12 @@ function(halvo_test name)
   target_link_libraries(${name} PRIVATE halvo_flags ${ARG_PRIVATE} GTest::gmock GTest::gtest_main)
   gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
+
+# Objective-C++ files under automatic reference counting. A test is there only where tests are built.
+function(halvo_reference_counting name)
+  if(NOT TARGET ${name})
+    return()
+  endif()
+  target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)
+  set_target_properties(${name} PROPERTIES OBJCXX_STANDARD 20 OBJCXX_STANDARD_REQUIRED ON OBJCXX_EXTENSIONS OFF)
+endfunction()

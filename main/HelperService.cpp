@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/SystemLog.h"
-#include "platform/service/IncomingConnection.h"
+#include "transport/IncomingConnection.h"
 
 namespace halvo {
 

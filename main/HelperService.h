@@ -6,7 +6,7 @@
 
 #include "HalvoHelper/security/ClientValidator.h"
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
-#include "platform/service/ServiceListener.h"
+#include "transport/ServiceListener.h"
 
 namespace halvo {
 

@@ -11,7 +11,7 @@
 #include "HalvoHelper/service/HelperHandler.h"
 #include "HalvoHelper/testing/CallRecorder.h"
 #include "HalvoHelper/testing/RecordedSystemLog.h"
-#include "platform/service/IncomingConnection.h"
+#include "transport/IncomingConnection.h"
 
 namespace halvo {
 namespace {

@@ -21,7 +21,7 @@
 #include "main/OperationWiring.h"
 #include "main/TeamIdentifier.h"
 #include "platform/SystemLog.h"
-#include "platform/service/ServiceListener.h"
+#include "transport/ServiceListener.h"
 
 namespace halvo {
 namespace {

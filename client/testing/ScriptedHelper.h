@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
-#include "platform/service/ServiceClient.h"
+#include "transport/ServiceClient.h"
 
 namespace halvo {
 

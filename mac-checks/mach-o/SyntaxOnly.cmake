@@ -61,7 +61,7 @@ endfunction()
 
 macho_read(tests CLANG "${MACHO_CLANG}" ARCH arm64 FLAGS ${test_flags} SOURCES ${test_sources})
 
-macho_sources(product_sources HalvoHelperXPC HalvoHelper halvo_main halvo_client halvo_platform halvo_platform_service
+macho_sources(product_sources HalvoHelperXPC HalvoHelper halvo_main halvo_client halvo_platform halvo_transport
   ${programs})
 macho_read(older CLANG "${MACHO_OLDER_CLANG}" ARCH x86_64 FLAGS -Wno-\#warnings ${test_flags}
   SOURCES ${product_sources} ${test_sources})

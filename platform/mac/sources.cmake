@@ -14,37 +14,16 @@ set(HALVO_MAC_PLATFORM_SOURCES
   SystemUptime.cpp
   UnicodeText.cpp)
 
-set(HALVO_MAC_SERVICE_SOURCES
-  ExportedHandler.mm
-  PendingCalls.cpp
-  UnavailableInitializer.mm
-  XPCIncomingConnection.mm
-  XPCLink.mm
-  XPCListenerDelegate.mm
-  XPCServiceClient.mm
-  XPCServiceListener.mm)
-
-# Tests that need no double of the system.
-set(HALVO_MAC_TEST_SOURCES
-  ExportedHandlerTest.mm
-  FoundationTextTest.mm
+# Tests that need no double of the system, and the promises of the ports' headers, which every implementation keeps.
+set(HALVO_MAC_PLATFORM_TESTS
   ../JSONNumberTest.cpp
-  JSONExactNumbersTest.cpp
-  JSONNestingTest.cpp
-  PendingCallsTest.cpp
-  PropertyListContainersTest.cpp
-  PropertyListXMLTest.cpp
-  UnavailableInitializerTest.mm
-  UnicodeTextTest.cpp
-  testing/CodeUnitString.mm)
-
-# The promises of the ports' headers, which every implementation keeps.
-set(HALVO_MAC_CONTRACT_SOURCES
-  ../contract/Answers.cpp
   ../contract/JSONObjectContractTest.cpp
   ../contract/PropertyListContractTest.cpp
-  ../contract/ScriptedHandler.cpp
-  ../contract/ServiceConnectionContractTest.cpp
-  ../contract/ServiceContractTest.cpp
   ../contract/SystemPortsContractTest.cpp
-  testing/PublishedMachService.mm)
+  FoundationTextTest.mm
+  JSONExactNumbersTest.cpp
+  JSONNestingTest.cpp
+  PropertyListContainersTest.cpp
+  PropertyListXMLTest.cpp
+  UnicodeTextTest.cpp
+  testing/CodeUnitString.mm)

@@ -1,5 +1,5 @@
 // Makes the compiler emit the protocol's metadata, which it does only for a protocol that something refers to.
-#import "platform/mac/HalvoHelperXPCProtocol.h"
+#import "transport/mac/HalvoHelperXPCProtocol.h"
 
 Protocol* halvoProtocolUnderTest();
 

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <string>
 
-#import "platform/mac/HalvoHelperXPCProtocol.h"
+#import "transport/mac/HalvoHelperXPCProtocol.h"
 
 namespace halvo::sim {
 

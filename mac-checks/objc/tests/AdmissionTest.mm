@@ -7,10 +7,10 @@
 #include "mac-checks/objc/tests/LogCapture.h"
 #include "mac-checks/objc/tests/TokenValues.h"
 #include "main/HelperService.h"
-#import "platform/mac/ExportedHandler.h"
 #import "platform/mac/FoundationText.h"
-#import "platform/mac/XPCListenerDelegate.h"
-#include "platform/mac/testing/RecordingHandler.h"
+#import "transport/mac/ExportedHandler.h"
+#import "transport/mac/XPCListenerDelegate.h"
+#include "transport/mac/testing/RecordingHandler.h"
 
 namespace halvo::sim {
 namespace {

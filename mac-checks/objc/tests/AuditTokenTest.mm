@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "mac-checks/objc/tests/TokenValues.h"
-#import "platform/mac/XPCIncomingConnection.h"
+#import "transport/mac/XPCIncomingConnection.h"
 
 // A value object whose type cannot be read, holding the bytes of a token.
 @interface HalvoOddlyTypedValue : NSValue

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "HalvoHelperXPC/MessageTable.h"
-#import "platform/mac/ExportedHandler.h"
+#import "transport/mac/ExportedHandler.h"
 
 namespace halvo::sim {
 namespace {

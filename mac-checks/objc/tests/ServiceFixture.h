@@ -10,10 +10,10 @@
 
 #include "mac-checks/objc/doubles/XPCDouble.h"
 #include "mac-checks/objc/tests/TokenValues.h"
-#include "platform/mac/testing/RecordingHandler.h"
-#include "platform/service/IncomingConnection.h"
-#include "platform/service/ServiceClient.h"
-#include "platform/service/ServiceListener.h"
+#include "transport/IncomingConnection.h"
+#include "transport/ServiceClient.h"
+#include "transport/ServiceListener.h"
+#include "transport/mac/testing/RecordingHandler.h"
 
 namespace halvo::sim {
 

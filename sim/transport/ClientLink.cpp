@@ -1,0 +1,201 @@
+#include "sim/transport/ClientLink.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include "sim/platform/Places.h"
+
+namespace halvo::sim {
+namespace {
+
+const ServiceFailure kClosed{ServiceFailure::Kind::interrupted, "The connection was closed by this program."};
+
+// Connects `socket` to the service's. 0, or the error.
+int connectTo(const std::string& machServiceName, UniqueDescriptor& socket) {
+  const std::string path = machServiceDirectory() / machServiceName;
+  sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+  if (path.size() >= sizeof address.sun_path) return ENAMETOOLONG;
+  std::copy(path.begin(), path.end(), std::begin(address.sun_path));
+  socket = UniqueDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  // Connecting waits while the helper has as many clients as it takes; it must not wait for ever.
+  const timeval longest{.tv_sec = 25, .tv_usec = 0};
+  ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest);
+  return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
+}
+
+ServiceFailure unreachable(const std::string& machServiceName, int error) {
+  return {ServiceFailure::Kind::unreachable,
+          "The service " + machServiceName + " cannot be reached: " + std::generic_category().message(error) + "."};
+}
+
+}  // namespace
+
+ClientLink::ClientLink(std::string machServiceName)
+    : machServiceName_(std::move(machServiceName)), wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+void ClientLink::start() {
+  thread_ = std::thread([self = shared_from_this()] { self->run(); });
+}
+
+void ClientLink::send(OutgoingMessage message) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (!closed_) {
+      queued_.push_back(std::move(message));
+      static_cast<void>(::eventfd_write(wake_.get(), 1));
+      return;
+    }
+  }
+  message.fail(kClosed);
+}
+
+void ClientLink::close() {
+  Messages never;
+  {
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+    never.swap(queued_);
+    static_cast<void>(::eventfd_write(wake_.get(), 1));
+  }
+  if (thread_.get_id() != std::this_thread::get_id()) {
+    thread_.join();
+  } else {
+    // Called from an answer: this is the thread, and it ends by itself afterwards.
+    thread_.detach();
+    failWaiting(kClosed);
+  }
+  for (const OutgoingMessage& message : never) message.fail(kClosed);
+}
+
+void ClientLink::run() {
+  for (Messages fresh; takeQueued(fresh); fresh.clear()) {
+    transmit(std::move(fresh));
+    process();
+    waitForWork();
+  }
+  for (Sent& sent : sent_) sent.slot.reset();
+  bus_.reset();
+  failWaiting(kClosed);
+}
+
+bool ClientLink::takeQueued(Messages& taken) {
+  const std::lock_guard lock(mutex_);
+  taken.swap(queued_);
+  return !closed_;
+}
+
+void ClientLink::transmit(Messages messages) {
+  for (OutgoingMessage& message : messages) {
+    if (const auto obstacle = message.obstacle()) {
+      message.fail(*obstacle);
+      continue;
+    }
+    if (const int error = bus_ ? 0 : connect(); error != 0) {
+      message.fail(unreachable(machServiceName_, error));
+      continue;
+    }
+    sent_.push_back({*this, std::move(message), nullptr});
+    if (const int status = transmitNewest(); status < 0) disconnect(-status);
+  }
+}
+
+int ClientLink::transmitNewest() {
+  Sent& sent = sent_.back();
+  const OwnedBusMessage call = sent.message.encode(bus_.get());
+  if (!call) return -EINVAL;
+  if (!sent.message.expectsReply()) return sd_bus_send(bus_.get(), call.get(), nullptr);
+  // An installation takes as long as it takes.
+  constexpr std::uint64_t kNoTimeOut = UINT64_MAX;
+  sd_bus_slot* slot = nullptr;
+  const int status = sd_bus_call_async(bus_.get(), &slot, call.get(), onAnswer, &sent, kNoTimeOut);
+  sent.slot.reset(slot);
+  return status;
+}
+
+int ClientLink::connect() {
+  UniqueDescriptor socket;
+  if (const int error = connectTo(machServiceName_, socket); error != 0) return error;
+  sd_bus* raw = nullptr;
+  int status = sd_bus_new(&raw);
+  OwnedBus bus(raw);
+  if (status >= 0) status = sd_bus_set_fd(raw, socket.get(), socket.get());
+  if (status >= 0) static_cast<void>(socket.release());
+  if (status >= 0) status = sd_bus_start(raw);
+  if (status < 0) return -status;
+  bus_ = std::move(bus);
+  greeted_ = false;
+  return 0;
+}
+
+void ClientLink::process() {
+  int status = 1;
+  while (bus_ && status > 0) {
+    status = sd_bus_process(bus_.get(), nullptr);
+    if (sd_bus_is_ready(bus_.get()) > 0) greeted_ = true;
+    if (status < 0 || sd_bus_is_open(bus_.get()) <= 0) return disconnect(status < 0 ? -status : ECONNRESET);
+  }
+  dropWrittenOneWays();
+}
+
+// Once nothing is left to be written, the messages without reply are on their way, and that is all they report.
+void ClientLink::dropWrittenOneWays() {
+  if (!bus_ || !greeted_ || (sd_bus_get_events(bus_.get()) & POLLOUT) != 0) return;
+  std::erase_if(sent_, [](const Sent& sent) { return !sent.message.expectsReply(); });
+}
+
+int ClientLink::onAnswer(sd_bus_message* answer, void* sent, sd_bus_error* /*error*/) {
+  ClientLink& self = static_cast<Sent*>(sent)->link;
+  // While a connection ends, the library answers what is open with errors of its own; disconnect() knows what to say.
+  if (sd_bus_is_open(self.bus_.get()) <= 0) return 0;
+  const auto found =
+      std::find_if(self.sent_.begin(), self.sent_.end(), [sent](const Sent& one) { return &one == sent; });
+  std::list<Sent> answered;
+  answered.splice(answered.begin(), self.sent_, found);
+  answered.front().message.deliver(answer);
+  return 1;
+}
+
+void ClientLink::disconnect(int error) {
+  for (Sent& sent : sent_) sent.slot.reset();
+  bus_.reset();
+  if (greeted_)
+    return failWaiting({ServiceFailure::Kind::interrupted, "The connection to the helper was interrupted."});
+  const bool closed = error == ECONNRESET || error == EPIPE || error == ENOTCONN;
+  failWaiting(closed ? ServiceFailure{ServiceFailure::Kind::unreachable,
+                                      "The helper closed the connection without an answer: it does not admit this "
+                                      "program."}
+                     : unreachable(machServiceName_, error));
+}
+
+void ClientLink::failWaiting(const ServiceFailure& failure) {
+  std::list<Sent> failed;
+  failed.swap(sent_);
+  for (const Sent& sent : failed) sent.message.fail(failure);
+}
+
+void ClientLink::waitForWork() {
+  std::array<pollfd, 2> events{pollfd{wake_.get(), POLLIN, 0}, pollfd{-1, 0, 0}};
+  int timeout = -1;
+  if (bus_) {
+    events[1] = {sd_bus_get_fd(bus_.get()), static_cast<short>(sd_bus_get_events(bus_.get())), 0};
+    std::uint64_t deadline = UINT64_MAX;
+    // Only the beginning of a connection has a deadline.
+    if (sd_bus_get_timeout(bus_.get(), &deadline) >= 0 && deadline != UINT64_MAX) timeout = 1000;
+  }
+  static_cast<void>(::poll(events.data(), events.size(), timeout));
+  eventfd_t ignored = 0;
+  static_cast<void>(::eventfd_read(wake_.get(), &ignored));
+}
+
+}  // namespace halvo::sim

@@ -1,0 +1,56 @@
+#include "sim/transport/PeerToken.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "sim/support/ProcessIdentity.h"
+#include "sim/transport/testing/LaunchedService.h"
+#include "sim/transport/testing/RawFrames.h"
+
+namespace halvo::sim {
+namespace {
+
+using testing::Each;
+
+TEST(PeerTokenTest, NamesIdsProcessAndVersion) {
+  const LaunchedService service("com.halvo.token");
+  const UniqueDescriptor client = connectRaw(service.socket());
+  const UniqueDescriptor accepted(::accept(3, nullptr, nullptr));
+  const PeerIdentity peer = peerIdentityOf(accepted.get());
+
+  const auto pid = static_cast<unsigned>(::getpid());
+  const audit_token_t expected = {
+      {::geteuid(), ::geteuid(), ::getegid(), ::geteuid(), ::getegid(), pid, 0, processVersion(::getpid()).value()}};
+  EXPECT_EQ(peer.pid, ::getpid());
+  EXPECT_THAT(peer.token.val, testing::ElementsAreArray(expected.val));
+}
+
+TEST(PeerTokenTest, ProcessThatHasEndedHasTheZeroToken) {
+  const LaunchedService service("com.halvo.token");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    static_cast<void>(connectRaw(service.socket()).release());
+    ::_exit(0);
+  }
+  ::waitpid(child, nullptr, 0);
+  const UniqueDescriptor accepted(::accept(3, nullptr, nullptr));
+  const PeerIdentity peer = peerIdentityOf(accepted.get());
+
+  EXPECT_EQ(peer.pid, child);
+  EXPECT_THAT(peer.token.val, Each(0U));
+}
+
+TEST(PeerTokenTest, DescriptorThatIsNoSocketHasTheZeroToken) {
+  const PeerIdentity peer = peerIdentityOf(STDIN_FILENO);
+
+  EXPECT_EQ(peer.pid, 0);
+  EXPECT_THAT(peer.token.val, Each(0U));
+}
+
+}  // namespace
+}  // namespace halvo::sim

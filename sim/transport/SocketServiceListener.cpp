@@ -1,0 +1,127 @@
+#include "sim/transport/SocketServiceListener.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <thread>
+#include <utility>
+
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "HalvoHelperXPC/HalvoHelperProtocol.h"
+#include "platform/SystemLog.h"
+#include "sim/transport/ConnectionServer.h"
+#include "sim/transport/LaunchSocket.h"
+#include "sim/transport/OpenConnections.h"
+#include "sim/transport/PeerToken.h"
+#include "transport/IncomingConnection.h"
+
+namespace halvo {
+namespace sim {
+namespace {
+
+class SocketConnection final : public IncomingConnection {
+ public:
+  explicit SocketConnection(int socket) : peer_(peerIdentityOf(socket)) {}
+
+  audit_token_t auditTokenValue() const override { return peer_.token; }
+  pid_t processIdentifier() const override { return peer_.pid; }
+  void exportHandler(std::shared_ptr<HalvoHelperProtocol> handler) override { handler_ = std::move(handler); }
+  void resume() override { resumed_ = true; }
+
+  // Nothing unless the delegate has done all that admits a client.
+  std::shared_ptr<HalvoHelperProtocol> takeHandler() { return resumed_ ? std::move(handler_) : nullptr; }
+
+ private:
+  const PeerIdentity peer_;
+  std::shared_ptr<HalvoHelperProtocol> handler_;
+  bool resumed_ = false;
+};
+
+class SocketServiceListener final : public ServiceListener {
+ public:
+  explicit SocketServiceListener(std::optional<int> listeningSocket)
+      : listeningSocket_(listeningSocket),
+        connections_(std::make_shared<OpenConnections>()),
+        stop_(::eventfd(0, EFD_CLOEXEC)) {}
+
+  ~SocketServiceListener() override {
+    static_cast<void>(::eventfd_write(stop_.get(), 1));
+    if (accepting_.joinable()) accepting_.join();
+    connections_->closeAll();
+  }
+
+  void setDelegate(std::shared_ptr<ServiceListenerDelegate> delegate) override { delegate_ = std::move(delegate); }
+
+  void resume() override {
+    if (!listeningSocket_ || !delegate_) return;
+    // Between the notice of a client and its acceptance the socket could be emptied by another process that shares it.
+    ::fcntl(*listeningSocket_, F_SETFL, ::fcntl(*listeningSocket_, F_GETFL) | O_NONBLOCK);
+    accepting_ = std::thread([this] { acceptClients(); });
+  }
+
+ private:
+  void acceptClients() {
+    while (waitForClient()) {
+      UniqueDescriptor client(::accept4(*listeningSocket_, nullptr, nullptr, SOCK_CLOEXEC));
+      if (client.valid()) {
+        admit(std::move(client));
+      } else if (!outlasts(errno)) {
+        return;
+      }
+    }
+  }
+
+  // False when the listener is being destroyed.
+  bool waitForClient() {
+    std::array<pollfd, 2> events{pollfd{*listeningSocket_, POLLIN, 0}, pollfd{stop_.get(), POLLIN, 0}};
+    while (::poll(events.data(), events.size(), -1) < 0 && errno == EINTR) {
+    }
+    return events[1].revents == 0;
+  }
+
+  // Whether accepting goes on after this error. When descriptors or memory are short, others must end first.
+  bool outlasts(int error) {
+    if (error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOBUFS) {
+      constexpr int kPauseMilliseconds = 50;
+      pollfd stopped{.fd = stop_.get(), .events = POLLIN, .revents = 0};
+      static_cast<void>(::poll(&stopped, 1, kPauseMilliseconds));
+      return true;
+    }
+    return error != EBADF && error != EINVAL && error != ENOTSOCK;
+  }
+
+  void admit(UniqueDescriptor client) {
+    SocketConnection connection(client.get());
+    if (!delegate_->shouldAcceptNewConnection(connection)) return;
+    auto handler = connection.takeHandler();
+    if (!handler) return;
+    connections_->add(std::move(client),
+                      [handler = std::move(handler)](int socket) { serveConnection(socket, *handler); });
+  }
+
+  const std::optional<int> listeningSocket_;
+  const std::shared_ptr<OpenConnections> connections_;
+  const UniqueDescriptor stop_;
+  std::shared_ptr<ServiceListenerDelegate> delegate_;
+  std::thread accepting_;
+};
+
+}  // namespace
+
+std::unique_ptr<ServiceListener> makeSocketServiceListener(std::optional<int> listeningSocket) {
+  return std::make_unique<SocketServiceListener>(listeningSocket);
+}
+
+}  // namespace sim
+
+std::unique_ptr<ServiceListener> ServiceListener::forMachService(const std::string& machServiceName) {
+  const auto socket = sim::launchSocketFor(machServiceName);
+  if (!socket) halvoSystemLog("launchd passed no socket for " + machServiceName + ": nobody can connect");
+  return sim::makeSocketServiceListener(socket);
+}
+
+}  // namespace halvo

@@ -1,0 +1,39 @@
+// A helper in this process: a published service with a scripted handler behind it.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "sim/transport/BusHandles.h"
+#include "sim/transport/SocketServiceListener.h"
+#include "sim/transport/testing/LaunchedService.h"
+#include "transport/contract/AdmittingDelegate.h"
+#include "transport/contract/ScriptedHandler.h"
+
+namespace halvo::sim {
+
+class ListeningHelper {
+ public:
+  ListeningHelper();
+
+  [[nodiscard]] std::string socket() const { return service_.socket(); }
+  [[nodiscard]] ScriptedHandler& handler() { return *handler_; }
+
+  // Refuses the clients that come from now on.
+  void refuseEverybody() { admits_->store(false); }
+  // Cuts all connections; the socket stays.
+  void stop() { listener_.reset(); }
+  void startAgain();
+
+  // A connection of the kind that third-party programs make: it greets, and waits for the answer.
+  [[nodiscard]] OwnedBus thirdPartyClient() const;
+
+ private:
+  LaunchedService service_;
+  std::shared_ptr<ScriptedHandler> handler_ = std::make_shared<ScriptedHandler>();
+  std::shared_ptr<std::atomic<bool>> admits_ = std::make_shared<std::atomic<bool>>(true);
+  std::unique_ptr<ServiceListener> listener_;
+};
+
+}  // namespace halvo::sim
