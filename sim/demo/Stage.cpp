@@ -58,7 +58,7 @@ std::vector<std::string> summarised(const std::vector<TreeChange>& changes) {
 
 }  // namespace
 
-Stage::Stage(Narrator& narrator) : narrator_(narrator) {
+Stage::Stage(StepReport& report) : report_(report) {
   mac().writeState("clock-rate", "20\n");
   mac().start();
 }
@@ -78,7 +78,7 @@ void Stage::tell(Step step) {
   }
   step.changes = summarised(changesBetween(treeBefore_, mac().snapshotTree(watchedFolders())));
   if (step.changes.empty()) step.changes.emplace_back("nothing changed");
-  narrator_.tell(step);
+  report_.tell(step);
 }
 
 void Stage::request(Step& step, const std::vector<std::string>& arguments, const std::string& expectedReply) {

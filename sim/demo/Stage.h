@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/demo/Narrator.h"
+#include "sim/demo/StepReport.h"
 #include "sim/scenario/ProductMachine.h"
 
 namespace halvo::sim {
@@ -13,7 +13,7 @@ namespace halvo::sim {
 class Stage {
  public:
   // Starts the machine with its clock running twenty times as fast, so that a minute of idleness passes in seconds.
-  explicit Stage(Narrator& narrator);
+  explicit Stage(StepReport& report);
 
   ProductMachine& machine() { return machine_; }
   SimulatedMac& mac() { return machine_.mac(); }
@@ -34,7 +34,7 @@ class Stage {
 
  private:
   ProductMachine machine_;
-  Narrator& narrator_;
+  StepReport& report_;
   std::size_t callsBefore_ = 0;
   TreeSnapshot treeBefore_;
 };

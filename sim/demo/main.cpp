@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "sim/demo/InstallRoad.h"
-#include "sim/demo/Narrator.h"
-#include "sim/demo/RemovalRoad.h"
+#include "sim/demo/InstallSteps.h"
+#include "sim/demo/RemovalSteps.h"
 #include "sim/demo/Stage.h"
+#include "sim/demo/StepReport.h"
 
 namespace {
 
@@ -24,8 +24,8 @@ constexpr std::string_view kUsage =
 
 bool walk() {
   using namespace halvo::sim;
-  Narrator narrator(std::cout);
-  Stage stage(narrator);
+  StepReport report(std::cout);
+  Stage stage(report);
   walkFirstContact(stage);
   walkInstalls(stage);
   walkRefusedPackages(stage);
@@ -37,7 +37,7 @@ bool walk() {
   walkBundleRemoval(stage);
   walkFinalRemoval(stage, runningApplication);
   walkReinstall(stage);
-  return narrator.conclude();
+  return report.conclude();
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 
 namespace halvo {
 namespace {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 #include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {

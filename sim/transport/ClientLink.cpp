@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

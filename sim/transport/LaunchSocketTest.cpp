@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 #include "sim/transport/testing/LaunchedService.h"
 #include "sim/transport/testing/RawFrames.h"
 

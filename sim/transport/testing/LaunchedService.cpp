@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,4 +1,4 @@
-#include "sim/demo/RemovalRoad.h"
+#include "sim/demo/RemovalSteps.h"
 
 #include <filesystem>
 #include <utility>

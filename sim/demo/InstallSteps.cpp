@@ -1,4 +1,4 @@
-#include "sim/demo/InstallRoad.h"
+#include "sim/demo/InstallSteps.h"
 
 #include <filesystem>
 #include <utility>

@@ -20,9 +20,9 @@ struct Step {
   std::vector<std::string> surprises;  // what differs from what is expected; none when all is well
 };
 
-class Narrator {
+class StepReport {
  public:
-  explicit Narrator(std::ostream& out);
+  explicit StepReport(std::ostream& out);
 
   void tell(const Step& step);
 

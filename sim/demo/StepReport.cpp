@@ -1,4 +1,4 @@
-#include "sim/demo/Narrator.h"
+#include "sim/demo/StepReport.h"
 
 #include <iomanip>
 
@@ -9,9 +9,9 @@ constexpr int kLabelWidth = 10;
 
 }  // namespace
 
-Narrator::Narrator(std::ostream& out) : out_(out) {}
+StepReport::StepReport(std::ostream& out) : out_(out) {}
 
-void Narrator::tell(const Step& step) {
+void StepReport::tell(const Step& step) {
   told_.push_back(step);
   out_ << "\n== " << told_.size() << ". " << step.title << "\n";
   list("request", step.requests);
@@ -23,7 +23,7 @@ void Narrator::tell(const Step& step) {
   out_ << std::flush;
 }
 
-bool Narrator::conclude() const {
+bool StepReport::conclude() const {
   out_ << "\n== Summary\n";
   bool asExpected = true;
   for (std::size_t i = 0; i < told_.size(); ++i) {
@@ -42,7 +42,7 @@ bool Narrator::conclude() const {
   return false;
 }
 
-void Narrator::list(std::string_view label, const std::vector<std::string>& lines) const {
+void StepReport::list(std::string_view label, const std::vector<std::string>& lines) const {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     out_ << "  " << std::left << std::setw(kLabelWidth) << (i == 0 ? label : "") << lines[i] << "\n" << std::right;
   }

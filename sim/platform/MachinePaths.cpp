@@ -1,18 +1,18 @@
-#include "sim/platform/Places.h"
+#include "sim/platform/MachinePaths.h"
 
 #include <utility>
 
 namespace halvo::sim {
 namespace {
 
-struct Places {
+struct Paths {
   std::filesystem::path systemLog = "/var/log/system.log";
   std::filesystem::path machServices = "/var/run/mach";
 };
 
-Places& current() {
-  static Places places;
-  return places;
+Paths& current() {
+  static Paths paths;
+  return paths;
 }
 
 }  // namespace
