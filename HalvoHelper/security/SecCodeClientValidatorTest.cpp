@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -106,6 +107,25 @@ TEST_F(SecCodeClientValidatorTest, RefusesAnotherProcessUnderTheSameNumber) {
   EXPECT_FALSE(validator().isAuthorized(earlier));
 
   EXPECT_THAT(log_, ElementsAre(StartsWith("halvo-helper: client look-up failed status=")));
+}
+
+TEST_F(SecCodeClientValidatorTest, RefusesTheApplicationWhoseProgramWasRemovedWhileItRuns) {
+  const SignedProcess client(kApplication);
+  std::filesystem::remove(client.program());
+
+  EXPECT_FALSE(validator().isAuthorized(client.auditToken()));
+
+  EXPECT_THAT(log_, ElementsAre("halvo-helper: client look-up failed status=100002"));
+}
+
+TEST_F(SecCodeClientValidatorTest, RefusesTheApplicationWhoseProgramWasReplacedWhileItRuns) {
+  const SignedProcess client(kApplication);
+  const SignedProcess update(kApplication);
+  std::filesystem::rename(update.program(), client.program());
+
+  EXPECT_FALSE(validator().isAuthorized(client.auditToken()));
+
+  EXPECT_THAT(log_, ElementsAre("halvo-helper: client signature refused status=-67034"));
 }
 
 TEST_F(SecCodeClientValidatorTest, PassesTheZeroTokenOnAndRefusesIt) {

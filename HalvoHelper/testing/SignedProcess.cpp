@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 
@@ -37,13 +36,12 @@ pid_t start(const std::string& program, int input) {
 }  // namespace
 
 SignedProcess::SignedProcess(const std::optional<sim::CodeSignature>& signature) {
-  const std::filesystem::path program = directory_.path() / "client";
-  std::filesystem::copy_file("/bin/cat", program);
-  if (signature) require(sim::signExecutable(program, *signature), "the client could not be signed");
+  std::filesystem::copy_file("/bin/cat", program());
+  if (signature) require(sim::signExecutable(program(), *signature), "the client could not be signed");
 
   std::array<int, 2> pipe{};
   require(::pipe2(pipe.data(), O_CLOEXEC) == 0, "no pipe");
-  pid_ = start(program.string(), pipe[0]);
+  pid_ = start(program().string(), pipe[0]);
   ::close(pipe[0]);
   input_ = pipe[1];
   token_.val[1] = token_.val[3] = ::getuid();

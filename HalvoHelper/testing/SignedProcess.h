@@ -4,6 +4,7 @@
 #include <mach/message.h>
 #include <sys/types.h>
 
+#include <filesystem>
 #include <optional>
 
 #include "sim/support/CodeSignature.h"
@@ -23,6 +24,9 @@ class SignedProcess {
   // As the kernel would give it for a connection of this process; stays the same after it ended.
   const audit_token_t& auditToken() const { return token_; }
   pid_t pid() const { return pid_; }
+
+  // Where its program lies.
+  std::filesystem::path program() const { return directory_.path() / "client"; }
 
   // Ends the process and waits until it is gone.
   void end();
