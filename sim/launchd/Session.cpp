@@ -69,6 +69,8 @@ class Session {
     while (!status_) turn();
     if (command_) ::kill(*command_, SIGTERM);
     for (const auto& [process, answer] : asked_) ::kill(-process, SIGKILL);
+    // Whoever waits for them is told by the end of the connection that the machine has stopped.
+    asked_.clear();
     launchd_.shutDown();
     while (!launchd_.allGone()) turn();
     return *status_;
