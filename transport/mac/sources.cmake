@@ -19,4 +19,5 @@ set(HALVO_MAC_TRANSPORT_TESTS
   ExportedHandlerTest.mm
   PendingCallsTest.cpp
   UnavailableInitializerTest.mm
+  ../../platform/mac/testing/CodeUnitString.mm
   testing/PublishedMachService.mm)
