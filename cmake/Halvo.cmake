@@ -8,9 +8,11 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 option(BUILD_TESTING "Build the tests" ON)
 
+# A compiler cache, where there is one. It is told that a precompiled header may be judged by its content.
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+    CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime "${CCACHE}")
 endif()
 
 find_package(Threads REQUIRED)
@@ -56,18 +58,59 @@ function(halvo_executable name)
   target_link_libraries(${name} PRIVATE halvo_flags ${ARG_PRIVATE})
 endfunction()
 
-# One test program per module. GoogleTest's discovery gives every test its own CTest entry, so that they run in
-# parallel and each name shows in the report.
+# What nearly every test includes is read once. Product sources see what they include themselves and no more. A Mac's
+# tests are built without, which keeps each of them honest about its own includes.
+function(halvo_precompile_test_headers name)
+  if(APPLE)
+    return()
+  endif()
+  if(NOT TARGET halvo_test_headers)
+    add_executable(halvo_test_headers EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp")
+    target_link_libraries(halvo_test_headers PRIVATE halvo_flags GTest::gmock)
+    target_precompile_headers(halvo_test_headers PRIVATE "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.h")
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      target_compile_options(halvo_test_headers PRIVATE -fpch-preprocess)  # the compiler cache asks for it
+    endif()
+  endif()
+  target_precompile_headers(${name} REUSE_FROM halvo_test_headers)
+endfunction()
+
+# How CTest runs a GoogleTest program: whole, since starting one costs more than most of its tests, or in as many parts
+# as SHARDS says, so that slow tests run side by side. Its path is noted for ./test, which looks tests up by their names.
+function(halvo_register_tests name shards)
+  foreach(index RANGE 1 ${shards})
+    set(test "${name}")
+    if(shards GREATER 1)
+      string(APPEND test "/${index}of${shards}")
+    endif()
+    math(EXPR index "${index} - 1")
+    add_test(NAME "${test}" COMMAND ${name} --gtest_brief=1)
+    set_tests_properties("${test}" PROPERTIES TIMEOUT 600 LABELS GoogleTest
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
+  endforeach()
+  set_property(GLOBAL APPEND_STRING PROPERTY halvo_test_programs "${name} $<TARGET_FILE:${name}>\n")
+endfunction()
+
+# For ./test: the name and the path of each test program, one a line.
+function(halvo_list_test_programs)
+  get_property(programs GLOBAL PROPERTY halvo_test_programs)
+  file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/test-programs.txt" CONTENT "${programs}")
+endfunction()
+
+# One test program per module.
 function(halvo_test name)
   if(NOT BUILD_TESTING)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "" "SOURCES;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;PRIVATE" ${ARGN})
+  if(NOT ARG_SHARDS)
+    set(ARG_SHARDS 1)
+  endif()
   find_package(GTest REQUIRED)
-  include(GoogleTest)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE halvo_flags ${ARG_PRIVATE} GTest::gmock GTest::gtest_main)
-  gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  halvo_precompile_test_headers(${name})
+  halvo_register_tests(${name} ${ARG_SHARDS})
 endfunction()
 
 # Objective-C++ files under automatic reference counting. A test is there only where tests are built.

@@ -1,7 +1,5 @@
 # What is looked at besides compiling and linking: the protocol's metadata, the imports, the static analyzer's and
 # clang-tidy's findings in the Objective-C++ files.
-include(GoogleTest)
-
 foreach(arch arm64 x86_64)
   set(module "${CMAKE_CURRENT_BINARY_DIR}/metadata/${arch}/protocol.ll")
   get_filename_component(folder "${module}" DIRECTORY)
@@ -21,7 +19,7 @@ target_compile_features(halvo_macho_test PRIVATE cxx_std_20)
 target_include_directories(halvo_macho_test PRIVATE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(halvo_macho_test PRIVATE HALVO_MACHO_METADATA_DIR="${CMAKE_CURRENT_BINARY_DIR}/metadata")
 target_link_libraries(halvo_macho_test PRIVATE GTest::gmock GTest::gtest_main)
-gtest_discover_tests(halvo_macho_test NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60)
+halvo_register_tests(halvo_macho_test 1)
 
 foreach(program ${programs})
   foreach(arch arm64 x86_64)

@@ -28,8 +28,8 @@ function(macho_read name)
   cmake_parse_arguments(ARG "" "CLANG;ARCH" "FLAGS;SOURCES" ${ARGN})
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/${name}")
   set(flags ${MACHO_FLAGS} ${MACHO_FLAGS_${ARG_ARCH}} ${ARG_FLAGS})
-  set(common "${CMAKE_CURRENT_SOURCE_DIR}/checks/WhatTestsInclude.h")
-  set(precompiled "${folder}/WhatTestsInclude.pch")
+  set(common "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.h")
+  set(precompiled "${folder}/TestHeaders.pch")
   file(MAKE_DIRECTORY "${folder}")
   add_custom_command(OUTPUT "${precompiled}"
     COMMAND "${ARG_CLANG}" ${flags} -MD -MF "${precompiled}.d" -x c++-header "${common}" -o "${precompiled}"

@@ -25,7 +25,7 @@ class ThirdPartyClientTest : public testing::Test {
   template <typename... Arguments>
   Answer call(const char* object, const char* interface, const char* member, const char* types,
               Arguments... arguments) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_message* raw = nullptr;
     const int status =
         sd_bus_call_method(bus.get(), nullptr, object, interface, member, &error, &raw, types, arguments...);

@@ -34,8 +34,8 @@ constexpr SecCSFlags kValidityFlags = kSecCSConsiderExpiration | kSecCSEnforceRe
                                       kSecCSReportProgress | kSecCSCheckTrustedAnchors | kSecCSQuickCheck |
                                       kSecCSApplyEmbeddedPolicy | kSecCSMatchGuestRequirementInKernel;
 
-constinit Constant<__CFString> auditKey(u"audit");
-constinit Constant<__CFString> pidKey(u"pid");
+Constant<__CFString> auditKey(u"audit");
+Constant<__CFString> pidKey(u"pid");
 
 // Answers for the whole dictionary: a status, or the program it names.
 GuestLookup findByAuditToken(CFTypeRef value) {
