@@ -68,9 +68,9 @@ function(halvo_precompile_test_headers name)
     add_executable(halvo_test_headers EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp")
     target_link_libraries(halvo_test_headers PRIVATE halvo_flags GTest::gmock)
     target_precompile_headers(halvo_test_headers PRIVATE "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.h")
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-      target_compile_options(halvo_test_headers PRIVATE -fpch-preprocess)  # the compiler cache asks for it
-    endif()
+    # What the compiler cache asks for, so that it knows the same header again.
+    target_compile_options(halvo_test_headers PRIVATE
+      $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> "$<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>")
   endif()
   target_precompile_headers(${name} REUSE_FROM halvo_test_headers)
 endfunction()
