@@ -12,7 +12,7 @@
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "client/testing/ScriptedHelper.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo {
 namespace {

@@ -50,12 +50,12 @@ std::vector<std::string> Scenario::toolRuns() {
   return runs;
 }
 
-std::string waitingScript(SimulatedMac& mac) {
+std::string waitingScript(Machine& mac) {
   constexpr const char* kPath = "/Users/user501/Downloads/waiting-postinstall";
   mac.writeFile(kPath, "#!/bin/sh\nwhile [ ! -e /private/var/tmp/go ]; do sleep 0.02; done\n", 0755);
   return mac.path(kPath).string();
 }
 
-void letItGo(SimulatedMac& mac) { mac.writeFile("/private/var/tmp/go", ""); }
+void letItGo(Machine& mac) { mac.writeFile("/private/var/tmp/go", ""); }
 
 }  // namespace halvo::sim

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/scenario/ProductMachine.h"
+#include "sim/harness/ProductMachine.h"
 
 namespace halvo::sim {
 
@@ -18,7 +18,7 @@ class Scenario : public testing::Test {
 
   void start() { machine.mac().start(); }
 
-  SimulatedMac& mac() { return machine.mac(); }
+  Machine& mac() { return machine.mac(); }
 
   // What the application printed for these arguments, without the line feed.
   std::string reply(const std::vector<std::string>& arguments);
@@ -40,7 +40,7 @@ inline constexpr const char* kStagingFailedReply = R"({"code":"untrusted_package
 inline constexpr const char* kInstallLog = "/var/log/halvo-install.log";
 
 // A postinstall script that waits until the file /private/var/tmp/go exists.
-std::string waitingScript(SimulatedMac& mac);
-void letItGo(SimulatedMac& mac);
+std::string waitingScript(Machine& mac);
+void letItGo(Machine& mac);
 
 }  // namespace halvo::sim

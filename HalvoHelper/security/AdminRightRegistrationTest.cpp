@@ -7,9 +7,9 @@
 #include "HalvoHelper/security/CFText.h"
 #include "HalvoHelper/security/ScopedAuthorization.h"
 #include "HalvoHelper/security/ScopedCF.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo {
 namespace {
@@ -26,7 +26,7 @@ class AdminRightRegistrationTest : public testing::Test {
  protected:
   AdminRightRegistrationTest() { sim::setStateRoot(state_.path()); }
 
-  sim::TemporaryDirectory state_;
+  TemporaryDirectory state_;
   std::int64_t liveBefore_ = FrameworkProbe::liveObjects();
   FrameworkProbe probe_;
 };

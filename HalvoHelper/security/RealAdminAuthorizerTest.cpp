@@ -11,9 +11,9 @@
 
 #include "HalvoHelper/security/AdminRight.h"
 #include "HalvoHelper/security/ScopedAuthorization.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo {
 namespace {
@@ -75,7 +75,7 @@ class RealAdminAuthorizerTest : public testing::Test {
 
   std::string prompts() const { return state_.read("authorization-prompts"); }
 
-  sim::TemporaryDirectory state_;
+  TemporaryDirectory state_;
 };
 
 class ExternalFormOfWrongLength : public RealAdminAuthorizerTest, public testing::WithParamInterface<std::size_t> {};

@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/support/CodeSignature.h"
-#include "sim/support/TemporaryDirectory.h"
 
 namespace halvo {
 
@@ -32,7 +32,7 @@ class SignedProcess {
   void end();
 
  private:
-  sim::TemporaryDirectory directory_;
+  TemporaryDirectory directory_;
   int input_ = -1;  // the process ends when this is closed
   pid_t pid_ = -1;
   audit_token_t token_{};

@@ -61,6 +61,15 @@ std::string TemporaryDirectory::makeLink(std::string_view name, const std::strin
   return made;
 }
 
+std::filesystem::path TemporaryDirectory::write(const std::filesystem::path& name, std::string_view contents) const {
+  return makeFile(name.native(), contents);
+}
+
+std::string TemporaryDirectory::read(const std::filesystem::path& name) const {
+  const std::string file = path(name.native());
+  return isNamed(file) ? contentsOf(file) : "";
+}
+
 std::string TemporaryDirectory::readyPath(std::string_view name) const {
   const std::filesystem::path ready = root_ / name;
   std::filesystem::create_directories(ready.parent_path());

@@ -15,7 +15,7 @@ class TemporaryDirectory {
   ~TemporaryDirectory();
 
   // The path of the directory itself, free of links, or of something in it. Nothing is created.
-  [[nodiscard]] std::string path() const { return root_.string(); }
+  [[nodiscard]] const std::filesystem::path& path() const { return root_; }
   [[nodiscard]] std::string path(std::string_view name) const { return (root_ / name).string(); }
 
   // Each makes one item, with the directories above it, and answers its full path. They throw when that fails.
@@ -24,6 +24,11 @@ class TemporaryDirectory {
   std::string makeDirectory(std::string_view name) const;
   std::string makeFifo(std::string_view name) const;
   std::string makeLink(std::string_view name, const std::string& target) const;
+
+  // Makes or replaces a file, as makeFile() does.
+  std::filesystem::path write(const std::filesystem::path& name, std::string_view contents) const;
+  // The whole file; empty when there is none.
+  [[nodiscard]] std::string read(const std::filesystem::path& name) const;
 
  private:
   [[nodiscard]] std::string readyPath(std::string_view name) const;

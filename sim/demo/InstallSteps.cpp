@@ -1,7 +1,7 @@
-#include "sim/demo/InstallSteps.h"
-
 #include <filesystem>
 #include <utility>
+
+#include "sim/demo/Steps.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,7 +1,7 @@
-#include "sim/demo/RemovalSteps.h"
-
 #include <filesystem>
 #include <utility>
+
+#include "sim/demo/Steps.h"
 
 namespace halvo::sim {
 namespace {

@@ -5,10 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "sim/demo/InstallSteps.h"
-#include "sim/demo/RemovalSteps.h"
 #include "sim/demo/Stage.h"
-#include "sim/demo/StepReport.h"
+#include "sim/demo/Steps.h"
 
 namespace {
 

@@ -1,24 +1,18 @@
 #include "sim/harness/MachineSession.h"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <thread>
 #include <utility>
 
-#include "sim/harness/WaitUntil.h"
-#include "sim/support/NamelessFile.h"
-
-extern char** environ;
+#include "sim/support/WaitUntil.h"
+#include "sim/support/WholeFile.h"
 
 namespace halvo::sim {
 namespace {
@@ -32,33 +26,12 @@ constexpr const char* kSessionCommand = "echo; exec cat";
 constexpr uid_t kFirstOrdinaryUser = 501;
 constexpr int kNoSuchUser = 126;
 
-struct Pipe {
-  UniqueDescriptor out;
-  UniqueDescriptor in;
-};
-
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  // No other machine that this process starts may hold an end: this one would not notice the end of its input.
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe to the machine can be made");
-  return {UniqueDescriptor(ends[0]), UniqueDescriptor(ends[1])};
-}
-
 pid_t startMachine(const std::filesystem::path& machine, const std::filesystem::path& errors, int input, int output) {
-  std::vector<std::string> words = {HALVO_SIM_PROGRAM, "run", machine.string(), "--", "/bin/sh", "-c", kSessionCommand};
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  posix_spawn_file_actions_t actions{};
-  ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-  ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  pid_t child = 0;
-  const int error = ::posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
-  ::posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) throw std::runtime_error("halvo-sim cannot be run");
-  return child;
+  const UniqueDescriptor err(::open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+  const auto child = startChild({HALVO_SIM_PROGRAM, "run", machine.string(), "--", "/bin/sh", "-c", kSessionCommand},
+                                {input, output, err.get()});
+  if (!child) throw std::runtime_error("halvo-sim cannot be run");
+  return *child;
 }
 
 bool hasEnded(pid_t process) { return ::waitpid(process, nullptr, WNOHANG) == process; }
@@ -67,11 +40,6 @@ void collect(pid_t process) {
   if (waitUntil([&] { return hasEnded(process); }, kShutdownBound)) return;
   ::kill(process, SIGKILL);
   ::waitpid(process, nullptr, 0);
-}
-
-std::string textOf(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 // False when the machine ends instead.
@@ -104,7 +72,7 @@ MachineSession::MachineSession(const std::filesystem::path& machine, const std::
   keepsRunning_ = std::move(input.in);
   if (!hasBooted(output.out)) {
     shutDown();
-    throw std::runtime_error("the simulated Mac does not start: " + textOf(errors));
+    throw std::runtime_error("the simulated Mac does not start: " + wholeFile(errors));
   }
   severalUsers_ = runAndWait(launchd_, kFirstOrdinaryUser, {"/usr/bin/true"}, {}).status != kNoSuchUser;
 }

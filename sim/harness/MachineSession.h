@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/harness/CommandResult.h"
 #include "sim/launchd/ControlClient.h"
+#include "sim/support/ChildProcess.h"
 
 namespace halvo::sim {
 

@@ -7,15 +7,19 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/launchd/ControlMessages.h"
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {
+
+using Json = nlohmann::json;
+
+std::string text(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string reason(int error) { return std::generic_category().message(error); }
 
@@ -29,54 +33,55 @@ UniqueDescriptor connectTo(const std::filesystem::path& name) {
   address.sun_family = AF_UNIX;
   if (viaFolder.size() >= sizeof address.sun_path) return {};
   std::memcpy(address.sun_path, viaFolder.c_str(), viaFolder.size() + 1);
-  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   if (!socket.valid()) return {};
   if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return {};
   return socket;
 }
 
-// The first byte takes the descriptors along.
-bool sendWith(int socket, std::string_view byte, const CommandStreams& streams) {
-  const std::array<int, kCommandStreams> descriptors = {streams.in, streams.out, streams.err};
-  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptors)> extra{};
-  std::string copy(byte);
-  iovec bytes{copy.data(), copy.size()};
+bool sendRequest(int socket, std::string request, const ChildStreams* streams) {
+  iovec bytes{request.data(), request.size()};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(kPassedStreams * sizeof(int))> extra{};
   msghdr message{};
   message.msg_iov = &bytes;
   message.msg_iovlen = 1;
-  message.msg_control = extra.data();
-  message.msg_controllen = extra.size();
-  cmsghdr* header = CMSG_FIRSTHDR(&message);
-  header->cmsg_level = SOL_SOCKET;
-  header->cmsg_type = SCM_RIGHTS;
-  header->cmsg_len = CMSG_LEN(sizeof descriptors);
-  std::memcpy(CMSG_DATA(header), descriptors.data(), sizeof descriptors);
-  return ::sendmsg(socket, &message, MSG_NOSIGNAL) == 1;
+  if (streams != nullptr) {
+    const std::array<int, kPassedStreams> descriptors = {streams->in, streams->out, streams->err};
+    message.msg_control = extra.data();
+    message.msg_controllen = extra.size();
+    cmsghdr* header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof descriptors);
+    std::memcpy(CMSG_DATA(header), descriptors.data(), sizeof descriptors);
+  }
+  return ::sendmsg(socket, &message, MSG_NOSIGNAL) >= 0;
 }
 
-bool sendAll(int socket, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
-    if (count < 0 && errno != EINTR) return false;
-    if (count > 0) text.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
-}
-
-std::string receiveToEnd(int socket) {
-  std::string text;
-  std::array<char, 4096> chunk{};
-  while (true) {
-    const ssize_t count = ::recv(socket, chunk.data(), chunk.size(), 0);
-    if (count > 0) {
-      text.append(chunk.data(), static_cast<std::size_t>(count));
-    } else if (count == 0 || errno != EINTR) {
-      return text;
-    }
-  }
+std::optional<ControlReply> receiveReply(int socket) try {
+  std::string received(kMaxControlMessage, '\0');
+  ssize_t count = 0;
+  do count = ::recv(socket, received.data(), received.size(), 0);
+  while (count < 0 && errno == EINTR);
+  if (count <= 0) return std::nullopt;
+  received.resize(static_cast<std::size_t>(count));
+  const Json message = Json::parse(received);
+  return ControlReply{.status = message.at("status").get<int>(), .text = message.at("text").get<std::string>()};
+} catch (const Json::exception&) {
+  return std::nullopt;
 }
 
 }  // namespace
+
+std::string toText(const ControlReply& reply) { return text({{"status", reply.status}, {"text", reply.text}}); }
+
+std::optional<ControlRequest> requestFromText(std::string_view received) try {
+  const Json message = Json::parse(received);
+  return ControlRequest{.verb = message.at("verb").get<std::string>(),
+                        .arguments = message.at("arguments").get<std::vector<std::string>>()};
+} catch (const Json::exception&) {
+  return std::nullopt;
+}
 
 ControlClient::ControlClient() : ControlClient(stateRoot() / "launchd.sock") {}
 
@@ -103,26 +108,20 @@ std::optional<std::string> ControlClient::unregisterService(const std::string& p
 }
 
 std::optional<int> ControlClient::run(uid_t user, const std::vector<std::string>& command,
-                                      const CommandStreams& streams) const {
+                                      const ChildStreams& streams) const {
   ControlRequest request{"run", {std::to_string(user)}};
   request.arguments.insert(request.arguments.end(), command.begin(), command.end());
   const ControlReply reply = ask(request, &streams);
   return reply.status == 0 ? std::optional(std::stoi(reply.text)) : std::nullopt;
 }
 
-ControlReply ControlClient::ask(const ControlRequest& request, const CommandStreams* streams) const {
+ControlReply ControlClient::ask(const ControlRequest& request, const ChildStreams* streams) const {
   const UniqueDescriptor socket = connectTo(socket_);
   if (!socket.valid()) return {kLaunchdUnreachable, "launchd cannot be reached: " + reason(errno)};
-  const std::string line = toLine(request);
-  std::string_view left = line;
-  bool sent = true;
-  if (streams != nullptr) {
-    sent = sendWith(socket.get(), left.substr(0, 1), *streams);
-    left.remove_prefix(1);
+  if (!sendRequest(socket.get(), text({{"verb", request.verb}, {"arguments", request.arguments}}), streams)) {
+    return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};
   }
-  if (!sent || !sendAll(socket.get(), left)) return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};
-  const auto reply = replyFromLine(receiveToEnd(socket.get()));
-  return reply.value_or(ControlReply{kLaunchdUnreachable, "launchd ended without an answer"});
+  return receiveReply(socket.get()).value_or(ControlReply{kLaunchdUnreachable, "launchd ended without an answer"});
 }
 
 }  // namespace halvo::sim

@@ -6,13 +6,17 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "sim/launchd/SessionCommand.h"
+#include "sim/support/ChildProcess.h"
 
 namespace halvo::sim {
 
-struct ControlRequest;
+struct ControlRequest {
+  std::string verb;  // bootstrap, bootout, print, killall, register, unregister or run
+  std::vector<std::string> arguments;
+};
 
 // What launchd answered: 0 or the exit status that launchctl has for this failure, and the words that go with it.
 struct ControlReply {
@@ -20,6 +24,13 @@ struct ControlReply {
   std::string text;
   bool operator==(const ControlReply&) const = default;
 };
+
+// The control socket keeps messages apart: one request and one reply per connection, each a JSON text of at most this
+// many bytes. With "run" come the descriptors of the command's standard streams.
+inline constexpr std::size_t kMaxControlMessage = 64UL * 1024;
+inline constexpr std::size_t kPassedStreams = 3;
+std::string toText(const ControlReply& reply);
+std::optional<ControlRequest> requestFromText(std::string_view text);
 
 // The answer when no launchd listens.
 inline constexpr int kLaunchdUnreachable = 71;
@@ -53,10 +64,10 @@ class ControlClient {
   // the number of the signal that ended it, 126 when that user does not exist, 127 when the program does not. Nothing
   // when launchd cannot be reached, refuses, or ends first.
   [[nodiscard]] std::optional<int> run(uid_t user, const std::vector<std::string>& command,
-                                       const CommandStreams& streams) const;
+                                       const ChildStreams& streams) const;
 
  private:
-  [[nodiscard]] ControlReply ask(const ControlRequest& request, const CommandStreams* streams = nullptr) const;
+  [[nodiscard]] ControlReply ask(const ControlRequest& request, const ChildStreams* streams = nullptr) const;
 
   std::filesystem::path socket_;
 };

@@ -49,43 +49,40 @@ void ControlServer::acceptAll() {
     UniqueDescriptor socket(::accept4(socket_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!socket.valid()) return;
     const bool mayChange = peerMayChange(socket.get());
-    connections_.emplace(nextNumber_++, Connection{std::move(socket), {mayChange, {}}, false, {}});
+    connections_.emplace(nextNumber_++, Connection{std::move(socket), {mayChange, {}}, false});
   }
 }
 
-ssize_t ControlServer::receive(Connection& connection) {
-  std::array<char, 4096> chunk{};
-  iovec bytes{chunk.data(), chunk.size()};
-  alignas(cmsghdr) std::array<char, CMSG_SPACE(kCommandStreams * sizeof(int))> extra{};
+std::optional<std::string> ControlServer::receive(Connection& connection) {
+  std::string received(kMaxControlMessage, '\0');
+  iovec bytes{received.data(), received.size()};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(kPassedStreams * sizeof(int))> extra{};
   msghdr message{};
   message.msg_iov = &bytes;
   message.msg_iovlen = 1;
   message.msg_control = extra.data();
   message.msg_controllen = extra.size();
   const ssize_t count = ::recvmsg(connection.socket.get(), &message, MSG_CMSG_CLOEXEC);
-  if (count <= 0) return count;
-  connection.received.append(chunk.data(), static_cast<std::size_t>(count));
+  if (count < 0 && (errno == EAGAIN || errno == EINTR)) return std::nullopt;
+  received.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
   const cmsghdr* header = CMSG_FIRSTHDR(&message);
-  if (header == nullptr || header->cmsg_type != SCM_RIGHTS) return count;
+  if (count <= 0 || header == nullptr || header->cmsg_type != SCM_RIGHTS) return received;
   std::vector<int> passed((header->cmsg_len - CMSG_LEN(0)) / sizeof(int));
   std::memcpy(passed.data(), CMSG_DATA(header), passed.size() * sizeof(int));
   for (const int descriptor : passed) connection.client.passed.emplace_back(descriptor);
-  return count;
+  return received;
 }
 
 void ControlServer::read(int number) {
   Connection& connection = connections_.at(number);
-  ssize_t count = 0;
-  while ((count = receive(connection)) > 0 && connection.received.size() <= kMaxControlMessage) {
-  }
-  const bool hungUp = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
-  const std::size_t end = connection.received.find('\n');
-  if (end == std::string::npos) {
-    if (hungUp || connection.received.size() > kMaxControlMessage) connections_.erase(number);
+  const auto received = receive(connection);
+  if (!received) return;
+  if (received->empty()) {
+    connections_.erase(number);
     return;
   }
   connection.waiting = true;
-  const auto request = requestFromLine(std::string_view(connection.received).substr(0, end));
+  const auto request = requestFromText(*received);
   if (!request) return answer(number, {22, "Invalid argument"});
   handler_(*request, connection.client, [this, number](const ControlReply& reply) { answer(number, reply); });
 }
@@ -93,9 +90,9 @@ void ControlServer::read(int number) {
 void ControlServer::answer(int number, const ControlReply& reply) {
   const auto found = connections_.find(number);
   if (found == connections_.end()) return;
-  const std::string line = toLine(reply);
+  const std::string text = toText(reply);
   // An answer fits into an empty socket buffer; a client that has gone needs none.
-  ::send(found->second.socket.get(), line.data(), line.size(), MSG_NOSIGNAL);
+  ::send(found->second.socket.get(), text.data(), text.size(), MSG_NOSIGNAL);
   connections_.erase(found);
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/launchd/ControlMessages.h"
+#include "sim/launchd/ControlClient.h"
 #include "sim/launchd/ListeningSocket.h"
 
 namespace halvo::sim {
@@ -39,12 +39,12 @@ class ControlServer {
     UniqueDescriptor socket;
     Client client;
     bool waiting = false;  // for its answer
-    std::string received;
   };
 
   void acceptAll();
   void read(int number);
-  static ssize_t receive(Connection& connection);
+  // The text of the client's request: nothing while there is none, empty when the client has hung up.
+  static std::optional<std::string> receive(Connection& connection);
   void answer(int number, const ControlReply& reply);
 
   ListeningSocket socket_;

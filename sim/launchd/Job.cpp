@@ -11,7 +11,7 @@
 #include <variant>
 
 #include "sim/launchd/Domain.h"
-#include "sim/launchd/JobProcess.h"
+#include "sim/launchd/ProcessStart.h"
 #include "sim/support/SimClock.h"
 
 namespace halvo::sim {
@@ -22,11 +22,6 @@ constexpr std::chrono::seconds kRetryInterval(1);
 // Keeps a moment in the future representable however slow the machine's clock is.
 constexpr std::chrono::hours kLongestInterval(24);
 constexpr int kConfigurationError = 78;
-constexpr int kSignalBase = 128;
-
-int exitStatus(int waitStatus) {
-  return WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
-}
 
 bool readable(int descriptor) {
   pollfd entry{.fd = descriptor, .events = POLLIN, .revents = 0};
@@ -131,7 +126,7 @@ JobState Job::state() const {
           .program = description_.program.string(),
           .pid = process_,
           .starts = starts_,
-          .lastExitStatus = lastWaitStatus_ ? std::optional(exitStatus(*lastWaitStatus_)) : std::nullopt};
+          .lastExitStatus = lastWaitStatus_ ? std::optional(exitStatusOf(*lastWaitStatus_)) : std::nullopt};
 }
 
 }  // namespace halvo::sim

@@ -1,14 +1,12 @@
 #include "sim/launchd/JobDescription.h"
 
-#include <plist/plist.h>
-
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <memory>
-#include <optional>
+
+#include "sim/platform/PropertyLists.h"
 
 namespace halvo::sim {
 namespace {
@@ -18,31 +16,8 @@ constexpr std::size_t kMaxPlistBytes = 1024UL * 1024;
 constexpr std::size_t kMaxServiceName = 80;
 constexpr std::uint64_t kMaxSeconds = 86400;
 
-struct PlistReleaser {
-  void operator()(plist_t node) const { plist_free(node); }
-};
-using ScopedPlist = std::unique_ptr<std::remove_pointer_t<plist_t>, PlistReleaser>;
-
-struct FreeReleaser {
-  void operator()(void* memory) const { std::free(memory); }
-};
-
-std::optional<std::string> text(plist_t node) {
-  if (node == nullptr || plist_get_node_type(node) != PLIST_STRING) return std::nullopt;
-  std::uint64_t length = 0;
-  const char* bytes = plist_get_string_ptr(node, &length);
-  return std::string(bytes, length);
-}
-
-// Absent counts as false; any other kind of value as unusable.
-std::optional<bool> flag(plist_t dictionary, const char* key) {
-  plist_t node = plist_dict_get_item(dictionary, key);
-  if (node == nullptr) return false;
-  if (plist_get_node_type(node) != PLIST_BOOLEAN) return std::nullopt;
-  std::uint8_t value = 0;
-  plist_get_bool_val(node, &value);
-  return value != 0;
-}
+using Node = XMLPropertyListNode;
+using Kind = Node::Kind;
 
 bool usableServiceName(const std::string& name) {
   return !name.empty() && name.size() <= kMaxServiceName && name != "." && name != ".." &&
@@ -52,7 +27,7 @@ bool usableServiceName(const std::string& name) {
 // Builds the description key by key and keeps the first thing that is wrong.
 class Reader {
  public:
-  Reader(plist_t root, const std::filesystem::path& plist) : root_(root) { job_.plist = plist; }
+  Reader(const Node& root, const std::filesystem::path& plist) : root_(root) { job_.plist = plist; }
 
   std::variant<JobDescription, UnusableJob> read() {
     readLabel();
@@ -71,17 +46,31 @@ class Reader {
     if (problem_.empty()) problem_ = problem;
   }
 
+  // Null when the list has no such key. Of a repeated one the last value counts.
+  [[nodiscard]] const Node* find(const char* key) const {
+    const Node* found = nullptr;
+    for (std::size_t i = 0; i < root_.children.size(); i += 2) {
+      if (root_.children[i].text == key) found = &root_.children[i + 1];
+    }
+    return found;
+  }
+
+  [[nodiscard]] std::string text(const char* key) const {
+    const Node* node = find(key);
+    return node != nullptr && node->kind == Kind::string ? node->text : "";
+  }
+
   void readLabel() {
-    job_.label = text(plist_dict_get_item(root_, "Label")).value_or("");
+    job_.label = text("Label");
     if (job_.label.empty() || job_.label.find('/') != std::string::npos) refuse("Label is missing or unusable.");
   }
 
   void readProgram() {
     readArguments();
-    if (const auto program = text(plist_dict_get_item(root_, "Program"))) {
-      job_.program = *program;
-    } else if (const auto inBundle = text(plist_dict_get_item(root_, "BundleProgram"))) {
-      job_.program = bundleRoot() / *inBundle;
+    if (const std::string program = text("Program"); !program.empty()) {
+      job_.program = program;
+    } else if (const std::string inBundle = text("BundleProgram"); !inBundle.empty()) {
+      job_.program = bundleRoot() / inBundle;
     } else if (!job_.arguments.empty()) {
       job_.program = job_.arguments.front();
     }
@@ -90,13 +79,12 @@ class Reader {
   }
 
   void readArguments() {
-    plist_t list = plist_dict_get_item(root_, "ProgramArguments");
+    const Node* list = find("ProgramArguments");
     if (list == nullptr) return;
-    if (plist_get_node_type(list) != PLIST_ARRAY) return refuse("ProgramArguments is not an array.");
-    for (std::uint32_t i = 0; i < plist_array_get_size(list); ++i) {
-      const auto argument = text(plist_array_get_item(list, i));
-      if (!argument) return refuse("ProgramArguments holds something that is not a string.");
-      job_.arguments.push_back(*argument);
+    if (list->kind != Kind::array) return refuse("ProgramArguments is not an array.");
+    for (const Node& argument : list->children) {
+      if (argument.kind != Kind::string) return refuse("ProgramArguments holds something that is not a string.");
+      job_.arguments.push_back(argument.text);
     }
   }
 
@@ -106,42 +94,34 @@ class Reader {
   }
 
   void readServices() {
-    plist_t services = plist_dict_get_item(root_, "MachServices");
+    const Node* services = find("MachServices");
     if (services == nullptr) return;
-    if (plist_get_node_type(services) != PLIST_DICT) return refuse("MachServices is not a dictionary.");
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(services, &iterator);
-    const std::unique_ptr<void, FreeReleaser> owner(iterator);
-    while (true) {
-      char* key = nullptr;
-      plist_t value = nullptr;
-      plist_dict_next_item(services, iterator, &key, &value);
-      const std::unique_ptr<void, FreeReleaser> keyOwner(key);
-      if (key == nullptr) break;
-      job_.machServices.emplace_back(key);
+    if (services->kind != Kind::dictionary) return refuse("MachServices is not a dictionary.");
+    for (std::size_t i = 0; i < services->children.size(); i += 2) {
+      job_.machServices.push_back(services->children[i].text);
     }
     if (!std::ranges::all_of(job_.machServices, usableServiceName)) refuse("MachServices holds an unusable name.");
   }
 
+  // Absent counts as false; any other kind of value as unusable.
   bool readFlag(const char* key) {
-    const auto value = flag(root_, key);
-    if (!value) refuse(std::string(key) + " must be a boolean here.");
-    return value.value_or(false);
+    const Node* node = find(key);
+    if (node == nullptr) return false;
+    if (node->kind != Kind::yes && node->kind != Kind::no) refuse(std::string(key) + " must be a boolean here.");
+    return node->kind == Kind::yes;
   }
 
   std::chrono::seconds readSeconds(const char* key, std::chrono::seconds standard) {
-    plist_t node = plist_dict_get_item(root_, key);
+    const Node* node = find(key);
     if (node == nullptr) return standard;
-    if (plist_get_node_type(node) != PLIST_UINT) {
-      refuse(std::string(key) + " is not a number.");
-      return standard;
-    }
     std::uint64_t seconds = 0;
-    plist_get_uint_val(node, &seconds);
+    const char* const end = node->text.data() + node->text.size();
+    const auto read = std::from_chars(node->text.data(), end, seconds);
+    if (node->kind != Kind::integer || read.ptr != end) refuse(std::string(key) + " is not a number.");
     return std::chrono::seconds(std::min<std::uint64_t>(seconds, kMaxSeconds));
   }
 
-  plist_t root_;
+  const Node& root_;
   JobDescription job_;
   std::string problem_;
 };
@@ -155,13 +135,11 @@ std::variant<JobDescription, UnusableJob> readJobDescription(const std::filesyst
   const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   if (bytes.size() > kMaxPlistBytes) return UnusableJob{plist.string() + ": the property list is too large."};
 
-  plist_t root = nullptr;
-  plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
-  const ScopedPlist owner(root);
-  if (root == nullptr || plist_get_node_type(root) != PLIST_DICT) {
+  const auto root = readXMLPropertyList(bytes);
+  if (!root || root->kind != Kind::dictionary) {
     return UnusableJob{plist.string() + ": not a property list with a dictionary."};
   }
-  return Reader(root, plist).read();
+  return Reader(*root, plist).read();
 }
 
 }  // namespace halvo::sim

@@ -30,9 +30,10 @@ struct UnusableJob {
   bool operator==(const UnusableJob&) const = default;
 };
 
-// Reads Label, Program, ProgramArguments, BundleProgram (which is relative to the bundle that holds the property list
-// in Contents/Library/LaunchDaemons), MachServices, KeepAlive and RunAtLoad (booleans), ThrottleInterval, ExitTimeOut.
-// Other keys are ignored. Whether the program exists is seen only when the job starts, as with the real launchd.
+// Reads an XML list: Label, Program, ProgramArguments, BundleProgram (which is relative to the bundle that holds the
+// property list in Contents/Library/LaunchDaemons), MachServices, KeepAlive and RunAtLoad (booleans), ThrottleInterval,
+// ExitTimeOut. Other keys are ignored. Whether the program exists is seen only when the job starts, as with the real
+// launchd.
 std::variant<JobDescription, UnusableJob> readJobDescription(const std::filesystem::path& plist);
 
 }  // namespace halvo::sim

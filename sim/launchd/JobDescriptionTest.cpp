@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

@@ -33,4 +33,8 @@ class JobTable {
   std::vector<std::unique_ptr<Job>> jobs_;
 };
 
+// What `launchctl print` shows.
+std::string describeJob(const Job& job);
+std::string describeDomain(const std::string& domain, const JobTable& jobs);
+
 }  // namespace halvo::sim

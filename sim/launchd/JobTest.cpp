@@ -5,7 +5,7 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

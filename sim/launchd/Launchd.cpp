@@ -12,7 +12,7 @@
 #include <variant>
 
 #include "sim/launchd/JobDescription.h"
-#include "sim/launchd/JobReport.h"
+#include "sim/launchd/JobTable.h"
 
 namespace halvo::sim {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/launchd/ControlMessages.h"
+#include "sim/launchd/ControlClient.h"
 #include "sim/launchd/Domain.h"
 #include "sim/launchd/JobTable.h"
 #include "sim/launchd/LaunchdPaths.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <functional>
 
-#include "sim/launchd/testing/LaunchdFixture.h"
+#include "sim/launchd/testing/RunningLaunchd.h"
 
 namespace halvo::sim {
 namespace {
@@ -56,6 +56,7 @@ INSTANTIATE_TEST_SUITE_P(
                    112},
         RefusalRow{"PrintOfAnAbsentDomain", [](const auto& l) { return l.control().print("gui/501"); }, 112},
         RefusalRow{"PrintOfAnUnknownKindOfDomain", [](const auto& l) { return l.control().print("pid/1"); }, 112},
+        RefusalRow{"PrintOfADomainWithoutUid", [](const auto& l) { return l.control().print("gui/user501"); }, 112},
         RefusalRow{"PrintOfAnUnknownJob", [](const auto& l) { return l.control().print("system/nobody"); }, 113},
         RefusalRow{"KillallOfAJobThatDoesNotRun", [](const auto& l) { return l.control().killall("sim-test-job"); },
                    1}),

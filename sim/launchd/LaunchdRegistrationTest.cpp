@@ -1,6 +1,6 @@
 // Services that the application registers and unregisters.
-#include "sim/harness/WaitUntil.h"
-#include "sim/launchd/testing/LaunchdFixture.h"
+#include "sim/launchd/testing/RunningLaunchd.h"
+#include "sim/support/WaitUntil.h"
 
 namespace halvo::sim {
 namespace {

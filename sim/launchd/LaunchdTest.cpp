@@ -4,8 +4,8 @@
 
 #include <future>
 
-#include "sim/harness/WaitUntil.h"
-#include "sim/launchd/testing/LaunchdFixture.h"
+#include "sim/launchd/testing/RunningLaunchd.h"
+#include "sim/support/WaitUntil.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,6 +1,5 @@
 #include "sim/launchd/ListeningSocket.h"
 
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -18,7 +17,7 @@ constexpr mode_t kEverybody = 0666;
 
 }  // namespace
 
-std::optional<ListeningSocket> ListeningSocket::open(const std::filesystem::path& name) {
+std::optional<ListeningSocket> ListeningSocket::open(const std::filesystem::path& name, int type) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   const std::string& text = name.native();
@@ -28,7 +27,7 @@ std::optional<ListeningSocket> ListeningSocket::open(const std::filesystem::path
   }
   std::memcpy(address.sun_path, text.c_str(), text.size() + 1);
 
-  UniqueDescriptor descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  UniqueDescriptor descriptor(::socket(AF_UNIX, type | SOCK_CLOEXEC, 0));
   if (!descriptor.valid()) return std::nullopt;
   ::unlink(text.c_str());
   if (::bind(descriptor.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return std::nullopt;

@@ -1,6 +1,8 @@
 // The socket behind one Mach service, or behind launchd's own control interface.
 #pragma once
 
+#include <sys/socket.h>
+
 #include <filesystem>
 #include <optional>
 
@@ -13,7 +15,7 @@ class ListeningSocket {
  public:
   // Everybody may connect. Replaces what a machine that was switched off left under the name. Nothing, with errno set,
   // when that fails.
-  static std::optional<ListeningSocket> open(const std::filesystem::path& name);
+  static std::optional<ListeningSocket> open(const std::filesystem::path& name, int type = SOCK_STREAM);
 
   ListeningSocket(ListeningSocket&&) noexcept = default;
   ListeningSocket& operator=(ListeningSocket&&) = delete;

@@ -5,6 +5,7 @@
 #include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,21 +14,60 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <map>
 #include <optional>
+#include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/launchd/ControlServer.h"
 #include "sim/launchd/Launchd.h"
 #include "sim/launchd/LaunchdPaths.h"
-#include "sim/launchd/SessionCommand.h"
-#include "sim/launchd/StrayProcesses.h"
+#include "sim/launchd/ProcessStart.h"
+#include "sim/support/ProcessIdentity.h"
 
 namespace halvo::sim {
 namespace {
+
+constexpr std::chrono::seconds kPatience(5);
+constexpr std::chrono::milliseconds kPause(2);
+
+std::vector<pid_t> children() {
+  std::vector<pid_t> found;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
+    // What is no number reads as 0, which is no process.
+    const auto process = static_cast<pid_t>(std::strtol(entry.path().filename().c_str(), nullptr, 10));
+    const auto facts = processFacts(process);
+    if (facts && facts->parent == ::getpid()) found.push_back(process);
+  }
+  return found;
+}
+
+// True when no child is left.
+bool collect() {
+  while (true) {
+    const pid_t child = ::waitpid(-1, nullptr, WNOHANG);
+    if (child < 0 && errno == ECHILD) return true;
+    if (child <= 0) return false;
+  }
+}
+
+// Kills and collects every child of this process, and what falls to it because their parents ended: this process must
+// be the reaper of its descendants. Gives up after a few seconds on what cannot be killed.
+void endStrayProcesses() {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (!collect() && std::chrono::steady_clock::now() < end) {
+    for (const pid_t child : children()) ::kill(child, SIGKILL);
+    std::this_thread::sleep_for(kPause);
+  }
+}
 
 constexpr int kCannotStart = 71;
 constexpr int kRunningAlready = 75;
@@ -36,10 +76,6 @@ constexpr int kNoSuchCommand = 127;
 constexpr int kSignalBase = 128;
 
 std::string lastError() { return std::generic_category().message(errno); }
-
-int statusOf(int waitStatus) {
-  return WIFSIGNALED(waitStatus) ? kSignalBase + WTERMSIG(waitStatus) : WEXITSTATUS(waitStatus);
-}
 
 // The signals come as readable data from here on, so that none is lost between two waits.
 UniqueDescriptor takeSignals() {
@@ -81,9 +117,9 @@ class Session {
   bool startCommand(const ControlRequest& request, const ControlServer::Client& client,
                     const ControlServer::Answer& answer) {
     const auto& words = request.arguments;
-    if (request.verb != "run" || words.size() < 2 || client.passed.size() != kCommandStreams) return false;
+    if (request.verb != "run" || words.size() < 2 || client.passed.size() != kPassedStreams) return false;
     if (!client.mayChange) return false;
-    const CommandStreams streams{client.passed[0].get(), client.passed[1].get(), client.passed[2].get()};
+    const ChildStreams streams{client.passed[0].get(), client.passed[1].get(), client.passed[2].get()};
     const auto process =
         startSessionCommand({words.begin() + 1, words.end()}, static_cast<uid_t>(std::stoul(words[0])), streams);
     if (process) {
@@ -140,9 +176,9 @@ class Session {
       ::waitpid(child, &waitStatus, 0);
       if (command_ == child) {
         command_.reset();
-        if (!status_) status_ = statusOf(waitStatus);
+        if (!status_) status_ = exitStatusOf(waitStatus);
       }
-      if (const auto asked = asked_.extract(child)) asked.mapped()({0, std::to_string(statusOf(waitStatus))});
+      if (const auto asked = asked_.extract(child)) asked.mapped()({0, std::to_string(exitStatusOf(waitStatus))});
       launchd_.processEnded(child, waitStatus);
     }
   }
@@ -187,7 +223,7 @@ int runSession(const SessionOrder& order) {
   // process.
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   UniqueDescriptor signals = takeSignals();
-  auto control = ListeningSocket::open(paths.state / "launchd.sock");
+  auto control = ListeningSocket::open(paths.state / "launchd.sock", SOCK_SEQPACKET);
   if (!signals.valid() || !control) return cannotStart("its control socket cannot be opened: " + lastError());
 
   const int status = Session(paths, std::move(*control), std::move(signals)).run(order);

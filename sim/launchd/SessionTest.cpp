@@ -4,8 +4,8 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include "sim/harness/WaitUntil.h"
 #include "sim/launchd/testing/RunningLaunchd.h"
+#include "sim/support/WaitUntil.h"
 
 namespace halvo::sim {
 namespace {

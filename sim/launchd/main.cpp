@@ -1,60 +1,54 @@
 // The first program of the simulated machine.
-#include <charconv>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <iostream>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "sim/launchd/Probe.h"
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/launchd/ProcessStart.h"
 #include "sim/launchd/Session.h"
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace {
 
-using halvo::sim::SessionOrder;
-
 constexpr int kUsage = 64;
+constexpr uid_t kFirstOrdinaryUser = 501;
 
-int usage() {
-  std::cerr << "Usage: launchd --session [--root DIR] [--user UID] -- COMMAND [ARGUMENT...]\n"
-               "       launchd --probe\n";
-  return kUsage;
+bool opens(const std::string& path) {
+  return halvo::UniqueDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)).valid();
 }
 
-std::optional<uid_t> number(std::string_view text) {
-  uid_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-std::optional<SessionOrder> parse(const std::vector<std::string>& arguments) {
-  SessionOrder order;
-  std::size_t i = 1;
-  for (; i + 1 < arguments.size() && arguments[i] != "--"; i += 2) {
-    const auto uid = number(arguments[i + 1]);
-    if (arguments[i] == "--root") {
-      order.root = arguments[i + 1];
-    } else if (arguments[i] == "--user" && uid) {
-      order.user = *uid;
-    } else {
-      return std::nullopt;
-    }
+// Prints "several" when more accounts than uid 0 exist in this machine, else "one", and answers 0. Says on standard
+// error what is missing, and answers 1: the process table has to be readable, since clients are identified by it.
+int probe() {
+  const std::string self = "/proc/" + std::to_string(::getpid());
+  if (!opens(self + "/exe") || !opens(self + "/stat")) {
+    std::cerr << "/proc does not show the processes of the machine\n";
+    return 1;
   }
-  if (i + 1 >= arguments.size() || arguments[i] != "--") return std::nullopt;
-  order.command.assign(arguments.begin() + static_cast<std::ptrdiff_t>(i) + 1, arguments.end());
-  return order;
+  if (!opens("/dev/null") || !opens("/dev/urandom")) {
+    std::cerr << "/dev/null and /dev/urandom cannot be opened\n";
+    return 1;
+  }
+  std::cout << (halvo::sim::userExists(kFirstOrdinaryUser) ? "several" : "one") << "\n";
+  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
-  if (arguments == std::vector<std::string>{"--probe"}) return halvo::sim::probeMachine();
-  if (arguments.empty() || arguments.front() != "--session") return usage();
-  const auto order = parse(arguments);
-  if (!order) return usage();
-  halvo::sim::setStateRoot(order->root / "sim");
-  return halvo::sim::runSession(*order);
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  if (words == std::vector<std::string>{"--probe"}) return probe();
+  if (words.size() < 4 || words[0] != "--session") {
+    std::cerr << "Usage: launchd --session ROOT UID COMMAND [ARGUMENT...]\n"
+                 "       launchd --probe\n";
+    return kUsage;
+  }
+  halvo::sim::setStateRoot(words[1] + "/sim");
+  return halvo::sim::runSession({.root = words[1],
+                                 .user = static_cast<uid_t>(std::strtoul(words[2].c_str(), nullptr, 10)),
+                                 .command = {words.begin() + 3, words.end()}});
 }

@@ -1,19 +1,20 @@
 #include "sim/machine/Commands.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
-#include <map>
+#include <functional>
+#include <iterator>
 #include <optional>
 #include <system_error>
 #include <variant>
 
-#include "sim/machine/Entry.h"
-#include "sim/machine/HostProcess.h"
-#include "sim/machine/Machine.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/machine/MachineEntry.h"
+#include "sim/machine/MachineRoot.h"
+#include "sim/support/ChildProcess.h"
 #include "sim/support/CodeSignature.h"
-#include "sim/support/TemporaryDirectory.h"
-#include "sim/tools/PackageCommand.h"
+#include "sim/tools/ProductPackage.h"
 
 namespace halvo::sim {
 namespace {
@@ -23,32 +24,12 @@ using Words = std::vector<std::string>;
 constexpr int kFailed = 1;
 constexpr int kUsage = 64;
 
-constexpr const char* kHelp =
-    "halvo-sim: a simulated Mac in a folder\n"
-    "\n"
-    "  halvo-sim new DIR                        builds a fresh machine\n"
-    "  halvo-sim run DIR [--user UID] -- CMD... starts it, runs CMD in it as that user (0 if not said), passes the "
-    "exit\n"
-    "                                           status on, and ends everything inside\n"
-    "  halvo-sim app DIR                        puts Halvo.app back, with its helper registered\n"
-    "  halvo-sim package OUT.pkg --version V --report FILE [--postinstall FILE] [--truncate-payload BYTES]\n"
-    "                                           builds an installer package with that signature report\n"
-    "  halvo-sim sign FILE --identifier I --team T [--anchor A]\n"
-    "                                           signs a program; A is \"apple generic\" if not said\n"
-    "  halvo-sim check                          says whether this host can run the machine, and why not\n"
-    "  halvo-sim --help                         shows this\n";
-
-int usage(const CommandStreams& streams, const std::string& why) {
-  streams.err << "halvo-sim: " << why << " `halvo-sim --help` shows the commands.\n";
-  return kUsage;
-}
-
-int fail(const CommandStreams& streams, const std::string& why) {
+int fail(const ToolStreams& streams, const std::string& why) {
   streams.err << "halvo-sim: " << why << "\n";
   return kFailed;
 }
 
-int report(const CommandStreams& streams, const std::optional<MachineProblem>& problem) {
+int report(const ToolStreams& streams, const std::optional<MachineProblem>& problem) {
   return problem ? fail(streams, problem->text) : 0;
 }
 
@@ -58,47 +39,20 @@ std::optional<std::filesystem::path> machineAt(const std::string& word) {
   return !error && isMachine(path) ? std::optional(path) : std::nullopt;
 }
 
-int noMachine(const CommandStreams& streams, const std::string& word) {
+int noMachine(const ToolStreams& streams, const std::string& word) {
   return fail(streams, word + " is not a machine; make one with `halvo-sim new " + word + "`.");
 }
 
-int newCommand(const Words& words, const CommandStreams& streams) {
-  if (words.size() != 1 || words[0].empty()) return usage(streams, "`new` takes one folder.");
-  return report(streams, buildMachine(std::filesystem::absolute(words[0])));
+int newCommand(const std::string& folder, const ToolStreams& streams) {
+  return report(streams, buildMachine(std::filesystem::absolute(folder)));
 }
 
-int appCommand(const Words& words, const CommandStreams& streams) {
-  if (words.size() != 1) return usage(streams, "`app` takes the folder of a machine.");
-  const auto root = machineAt(words[0]);
-  if (!root) return noMachine(streams, words[0]);
-  return report(streams, putApplicationBack(*root));
+int appCommand(const std::string& folder, const ToolStreams& streams) {
+  const auto root = machineAt(folder);
+  return root ? report(streams, putApplicationBack(*root)) : noMachine(streams, folder);
 }
 
-struct RunOrder {
-  std::string machine;
-  std::string user = "0";
-  Words command;
-};
-
-bool isUid(const std::string& text) {
-  unsigned value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size();
-}
-
-// DIR [--user UID] -- CMD...
-std::optional<RunOrder> parseRun(const Words& words) {
-  const auto separator = std::ranges::find(words, "--");
-  const Words options(words.begin(), separator);
-  if (separator == words.end() || separator + 1 == words.end() || options.empty()) return std::nullopt;
-  RunOrder order{.machine = options[0], .user = "0", .command = Words(separator + 1, words.end())};
-  if (options.size() == 1) return order;
-  if (options.size() != 3 || options[1] != "--user" || !isUid(options[2])) return std::nullopt;
-  order.user = options[2];
-  return order;
-}
-
-std::optional<EntryWay> firstWay(const std::filesystem::path& root, const CommandStreams& streams) {
+std::optional<EntryWay> firstWay(const std::filesystem::path& root, const ToolStreams& streams) {
   std::string refusals;
   for (const EntryWay way : kEntryWays) {
     const auto result = tryEntry(way, root);
@@ -110,20 +64,18 @@ std::optional<EntryWay> firstWay(const std::filesystem::path& root, const Comman
   return std::nullopt;
 }
 
-int runCommand(const Words& words, const CommandStreams& streams) {
-  const auto order = parseRun(words);
-  if (!order) return usage(streams, "`run` takes a folder, perhaps `--user UID`, then `--` and a command.");
-  const auto root = machineAt(order->machine);
-  if (!root) return noMachine(streams, order->machine);
+int runCommand(const std::string& folder, unsigned user, const Words& command, const ToolStreams& streams) {
+  const auto root = machineAt(folder);
+  if (!root) return noMachine(streams, folder);
   const auto way = firstWay(*root, streams);
   if (!way) return kFailed;
-  Words session = {"/sbin/launchd", "--session", "--user", order->user, "--"};
-  session.insert(session.end(), order->command.begin(), order->command.end());
-  return runInPlace(entryCommand(*way, *root, session));
+  Words session = {"/sbin/launchd", "--session", "/", std::to_string(user)};
+  session.insert(session.end(), command.begin(), command.end());
+  const auto child = startChild(entryCommand(*way, *root, session), {});
+  return child ? collectChild(*child) : kProgramMissing;
 }
 
-int checkCommand(const Words& words, const CommandStreams& streams) {
-  if (!words.empty()) return usage(streams, "`check` takes nothing.");
+int checkCommand(const ToolStreams& streams) {
   const TemporaryDirectory scratch;
   const auto root = scratch.path() / "mac";
   if (const auto problem = buildMachine(root)) return fail(streams, problem->text);
@@ -138,38 +90,103 @@ int checkCommand(const Words& words, const CommandStreams& streams) {
   return possible ? 0 : fail(streams, "this host cannot run the machine. " + entryAdvice());
 }
 
-int signCommand(const Words& words, const CommandStreams& streams) {
-  std::map<std::string, std::string> options = {{"--identifier", ""}, {"--team", ""}, {"--anchor", "apple generic"}};
-  bool understood = words.size() % 2 == 1;
-  for (std::size_t i = 1; understood && i + 1 < words.size(); i += 2) {
-    understood = options.contains(words[i]);
-    if (understood) options[words[i]] = words[i + 1];
-  }
-  if (!understood || options["--identifier"].empty() || options["--team"].empty()) {
-    return usage(streams, "`sign` takes a file, `--identifier I`, `--team T` and perhaps `--anchor A`.");
-  }
-  const CodeSignature signature{
-      .identifier = options["--identifier"], .teamIdentifier = options["--team"], .anchor = options["--anchor"]};
-  if (signExecutable(words[0], signature)) return 0;
-  return fail(streams, words[0] + " cannot be signed; name a program that exists, is writable and does not run.");
+int signCommand(const std::string& file, const CodeSignature& signature, const ToolStreams& streams) {
+  if (signExecutable(file, signature)) return 0;
+  return fail(streams, file + " cannot be signed; name a program that exists, is writable and does not run.");
 }
+
+int packageCommand(const PackageOrder& order, const ToolStreams& streams) try {
+  buildPackage(order);
+  return 0;
+} catch (const PackageProblem& problem) {
+  fail(streams, problem.what());
+  return problem.status;
+}
+
+std::string notEmpty(const std::string& word) { return word.empty() ? "is empty" : ""; }
+
+// The commands with their options, and which of them was asked for.
+struct CommandLine {
+  CLI::App app{"A simulated Mac in a folder", "halvo-sim"};
+  std::string folder;
+  unsigned user = 0;
+  std::string file;
+  CodeSignature signature{.identifier = {}, .teamIdentifier = {}, .anchor = "apple generic"};
+  PackageOrder package;
+  Words inside;  // what stands behind "--"
+  std::function<int()> act;
+
+  explicit CommandLine(const ToolStreams& streams) {
+    app.require_subcommand(1);
+    add("new", "Builds a fresh machine", [this, &streams] { return newCommand(folder, streams); })
+        ->add_option("DIR", folder, "A folder that does not exist yet or is empty")
+        ->required()
+        ->check(notEmpty);
+    add("app", "Puts Halvo.app back, with its helper registered",
+        [this, &streams] { return appCommand(folder, streams); })
+        ->add_option("DIR", folder, "The folder of a machine")
+        ->required();
+    add("check", "Says whether this host can run the machine, and why not",
+        [&streams] { return checkCommand(streams); });
+    addRun(streams);
+    addSign(streams);
+    addPackage(streams);
+  }
+
+ private:
+  CLI::App* add(const char* name, const char* text, std::function<int()> run) {
+    CLI::App* command = app.add_subcommand(name, text);
+    command->callback([this, run = std::move(run)] { act = run; });
+    return command;
+  }
+
+  void addRun(const ToolStreams& streams) {
+    CLI::App* run =
+        add("run", "Starts a machine, runs a command in it, passes its exit status on, and ends everything inside",
+            [this, &streams] { return runCommand(folder, user, inside, streams); });
+    run->add_option("DIR", folder, "The folder of a machine")->required();
+    run->add_option("--user", user, "The uid to run the command as; 0 if not said");
+    run->footer("Behind these stands -- and then the command with its arguments.");
+  }
+
+  void addSign(const ToolStreams& streams) {
+    CLI::App* sign = add("sign", "Signs a program", [this, &streams] { return signCommand(file, signature, streams); });
+    sign->add_option("FILE", file, "The program")->required();
+    sign->add_option("--identifier", signature.identifier, "For example com.halvo.app")->required();
+    sign->add_option("--team", signature.teamIdentifier, "The team of the developer")->required();
+    sign->add_option("--anchor", signature.anchor, "Whom the chain ends with; \"apple generic\" if not said");
+  }
+
+  void addPackage(const ToolStreams& streams) {
+    CLI::App* make =
+        add("package", "Builds an installer package", [this, &streams] { return packageCommand(package, streams); });
+    make->add_option("OUT", package.package, "The package file to be made")->required();
+    make->add_option("--version", package.version, "Of the driver")->required()->check(notEmpty);
+    make->add_option("--report", package.report, "The file with its signature report")->required();
+    make->add_option("--postinstall", package.postinstall, "A script that runs after the payload is in place");
+    make->add_option("--truncate-payload", package.payloadBytes,
+                     "How many bytes of the payload are in it: installing it fails half way");
+  }
+};
 
 }  // namespace
 
-int halvoSim(const Words& words, const CommandStreams& streams) {
-  if (words.empty()) return usage(streams, "a command is missing.");
-  const Words rest(words.begin() + 1, words.end());
-  if (words[0] == "new") return newCommand(rest, streams);
-  if (words[0] == "run") return runCommand(rest, streams);
-  if (words[0] == "app") return appCommand(rest, streams);
-  if (words[0] == "package") return packageCommand(rest);
-  if (words[0] == "sign") return signCommand(rest, streams);
-  if (words[0] == "check") return checkCommand(rest, streams);
-  if (words[0] == "--help" && rest.empty()) {
-    streams.out << kHelp;
-    return 0;
+int halvoSim(const Words& words, const ToolStreams& streams) {
+  const auto separator = std::ranges::find(words, "--");
+  // The parser takes them from the end.
+  Words own(std::make_reverse_iterator(separator), words.rend());
+  CommandLine line(streams);
+  try {
+    line.app.parse(own);
+  } catch (const CLI::ParseError& answer) {
+    return line.app.exit(answer, streams.out, streams.err) == 0 ? 0 : kUsage;
   }
-  return usage(streams, "there is no command `" + words[0] + "`.");
+  if (separator != words.end()) line.inside.assign(separator + 1, words.end());
+  if (line.inside.empty() == line.app.got_subcommand("run")) {
+    streams.err << "halvo-sim: `run`, and nothing else, takes `--` and a command.\n";
+    return kUsage;
+  }
+  return line.act();
 }
 
 }  // namespace halvo::sim

@@ -1,4 +1,4 @@
-#include "sim/platform/BinaryPropertyList.h"
+#include "sim/platform/PropertyLists.h"
 
 #include <utf8.h>
 

@@ -1,4 +1,4 @@
-#include "sim/platform/PropertyListScalars.h"
+#include "sim/platform/PropertyLists.h"
 
 #include <algorithm>
 #include <charconv>

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "sim/platform/MachinePaths.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

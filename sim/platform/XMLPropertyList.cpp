@@ -1,4 +1,4 @@
-#include "sim/platform/XMLPropertyList.h"
+#include "sim/platform/PropertyLists.h"
 
 #include <expat.h>
 
@@ -13,138 +13,108 @@
 #include <utility>
 #include <vector>
 
-#include "sim/platform/PropertyListScalars.h"
-
 namespace halvo::sim {
 namespace {
 
-enum class Element { plist, dictionary, array, key, string, integer, real, boolean, date, data };
-
-using Name = std::pair<std::string_view, Element>;
+using Node = XMLPropertyListNode;
+using Kind = Node::Kind;
+using Name = std::pair<std::string_view, Kind>;
 
 constexpr std::array<Name, 11> kElements = {
-    Name{"plist", Element::plist}, Name{"dict", Element::dictionary}, Name{"array", Element::array},
-    Name{"key", Element::key},     Name{"string", Element::string},   Name{"integer", Element::integer},
-    Name{"real", Element::real},   Name{"true", Element::boolean},    Name{"false", Element::boolean},
-    Name{"date", Element::date},   Name{"data", Element::data}};
+    Name{"plist", Kind::plist},   Name{"dict", Kind::dictionary}, Name{"array", Kind::array}, Name{"key", Kind::key},
+    Name{"string", Kind::string}, Name{"integer", Kind::integer}, Name{"real", Kind::real},   Name{"true", Kind::yes},
+    Name{"false", Kind::no},      Name{"date", Kind::date},       Name{"data", Kind::data}};
 
-std::optional<Element> elementNamed(std::string_view name) {
-  for (const auto& [known, element] : kElements) {
-    if (known == name) return element;
+std::optional<Kind> kindNamed(std::string_view name) {
+  for (const auto& [known, kind] : kElements) {
+    if (known == name) return kind;
   }
   return std::nullopt;
 }
 
-bool isContainer(Element element) { return element == Element::dictionary || element == Element::array; }
+bool isContainer(Kind kind) { return kind == Kind::dictionary || kind == Kind::array; }
 
-bool isLeaf(Element element) { return element != Element::plist && !isContainer(element); }
-
-bool isText(Element element) { return element == Element::key || element == Element::string; }
+bool isLeaf(Kind kind) { return kind != Kind::plist && !isContainer(kind); }
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r\n") == std::string_view::npos; }
 
-// An element whose end is still to come, and how many elements it holds so far.
-struct Open {
-  Element element;
-  std::size_t children = 0;
-};
-
-// Follows the elements of a property list, refuses what is none, and keeps the entries of the outermost dictionary.
-// Each part of the document answers whether the list is still sound.
+// Follows the elements of a property list and refuses what is none. Each part of the document answers whether the list
+// is still sound.
 class ListContents {
  public:
-  // Nothing when the outermost value is no dictionary.
-  std::optional<PropertyList> take() { return isDictionary_ ? std::optional(std::move(entries_)) : std::nullopt; }
+  // The outermost value; nothing when there is none.
+  std::optional<Node> take() {
+    if (!whole_ || whole_->kind != Kind::plist) return std::move(whole_);
+    return whole_->children.empty() ? std::nullopt : std::optional(std::move(whole_->children.front()));
+  }
 
   bool start(std::string_view name) {
-    const auto element = elementNamed(name);
-    if (!element || !mayStandHere(*element)) return false;
-    if (isContainer(*element) && ++containers_ > kMostPropertyListContainers) return false;
-    if (!open_.empty()) ++open_.back().children;
-    if (isTopValue(*element)) isDictionary_ = *element == Element::dictionary;
-    open_.push_back({*element});
-    text_.clear();
+    const auto kind = kindNamed(name);
+    if (!kind || !mayStandHere(*kind)) return false;
+    if (isContainer(*kind) && ++containers_ > kMostPropertyListContainers) return false;
+    open_.push_back({.kind = *kind, .text = {}, .children = {}});
     return true;
   }
 
   // `inOneTag`: <data/>, not <data></data>.
   bool end(bool inOneTag) {
-    const Open closed = open_.back();
+    Node closed = std::move(open_.back());
     open_.pop_back();
     if (!isComplete(closed, inOneTag)) return false;
-    if (isInTopDictionary()) keep(closed.element);
+    if (open_.empty()) {
+      whole_ = std::move(closed);
+    } else {
+      open_.back().children.push_back(std::move(closed));
+    }
     return true;
   }
 
   bool characters(std::string_view text) {
-    if (!isLeaf(open_.back().element)) return isBlank(text);
-    text_ += text;
+    if (!isLeaf(open_.back().kind)) return isBlank(text);
+    open_.back().text += text;
     return true;
   }
 
   // A comment or a processing instruction, which may not interrupt a text.
-  [[nodiscard]] bool aside() const { return open_.empty() || !isLeaf(open_.back().element); }
+  [[nodiscard]] bool aside() const { return open_.empty() || !isLeaf(open_.back().kind); }
 
  private:
-  [[nodiscard]] bool mayStandHere(Element element) const {
+  [[nodiscard]] bool mayStandHere(Kind kind) const {
     if (open_.empty()) return true;
-    const Open& parent = open_.back();
-    if (isLeaf(parent.element) || element == Element::plist) return false;
-    if (parent.element == Element::plist) return parent.children == 0;
-    const bool isKeysTurn = parent.element == Element::dictionary && parent.children % 2 == 0;
-    return !isKeysTurn || element == Element::key;
+    const Node& parent = open_.back();
+    if (isLeaf(parent.kind) || kind == Kind::plist) return false;
+    if (parent.kind == Kind::plist) return parent.children.empty();
+    const bool isKeysTurn = parent.kind == Kind::dictionary && parent.children.size() % 2 == 0;
+    return !isKeysTurn || kind == Kind::key;
   }
 
-  [[nodiscard]] bool isTopValue(Element element) const {
-    return element != Element::plist && (open_.empty() || open_.back().element == Element::plist);
-  }
-
-  [[nodiscard]] bool isInTopDictionary() const {
-    if (open_.empty() || open_.back().element != Element::dictionary) return false;
-    return open_.size() == 1 || (open_.size() == 2 && open_.front().element == Element::plist);
-  }
-
-  [[nodiscard]] bool isComplete(const Open& closed, bool inOneTag) const {
-    switch (closed.element) {
-      case Element::dictionary:
-        return closed.children % 2 == 0;
-      case Element::integer:
-        return isPropertyListInteger(text_);
-      case Element::real:
-        return isPropertyListReal(text_);
-      case Element::boolean:
-        return text_.empty();
-      case Element::date:
-        return isPropertyListDate(text_);
-      case Element::data:
+  [[nodiscard]] static bool isComplete(const Node& closed, bool inOneTag) {
+    switch (closed.kind) {
+      case Kind::dictionary:
+        return closed.children.size() % 2 == 0;
+      case Kind::integer:
+        return isPropertyListInteger(closed.text);
+      case Kind::real:
+        return isPropertyListReal(closed.text);
+      case Kind::yes:
+      case Kind::no:
+        return closed.text.empty();
+      case Kind::date:
+        return isPropertyListDate(closed.text);
+      case Kind::data:
         return !inOneTag;
-      case Element::plist:
-      case Element::array:
-      case Element::key:
-      case Element::string:
+      case Kind::plist:
+      case Kind::array:
+      case Kind::key:
+      case Kind::string:
         return true;
     }
     return false;
   }
 
-  // A child of the outermost dictionary that has just ended: keys and values take turns. A key in a value's place is a
-  // text, as it is on a Mac.
-  void keep(Element child) {
-    if (open_.back().children % 2 == 1) {
-      key_ = std::move(text_);
-    } else if (isText(child)) {
-      entries_.insert_or_assign(key_, std::move(text_));
-    } else {
-      entries_.insert_or_assign(key_, PropertyListOther{});
-    }
-  }
-
-  std::vector<Open> open_;
-  std::string text_;
-  std::string key_;
-  PropertyList entries_;
+  std::vector<Node> open_;  // the elements whose ends are still to come
+  std::optional<Node> whole_;
   std::size_t containers_ = 0;
-  bool isDictionary_ = false;
 };
 
 struct ParserReleaser {
@@ -184,7 +154,7 @@ class Reading {
     refuseEntities();
   }
 
-  std::optional<PropertyList> finish() {
+  std::optional<Node> finish() {
     const auto status = XML_Parse(parser_.get(), xml_.data(), static_cast<int>(xml_.size()), XML_TRUE);
     return status == XML_STATUS_OK && !refused_ ? contents_.take() : std::nullopt;
   }
@@ -224,7 +194,7 @@ class Reading {
 
 }  // namespace
 
-std::optional<PropertyList> readXMLPropertyList(std::string_view xml) {
+std::optional<XMLPropertyListNode> readXMLPropertyList(std::string_view xml) {
   if (xml.size() > INT_MAX) return std::nullopt;
   // Expat would take NULs for UTF-16 without a byte order mark, which is no text on a Mac.
   if (!isMarkedUTF16(xml) && xml.find('\0') != std::string_view::npos) return std::nullopt;

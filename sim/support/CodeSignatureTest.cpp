@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

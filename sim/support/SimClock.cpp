@@ -1,10 +1,11 @@
 #include "sim/support/SimClock.h"
 
+#include <array>
 #include <cmath>
 #include <ctime>
 #include <fstream>
 
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {
@@ -34,6 +35,14 @@ std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated) {
   const double real = std::ceil(static_cast<double>(simulated.count()) / clockRate());
   if (real >= static_cast<double>(kLongest.count())) return kLongest;
   return std::chrono::nanoseconds(static_cast<std::chrono::nanoseconds::rep>(real));
+}
+
+std::string universalTime(const char* format) {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  ::gmtime_r(&now, &parts);
+  std::array<char, 32> text{};
+  return {text.data(), std::strftime(text.data(), text.size(), format, &parts)};
 }
 
 }  // namespace halvo::sim

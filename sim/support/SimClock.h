@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <string>
 
 namespace halvo::sim {
 
@@ -14,5 +15,8 @@ double uptimeSeconds();
 
 // The real time that passes while `simulated` goes by.
 std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated);
+
+// The time of day in UTC, which runs in real time whatever the rate, as strftime(3) formats it.
+std::string universalTime(const char* format = "%Y-%m-%dT%H:%M:%SZ");
 
 }  // namespace halvo::sim

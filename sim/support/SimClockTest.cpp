@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <ctime>
 
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,6 +1,52 @@
 #include "sim/tools/Archive.h"
 
+#include <sys/stat.h>
+
 namespace halvo::sim {
+namespace {
+
+la_ssize_t appendTo(archive* /*writer*/, void* destination, const void* bytes, size_t size) {
+  static_cast<std::string*>(destination)->append(static_cast<const char*>(bytes), size);
+  return static_cast<la_ssize_t>(size);
+}
+
+void openInMemory(archive* writer, std::string& destination) {
+  requireDone(writer, archive_write_set_bytes_in_last_block(writer, 1));
+  requireDone(writer, archive_write_open(writer, &destination, nullptr, appendTo, nullptr));
+}
+
+void writeContent(archive* writer, std::string_view content) {
+  if (content.empty()) return;
+  if (archive_write_data(writer, content.data(), content.size()) < 0) throw ArchiveError(archiveProblem(writer));
+}
+
+mode_t typeOf(CpioEntry::Kind kind) {
+  switch (kind) {
+    case CpioEntry::Kind::file:
+      return S_IFREG;
+    case CpioEntry::Kind::directory:
+      return S_IFDIR;
+    case CpioEntry::Kind::link:
+      return S_IFLNK;
+  }
+  return S_IFREG;
+}
+
+ScopedEntry headerOf(const CpioEntry& source) {
+  ScopedEntry entry(archive_entry_new());
+  archive_entry_set_pathname(entry.get(), source.path.c_str());
+  archive_entry_set_mode(entry.get(), typeOf(source.kind) | source.mode);
+  archive_entry_set_mtime(entry.get(), kPackageDate, 0);
+  archive_entry_set_uid(entry.get(), source.owner);
+  archive_entry_set_gid(entry.get(), source.owner);
+  archive_entry_set_nlink(entry.get(), 1);
+  const bool isFile = source.kind == CpioEntry::Kind::file;
+  archive_entry_set_size(entry.get(), isFile ? static_cast<la_int64_t>(source.content.size()) : 0);
+  if (source.kind == CpioEntry::Kind::link) archive_entry_set_symlink(entry.get(), source.content.c_str());
+  return entry;
+}
+
+}  // namespace
 
 std::string archiveProblem(archive* handle) {
   const char* text = archive_error_string(handle);
@@ -25,6 +71,35 @@ archive_entry* nextEntry(archive* reader) {
   if (result == ARCHIVE_EOF) return nullptr;
   requireDone(reader, result);
   return entry;
+}
+
+std::string cpioArchive(const std::vector<CpioEntry>& entries) {
+  std::string bytes;
+  const ScopedWriter writer(archive_write_new());
+  requireDone(writer.get(), archive_write_set_format_cpio_odc(writer.get()));
+  openInMemory(writer.get(), bytes);
+  for (const CpioEntry& source : entries) {
+    requireDone(writer.get(), archive_write_header(writer.get(), headerOf(source).get()));
+    if (source.kind == CpioEntry::Kind::file) writeContent(writer.get(), source.content);
+  }
+  requireDone(writer.get(), archive_write_close(writer.get()));
+  return bytes;
+}
+
+std::string gzipped(std::string_view bytes) {
+  std::string compressed;
+  const ScopedWriter writer(archive_write_new());
+  requireDone(writer.get(), archive_write_set_format_raw(writer.get()));
+  requireDone(writer.get(), archive_write_add_filter_gzip(writer.get()));
+  // The time of writing would make every package different.
+  requireDone(writer.get(), archive_write_set_filter_option(writer.get(), "gzip", "timestamp", nullptr));
+  openInMemory(writer.get(), compressed);
+  const ScopedEntry entry(archive_entry_new());
+  archive_entry_set_filetype(entry.get(), S_IFREG);
+  requireDone(writer.get(), archive_write_header(writer.get(), entry.get()));
+  writeContent(writer.get(), bytes);
+  requireDone(writer.get(), archive_write_close(writer.get()));
+  return compressed;
 }
 
 }  // namespace halvo::sim

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "sim/tools/Archive.h"
-#include "sim/tools/Cpio.h"
 
 namespace halvo::sim {
 namespace {

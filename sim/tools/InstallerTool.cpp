@@ -1,19 +1,67 @@
-#include "sim/tools/InstallerTool.h"
+#include "sim/tools/SystemTools.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <optional>
 #include <ostream>
 #include <string_view>
 #include <system_error>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/support/ChildProcess.h"
 #include "sim/tools/Archive.h"
 #include "sim/tools/FlatPackage.h"
-#include "sim/tools/InstallScript.h"
 #include "sim/tools/Receipts.h"
 #include "sim/tools/Unpack.h"
 #include "sim/tools/Xml.h"
 
 namespace halvo::sim {
 namespace {
+
+constexpr int kCouldNotRun = -1;
+
+// The Scripts archive in a folder of its own in the machine's /private/tmp, for as long as this lives.
+class InstallScripts {
+ public:
+  InstallScripts(std::string_view archive, const std::filesystem::path& root) : root_(std::filesystem::absolute(root)) {
+    std::error_code problem;
+    std::filesystem::create_directories(root_ / "private/tmp", problem);
+    std::string pattern = (root_ / "private/tmp/PKInstallSandbox.XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) return;
+    folder_ = pattern;
+    complete_ = unpack(archive, folder_).problem.empty();
+  }
+  InstallScripts(const InstallScripts&) = delete;
+  InstallScripts& operator=(const InstallScripts&) = delete;
+  ~InstallScripts() {
+    std::error_code ignored;
+    if (!folder_.empty()) std::filesystem::remove_all(folder_, ignored);
+  }
+
+  // Runs the script of that name in the folder. Blocks until it has ended; what it prints goes to
+  // /private/var/log/install.log. Answers its exit status, 0 when there is no such script, and -1 when it could not be
+  // run or the archive could not be unpacked.
+  [[nodiscard]] int run(const std::string& name, std::vector<std::string> words) const {
+    if (!complete_) return kCouldNotRun;
+    const std::filesystem::path script = folder_ / name;
+    std::error_code problem;
+    if (!std::filesystem::exists(script, problem)) return 0;
+    const std::filesystem::path log = root_ / "private/var/log/install.log";
+    std::filesystem::create_directories(log.parent_path(), problem);
+    const UniqueDescriptor output(::open(log.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644));
+    const UniqueDescriptor input = namelessFile();
+    words.insert(words.begin(), script);
+    const auto child = startChild(words, {input.get(), output.get(), output.get()}, folder_);
+    return child ? collectChild(*child) : kCouldNotRun;
+  }
+
+ private:
+  std::filesystem::path root_;
+  std::filesystem::path folder_;
+  bool complete_ = false;
+};
 
 constexpr std::string_view kNoSoftware =
     "The Installer could not install the software because there was no software found to install.";

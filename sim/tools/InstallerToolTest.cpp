@@ -1,4 +1,4 @@
-#include "sim/tools/InstallerTool.h"
+#include "sim/tools/SystemTools.h"
 
 #include <gmock/gmock.h>
 
@@ -93,7 +93,7 @@ TEST(InstallerToolTest, APayloadCutShortLeavesNewFilesAndAHalfOneOfFullSize) {
   const ToolMachine machine;
   machine.install(machine.package("1.2.0"));
 
-  const ToolAnswer answer = machine.install(machine.package("1.3.0", {"--truncate-payload", "60000"}));
+  const ToolAnswer answer = machine.install(machine.package("1.3.0", {.payloadBytes = 60000}));
 
   EXPECT_EQ(answer.status, 1);
   EXPECT_THAT(answer.err, StartsWith("installer: The install failed. (The Installer encountered an error"));
@@ -108,7 +108,7 @@ TEST(InstallerToolTest, APayloadCutShortLeavesNewFilesAndAHalfOneOfFullSize) {
 TEST(InstallerToolTest, APayloadCutBeforeItsFirstFileInstallsNothing) {
   const ToolMachine machine;
 
-  EXPECT_EQ(machine.install(machine.package("1.2.0", {"--truncate-payload", "5"})).status, 1);
+  EXPECT_EQ(machine.install(machine.package("1.2.0", {.payloadBytes = 5})).status, 1);
 
   EXPECT_THAT(machine.namesInside(), IsEmpty());
 }
@@ -150,7 +150,7 @@ TEST(InstallerToolTest, APreinstallThatFailsLeavesEverythingAsItWas) {
 TEST(InstallerToolTest, ThePostinstallLearnsPackageAndTarget) {
   const ToolMachine machine;
   const std::string script = machine.file("script", "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\"\n");
-  const std::string package = machine.package("1.2.0", {"--postinstall", script});
+  const std::string package = machine.package("1.2.0", {.postinstall = script});
 
   ASSERT_EQ(machine.install(package).status, 0);
 
@@ -161,7 +161,7 @@ TEST(InstallerToolTest, ThePostinstallRunsInAFolderOfItsOwnThatIsRemoved) {
   const ToolMachine machine;
   const std::string script = machine.file("script", "#!/bin/sh\npwd; ls\n");
 
-  ASSERT_EQ(machine.install(machine.package("1.2.0", {"--postinstall", script})).status, 0);
+  ASSERT_EQ(machine.install(machine.package("1.2.0", {.postinstall = script})).status, 0);
 
   EXPECT_THAT(machine.readInside("private/var/log/install.log"),
               testing::MatchesRegex(".*/root/private/tmp/PKInstallSandbox\\.......\npostinstall\n"));
@@ -172,7 +172,7 @@ TEST(InstallerToolTest, APostinstallThatFailsLeavesTheFilesAndNoReceipt) {
   const ToolMachine machine;
   const std::string script = machine.file("script", "#!/bin/sh\nexit 3\n");
 
-  const ToolAnswer answer = machine.install(machine.package("1.2.0", {"--postinstall", script}));
+  const ToolAnswer answer = machine.install(machine.package("1.2.0", {.postinstall = script}));
 
   EXPECT_EQ(answer.status, 1);
   EXPECT_THAT(answer.err,
@@ -185,14 +185,14 @@ TEST(InstallerToolTest, APostinstallThatASignalEndsFails) {
   const ToolMachine machine;
   const std::string script = machine.file("script", "#!/bin/sh\nkill -9 $$\n");
 
-  EXPECT_EQ(machine.install(machine.package("1.2.0", {"--postinstall", script})).status, 1);
+  EXPECT_EQ(machine.install(machine.package("1.2.0", {.postinstall = script})).status, 1);
 }
 
 TEST(InstallerToolTest, APostinstallThatCannotBeStartedFails) {
   const ToolMachine machine;
   const std::string script = machine.file("script", "#!/nowhere/interpreter\n");
 
-  EXPECT_EQ(machine.install(machine.package("1.2.0", {"--postinstall", script})).status, 1);
+  EXPECT_EQ(machine.install(machine.package("1.2.0", {.postinstall = script})).status, 1);
 }
 
 TEST(InstallerToolTest, AFileThatIsNoPackageChangesNothing) {

@@ -1,4 +1,4 @@
-#include "sim/tools/PkgutilTool.h"
+#include "sim/tools/SystemTools.h"
 
 #include <optional>
 #include <ostream>

@@ -1,9 +1,8 @@
-#include "sim/tools/PkgutilTool.h"
+#include "sim/tools/SystemTools.h"
 
 #include <gmock/gmock.h>
 
 #include "sim/tools/FlatPackage.h"
-#include "sim/tools/PackageCommand.h"
 #include "sim/tools/testing/ToolMachine.h"
 
 namespace halvo::sim {
@@ -26,9 +25,7 @@ constexpr const char* kRoot =
 
 ToolAnswer checkOf(const std::string& report) {
   const ToolMachine machine;
-  const std::string package = machine.beside("incoming.pkg");
-  packageCommand({package, "--version", "1.2.0", "--report", reportFile(report)});
-  return machine.run("pkgutil", {"--check-signature", package});
+  return machine.run("pkgutil", {"--check-signature", machine.package("incoming", {.report = reportFile(report)})});
 }
 
 struct ReportRow {
@@ -45,7 +42,7 @@ TEST_P(SignatureReport, IsPrintedAndItsStatusIsAnswered) {
 
   EXPECT_EQ(answer.status, GetParam().status);
   EXPECT_THAT(answer.out,
-              StartsWith(std::string("Package \"incoming.pkg\":\n   Status: ") + GetParam().statusLine + "\n"));
+              StartsWith(std::string("Package \"Halvo-incoming.pkg\":\n   Status: ") + GetParam().statusLine + "\n"));
   EXPECT_EQ(answer.err, "");
 }
 
@@ -104,19 +101,15 @@ TEST(PkgutilToolTest, AStatusElsewhereThanInItsLineIsNoSignature) {
   const ToolMachine machine;
   const std::string report =
       machine.file("report", "Package \"   Status: signed Apple Software\":\n   Certificate Chain:\n");
-  const std::string package = machine.beside("x.pkg");
-  packageCommand({package, "--version", "1", "--report", report});
 
-  EXPECT_EQ(machine.run("pkgutil", {"--check-signature", package}).status, 1);
+  EXPECT_EQ(machine.run("pkgutil", {"--check-signature", machine.package("1", {.report = report})}).status, 1);
 }
 
 TEST(PkgutilToolTest, AnEmptyReportLeavesTheFirstLine) {
   const ToolMachine machine;
-  const std::string package = machine.beside("x.pkg");
-  packageCommand({package, "--version", "1", "--report", machine.file("report", "")});
 
-  EXPECT_EQ(machine.run("pkgutil", {"--check-signature", package}),
-            (ToolAnswer{.status = 1, .out = "Package \"x.pkg\":\n", .err = ""}));
+  EXPECT_EQ(machine.run("pkgutil", {"--check-signature", machine.package("1", {.report = machine.file("report", "")})}),
+            (ToolAnswer{.status = 1, .out = "Package \"Halvo-1.pkg\":\n", .err = ""}));
 }
 
 TEST(PkgutilToolTest, AFileThatIsNoPackageIsInvalid) {

@@ -1,10 +1,10 @@
 #include "sim/tools/Receipts.h"
 
 #include <algorithm>
-#include <ctime>
 #include <fstream>
 #include <system_error>
 
+#include "sim/support/SimClock.h"
 #include "sim/tools/Xml.h"
 
 namespace halvo::sim {
@@ -13,20 +13,11 @@ namespace {
 constexpr const char* kReceiptExtension = ".plist";
 constexpr const char* kListExtension = ".bom";
 
-std::string installDate() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  ::gmtime_r(&now, &parts);
-  std::string text(sizeof "2026-02-11T09:30:12Z", '\0');
-  text.resize(std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts));
-  return "\t<key>InstallDate</key>\n\t<date>" + text + "</date>\n";
-}
-
 std::string receiptText(const Receipt& receipt) {
   return propertyList(
-      installDate() + plistString("InstallPrefixPath", "/") + plistString("InstallProcessName", "installer") +
-      plistString("PackageFileName", receipt.fileName) + plistString("PackageIdentifier", receipt.identifier) +
-      plistString("PackageVersion", receipt.version));
+      "\t<key>InstallDate</key>\n\t<date>" + universalTime() + "</date>\n" + plistString("InstallPrefixPath", "/") +
+      plistString("InstallProcessName", "installer") + plistString("PackageFileName", receipt.fileName) +
+      plistString("PackageIdentifier", receipt.identifier) + plistString("PackageVersion", receipt.version));
 }
 
 std::string listText(const Receipt& receipt) {

@@ -64,7 +64,8 @@ TEST_P(SystemTool, ActsByItsNameAndIsRecordedByItsPath) {
 INSTANTIATE_TEST_SUITE_P(Table, SystemTool,
                          testing::Values(ToolRow{"Installer", "/usr/sbin/installer", "/usr/sbin/installer"},
                                          ToolRow{"Pkgutil", "pkgutil", "/usr/sbin/pkgutil"},
-                                         ToolRow{"Dscl", "./dscl", "/usr/bin/dscl"}),
+                                         ToolRow{"Dscl", "./dscl", "/usr/bin/dscl"},
+                                         ToolRow{"Launchctl", "/bin/launchctl", "/bin/launchctl"}),
                          [](const auto& row) { return row.param.name; });
 
 TEST(SystemToolsTest, ACallIsRecordedWithItsArgumentsAndStatus) {
@@ -77,32 +78,14 @@ TEST(SystemToolsTest, ACallIsRecordedWithItsArgumentsAndStatus) {
                                                          package + R"(","-target","/"],"status":0})" + "\n"));
 }
 
-TEST(SystemToolsTest, AFaultKeepsTheInstallerFromInstalling) {
-  const ToolMachine machine;
-  machine.writeState("faults/installer", "3");
-
-  EXPECT_EQ(machine.install(machine.package("1.2.0")), (ToolAnswer{.status = 3, .out = "", .err = ""}));
-
-  EXPECT_FALSE(std::filesystem::exists(machine.root() / "Library"));
-}
-
-TEST(SystemToolsTest, AFaultAfterActingFailsAnInstallThatIsDone) {
-  const ToolMachine machine;
-  machine.writeState("faults/installer", "1 after");
-
-  EXPECT_EQ(machine.install(machine.package("1.2.0")).status, 1);
-
-  EXPECT_TRUE(machine.readInside("Library/PrivilegedHelperTools/halvo-broker") ==
-              productFile("1.2.0", "/halvo-broker"));
-}
-
 TEST(SystemToolsTest, AnotherNameIsExplained) {
   const ToolMachine machine;
 
   EXPECT_EQ(machine.run("/usr/bin/sim-tools", {}),
             (ToolAnswer{.status = 64,
                         .out = "",
-                        .err = "sim-tools: this program acts by its name; call it as installer, pkgutil or dscl.\n"}));
+                        .err = "sim-tools: this program acts by its name; call it as installer, pkgutil, dscl, "
+                               "launchctl or killall.\n"}));
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "sim/support/TemporaryDirectory.h"
-#include "sim/tools/Cpio.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/tools/Archive.h"
 
 namespace halvo::sim {
 namespace {

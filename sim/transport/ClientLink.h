@@ -1,18 +1,41 @@
-// The client's connection to the helper and the thread that keeps it.
+// The client's connection to the helper: the messages on their way, and the thread that keeps it.
 #pragma once
+
+#include <systemd/sd-bus.h>
 
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/transport/BusHandles.h"
-#include "sim/transport/OutgoingMessage.h"
+#include "sim/transport/WireFormat.h"
 #include "transport/ServiceClient.h"
 
 namespace halvo::sim {
+
+struct OutgoingMessage {
+  MessageId id;
+  MessageArguments arguments;
+  // The one of the message's kind is used; neither for a message without reply.
+  TextReply text;
+  BoolReply boolean;
+  ServiceClient::FailureHandler onFailure;
+
+  [[nodiscard]] bool expectsReply() const { return halvoMessage(id).reply != ReplyKind::none; }
+
+  // Why this message cannot go out as it is; nothing when it can.
+  [[nodiscard]] std::optional<ServiceFailure> obstacle() const;
+
+  // The message for `bus`; nothing when the library refuses it.
+  [[nodiscard]] OwnedBusMessage encode(sd_bus* bus) const;
+
+  // Calls the reply, or the failure handler when `answer` is an error or not what the message's reply must be.
+  void deliver(sd_bus_message* answer) const;
+  void fail(const ServiceFailure& failure) const;
+};
 
 // All answers come from the link's one thread, in the order in which they arrive; no lock is held meanwhile.
 class ClientLink : public std::enable_shared_from_this<ClientLink> {

@@ -9,8 +9,8 @@
 #include <thread>
 
 #include "sim/transport/WireFormat.h"
+#include "sim/transport/testing/LaunchedService.h"
 #include "sim/transport/testing/ListeningHelper.h"
-#include "sim/transport/testing/RawFrames.h"
 #include "transport/ServiceClient.h"
 #include "transport/contract/Answers.h"
 
@@ -138,7 +138,7 @@ TEST(ConnectionLifeTest, MessageAfterAnInterruptionConnectsAnew) {
 }
 
 TEST(ConnectionLifeTest, ListenerWithoutASocketAdmitsNobody) {
-  const auto listener = makeSocketServiceListener(std::nullopt);
+  const auto listener = ServiceListener::forMachService("com.halvo.nobody");
   listener->setDelegate(std::make_shared<AdmittingDelegate>([] { return std::make_shared<ScriptedHandler>(); }));
   listener->resume();
   Answers answers;

@@ -6,9 +6,9 @@
 
 namespace halvo::sim {
 
-// The descriptor, among those passed to this process, that listens where the service's socket belongs; nothing when
-// there is none, for example because this process was not started by launchd. The descriptor stays launchd's: it is
-// never closed here, and it is not passed on to child processes.
+// The listening descriptor that was passed to this process under the service's name; nothing when there is none, for
+// example because this process was not started by launchd. The descriptor stays launchd's: it is never closed here, and
+// it is not passed on to child processes.
 std::optional<int> launchSocketFor(const std::string& machServiceName);
 
 }  // namespace halvo::sim

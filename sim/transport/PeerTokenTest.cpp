@@ -10,7 +10,6 @@
 
 #include "sim/support/ProcessIdentity.h"
 #include "sim/transport/testing/LaunchedService.h"
-#include "sim/transport/testing/RawFrames.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,5 +1,3 @@
-#include "sim/transport/SocketServiceListener.h"
-
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -7,6 +5,13 @@
 
 #include <array>
 #include <cerrno>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -15,13 +20,63 @@
 #include "platform/SystemLog.h"
 #include "sim/transport/ConnectionServer.h"
 #include "sim/transport/LaunchSocket.h"
-#include "sim/transport/OpenConnections.h"
 #include "sim/transport/PeerToken.h"
 #include "transport/IncomingConnection.h"
+#include "transport/ServiceListener.h"
 
 namespace halvo {
 namespace sim {
 namespace {
+
+// The connections that are being served, each by a thread of its own.
+// Any thread.
+class OpenConnections : public std::enable_shared_from_this<OpenConnections> {
+ public:
+  // Runs `serve` on a thread of its own; the socket is closed when it returns. The thread leaves nothing behind. When
+  // no thread can be had, the socket is closed at once.
+  void add(UniqueDescriptor socket, std::function<void(int socket)> serve);
+
+  // Cuts every connection that was added so far, and returns when all their threads are done.
+  void closeAll();
+
+ private:
+  void forget(int socket);
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::set<int> sockets_;  // guarded by mutex_; a socket is closed only after it was taken out
+};
+
+void OpenConnections::add(UniqueDescriptor socket, std::function<void(int socket)> serve) {
+  const int number = socket.get();
+  {
+    const std::lock_guard lock(mutex_);
+    sockets_.insert(number);
+  }
+  try {
+    std::thread([self = shared_from_this(), number, serve = std::move(serve)]() mutable {
+      const UniqueDescriptor kept(number);
+      serve(number);
+      serve = nullptr;
+      self->forget(number);
+    }).detach();
+    static_cast<void>(socket.release());
+  } catch (const std::system_error&) {
+    forget(number);
+  }
+}
+
+void OpenConnections::closeAll() {
+  std::unique_lock lock(mutex_);
+  for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
+  changed_.wait(lock, [this] { return sockets_.empty(); });
+}
+
+void OpenConnections::forget(int socket) {
+  const std::lock_guard lock(mutex_);
+  sockets_.erase(socket);
+  changed_.notify_all();
+}
 
 class SocketConnection final : public IncomingConnection {
  public:
@@ -41,6 +96,8 @@ class SocketConnection final : public IncomingConnection {
   bool resumed_ = false;
 };
 
+// Without a listening socket, which stays the caller's, it admits nobody. Destroying it cuts all its connections and
+// waits for the messages that are being handled; not from one of its own threads.
 class SocketServiceListener final : public ServiceListener {
  public:
   explicit SocketServiceListener(std::optional<int> listeningSocket)
@@ -112,16 +169,12 @@ class SocketServiceListener final : public ServiceListener {
 
 }  // namespace
 
-std::unique_ptr<ServiceListener> makeSocketServiceListener(std::optional<int> listeningSocket) {
-  return std::make_unique<SocketServiceListener>(listeningSocket);
-}
-
 }  // namespace sim
 
 std::unique_ptr<ServiceListener> ServiceListener::forMachService(const std::string& machServiceName) {
   const auto socket = sim::launchSocketFor(machServiceName);
   if (!socket) halvoSystemLog("launchd passed no socket for " + machServiceName + ": nobody can connect");
-  return sim::makeSocketServiceListener(socket);
+  return std::make_unique<sim::SocketServiceListener>(socket);
 }
 
 }  // namespace halvo

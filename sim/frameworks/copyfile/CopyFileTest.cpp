@@ -11,8 +11,8 @@
 #include <filesystem>
 #include <string>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "sim/frameworks/testing/Instrumentation.h"
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

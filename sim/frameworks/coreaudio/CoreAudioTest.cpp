@@ -5,9 +5,9 @@
 #include <array>
 #include <vector>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

@@ -8,10 +8,10 @@
 #include <string>
 #include <thread>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/dispatch/Clock.h"
+#include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

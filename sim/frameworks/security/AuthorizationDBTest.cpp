@@ -9,10 +9,10 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/security/JSONObjects.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

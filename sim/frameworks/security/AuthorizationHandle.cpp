@@ -6,7 +6,7 @@
 #include <string>
 
 #include "sim/frameworks/corefoundation/Object.h"
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

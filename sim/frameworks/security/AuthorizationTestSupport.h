@@ -10,9 +10,9 @@
 #include <string>
 #include <type_traits>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {
 

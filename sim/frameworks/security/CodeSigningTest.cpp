@@ -13,9 +13,9 @@
 #include <optional>
 #include <string>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/security/CodeSigningTestSupport.h"
 #include "sim/frameworks/testing/RunningProgram.h"
-#include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {
 namespace {

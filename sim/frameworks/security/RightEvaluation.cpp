@@ -13,8 +13,8 @@
 
 #include "sim/frameworks/security/RightStore.h"
 #include "sim/frameworks/security/StateFiles.h"
+#include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
-#include "sim/support/StateRoot.h"
 
 namespace halvo::sim {
 namespace {

@@ -13,7 +13,7 @@
 
 #include "sim/frameworks/security/Guest.h"
 #include "sim/frameworks/security/StateFiles.h"
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "sim/frameworks/security/StateFiles.h"
 #include "sim/frameworks/testing/Instrumentation.h"
+#include "sim/support/MachinePaths.h"
 #include "sim/support/ProcessIdentity.h"
-#include "sim/support/StateRoot.h"
 
 namespace halvo::sim {
 namespace {

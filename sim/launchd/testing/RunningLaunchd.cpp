@@ -1,44 +1,21 @@
 #include "sim/launchd/testing/RunningLaunchd.h"
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
 
-extern char** environ;
+#include "sim/support/ChildProcess.h"
+#include "sim/support/ProcessIdentity.h"
 
 namespace halvo::sim {
 namespace {
-
-struct Pipe {
-  UniqueDescriptor readEnd;
-  UniqueDescriptor writeEnd;
-};
-
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-  return {UniqueDescriptor(ends[0]), UniqueDescriptor(ends[1])};
-}
-
-int collect(pid_t process) {
-  int status = 0;
-  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-  }
-  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-}
 
 UniqueDescriptor connectTo(const std::string& path) {
   sockaddr_un address{};
@@ -56,12 +33,12 @@ RunningLaunchd::~RunningLaunchd() { stop(); }
 void RunningLaunchd::start() {
   Pipe input = makePipe();
   Pipe output = makePipe();
-  process_ = spawn({"/bin/cat"}, input.readEnd.get(), output.writeEnd.get());
-  output.writeEnd.close();
-  toCommand_ = std::move(input.writeEnd);
+  process_ = spawn({"/bin/cat"}, input.out.get(), output.in.get());
+  output.in.close();
+  toCommand_ = std::move(input.in);
   // The command starts when the jobs have been loaded: its echo says that the machine is up.
   char echo = 0;
-  if (::write(toCommand_.get(), "x", 1) != 1 || ::read(output.readEnd.get(), &echo, 1) != 1) {
+  if (::write(toCommand_.get(), "x", 1) != 1 || ::read(output.out.get(), &echo, 1) != 1) {
     throw std::runtime_error("launchd did not start");
   }
 }
@@ -69,35 +46,25 @@ void RunningLaunchd::start() {
 int RunningLaunchd::stop() {
   if (process_ == 0) return 0;
   toCommand_.close();
-  return collect(std::exchange(process_, 0));
+  return collectChild(std::exchange(process_, 0));
 }
 
 int RunningLaunchd::end(int signal) {
   ::kill(process_, signal);
-  return collect(std::exchange(process_, 0));
+  return collectChild(std::exchange(process_, 0));
 }
 
 int RunningLaunchd::runSession(const std::vector<std::string>& command) const {
-  return collect(spawn(command, STDIN_FILENO, STDOUT_FILENO));
+  return collectChild(spawn(command, STDIN_FILENO, STDOUT_FILENO));
 }
 
 pid_t RunningLaunchd::spawn(const std::vector<std::string>& command, int input, int output) const {
   std::filesystem::create_directories(root.path() / "sim");
-  std::vector<std::string> words = {HALVO_SIM_LAUNCHD,           "--session", "--root", root.path().string(), "--user",
-                                    std::to_string(::geteuid()), "--"};
+  std::vector<std::string> words = {HALVO_SIM_LAUNCHD, "--session", root.path().string(), std::to_string(::geteuid())};
   words.insert(words.end(), command.begin(), command.end());
-  std::vector<char*> argv;
-  for (std::string& word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  posix_spawn_file_actions_t actions{};
-  ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
-  ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-  pid_t child = 0;
-  const int error = ::posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
-  ::posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) throw std::runtime_error("launchd cannot be run");
-  return child;
+  const auto child = startChild(words, {input, output, STDERR_FILENO});
+  if (!child) throw std::runtime_error("launchd cannot be run");
+  return *child;
 }
 
 std::string RunningLaunchd::job(const std::string& folder, const std::string& label,
@@ -138,11 +105,8 @@ nlohmann::json RunningLaunchd::ask(const std::string& name, const std::string& w
 }
 
 bool alive(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  // Behind the name comes the state; a process that nobody has collected yet is over all the same.
-  const std::size_t nameEnd = text.rfind(')');
-  return nameEnd != std::string::npos && text.compare(nameEnd, 3, ") Z") != 0;
+  const auto facts = processFacts(process);
+  return facts && facts->state != 'Z';
 }
 
 std::string publishing(const std::string& service) {

@@ -1,6 +1,8 @@
-// A launchd over folders of its own, outside any simulated machine, for tests.
+// A launchd over folders of its own, outside any simulated machine, and the fixture of the tests that look at it.
 #pragma once
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/types.h>
 
 #include <filesystem>
@@ -10,9 +12,9 @@
 #include <vector>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/launchd/ControlClient.h"
 #include "sim/launchd/JobState.h"
-#include "sim/support/TemporaryDirectory.h"
 
 namespace halvo::sim {
 
@@ -57,5 +59,21 @@ bool alive(pid_t process);
 
 // The XML of a property list that publishes one service.
 std::string publishing(const std::string& service);
+
+inline constexpr const char* kDaemons = "Library/LaunchDaemons";
+inline constexpr const char* kElsewhere = "elsewhere";
+inline const std::string kNoThrottle = "<key>ThrottleInterval</key><integer>0</integer>";
+inline const std::string kAtLoad = "<key>RunAtLoad</key><true/>";
+inline const std::string kAlways = "<key>KeepAlive</key><true/>";
+
+class LaunchdTest : public testing::Test {
+ protected:
+  bool runs(const std::string& label) const {
+    const auto job = launchd.state("system", label);
+    return job && job->pid;
+  }
+
+  RunningLaunchd launchd;
+};
 
 }  // namespace halvo::sim

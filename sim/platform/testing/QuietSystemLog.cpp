@@ -1,5 +1,5 @@
 // Linked into test programs: keeps what they log out of the host's own /var/log.
-#include "sim/platform/MachinePaths.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::sim {
 namespace {

@@ -9,10 +9,18 @@ namespace halvo::sim {
 // starting threads.
 class Termination {
  public:
-  Termination();
+  Termination() {
+    sigemptyset(&signals_);
+    sigaddset(&signals_, SIGTERM);
+    sigprocmask(SIG_BLOCK, &signals_, nullptr);
+  }
 
   // Blocks until launchd asks the process to end.
-  void wait() const;
+  void wait() const {
+    int received = 0;
+    while (sigwait(&signals_, &received) != 0) {
+    }
+  }
 
  private:
   sigset_t signals_{};

@@ -4,22 +4,21 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <system_error>
 
-#include "sim/tools/BrokerVersion.h"
+#include "sim/support/WholeFile.h"
 #include "sim/tools/programs/Termination.h"
 
 namespace {
 
 constexpr const char* kLogFolder = "/private/var/run/halvo";
 
+// The version stands behind the last line feed of the program, so that one build of it makes brokers of any version,
+// each with bytes of its own.
 std::string ownVersion() {
-  std::ifstream program("/proc/self/exe", std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(program), std::istreambuf_iterator<char>()};
-  return halvo::sim::brokerVersion(bytes).value_or("of unknown version");
+  const std::string bytes = halvo::sim::wholeFile("/proc/self/exe");
+  return bytes.substr(bytes.rfind('\n') + 1);
 }
 
 bool append(const std::string& file, const std::string& line) {

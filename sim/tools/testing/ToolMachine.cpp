@@ -1,26 +1,17 @@
 #include "sim/tools/testing/ToolMachine.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <sstream>
-#include <stdexcept>
 
-#include "sim/support/StateRoot.h"
+#include "sim/support/MachinePaths.h"
+#include "sim/support/WholeFile.h"
 #include "sim/tools/FlatPackage.h"
-#include "sim/tools/PackageCommand.h"
-#include "sim/tools/ProductFiles.h"
 #include "sim/tools/SystemTools.h"
 
 namespace halvo::sim {
 namespace {
 
 constexpr const char* kInfo = R"(<pkg-info format-version="2" identifier="com.halvo.pkg" version="9"></pkg-info>)";
-
-std::string bytesOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
 
 }  // namespace
 
@@ -30,12 +21,12 @@ ToolMachine::ToolMachine() {
   setStateRoot(directory_.path() / "sim");
 }
 
-std::string ToolMachine::package(const std::string& version, const std::vector<std::string>& options) const {
-  const std::string path = directory_.path() / ("Halvo-" + version + ".pkg");
-  std::vector<std::string> words = {path, "--version", version, "--report", reportFile("good.txt")};
-  words.insert(words.end(), options.begin(), options.end());
-  if (packageCommand(words) != 0) throw std::runtime_error("the package could not be built");
-  return path;
+std::string ToolMachine::package(const std::string& version, PackageOrder order) const {
+  order.package = directory_.path() / ("Halvo-" + version + ".pkg");
+  order.version = version;
+  if (order.report.empty()) order.report = reportFile("good.txt");
+  buildPackage(order);
+  return order.package;
 }
 
 std::string ToolMachine::packageOf(const std::vector<CpioEntry>& payload) const {
@@ -61,7 +52,7 @@ std::vector<std::string> ToolMachine::namesInside() const {
 }
 
 std::string productFile(const std::string& version, const std::string& pathEnd) {
-  for (const CpioEntry& entry : productFiles(version, bytesOf(HALVO_BROKER_PROGRAM))) {
+  for (const CpioEntry& entry : productFiles(version, wholeFile(HALVO_BROKER_PROGRAM))) {
     if (entry.path.ends_with(pathEnd)) return entry.content;
   }
   return {};

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/support/TemporaryDirectory.h"
-#include "sim/tools/Cpio.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/tools/ProductPackage.h"
 
 namespace halvo::sim {
 
@@ -22,8 +22,8 @@ class ToolMachine {
  public:
   ToolMachine();
 
-  // A package by the package command; its signature report is good. `options` are further words of the command.
-  std::string package(const std::string& version, const std::vector<std::string>& options = {}) const;
+  // A package of the product with a good signature report, unless the order names another one.
+  std::string package(const std::string& version, PackageOrder order = {}) const;
   // A package with any payload.
   std::string packageOf(const std::vector<CpioEntry>& payload) const;
   // A file beside the machine.

@@ -1,10 +1,11 @@
-// Passes listening sockets to this process the way launchd passes them to a job.
+// Passes listening sockets to this process the way launchd passes them to a job, and connects to them.
 #pragma once
 
 #include <filesystem>
 #include <string>
 
-#include "sim/support/TemporaryDirectory.h"
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo::sim {
 
@@ -24,5 +25,21 @@ class LaunchedService {
   TemporaryDirectory directory_;
   std::filesystem::path socket_;
 };
+
+// Bytes as a client puts them on the wire that does not use the library.
+// All that a client says to begin with; messages may follow.
+inline constexpr char kAuthentication[] = "\0AUTH EXTERNAL 30\r\nBEGIN\r\n";
+inline std::string authentication() { return {kAuthentication, sizeof kAuthentication - 1}; }
+
+// A connection to the socket at `path`.
+UniqueDescriptor connectRaw(const std::string& path);
+void sendRaw(const UniqueDescriptor& socket, const std::string& bytes);
+
+// What comes until the other side closes, waiting at most half a minute.
+struct Received {
+  std::string bytes;
+  bool closed = false;
+};
+Received receiveUntilClosed(const UniqueDescriptor& socket);
 
 }  // namespace halvo::sim

@@ -2,14 +2,12 @@
 
 #include <stdexcept>
 
-#include "sim/transport/LaunchSocket.h"
-
 namespace halvo::sim {
 
 ListeningHelper::ListeningHelper() : service_("com.halvo.helper") { startAgain(); }
 
 void ListeningHelper::startAgain() {
-  listener_ = makeSocketServiceListener(launchSocketFor("com.halvo.helper"));
+  listener_ = ServiceListener::forMachService("com.halvo.helper");
   listener_->setDelegate(std::make_shared<AdmittingDelegate>(
       [handler = handler_, admits = admits_] { return admits->load() ? handler : nullptr; }));
   listener_->resume();

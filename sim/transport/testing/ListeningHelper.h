@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "sim/transport/BusHandles.h"
-#include "sim/transport/SocketServiceListener.h"
+#include "sim/transport/WireFormat.h"
 #include "sim/transport/testing/LaunchedService.h"
+#include "transport/ServiceListener.h"
 #include "transport/contract/AdmittingDelegate.h"
 #include "transport/contract/ScriptedHandler.h"
 

@@ -1,5 +1,4 @@
 #include "transport/contract/PublishedMachService.h"
-
 #include "sim/transport/testing/LaunchedService.h"
 
 namespace halvo {
