@@ -112,6 +112,8 @@ INSTANTIATE_TEST_SUITE_P(
         UnusableRow{"Empty", "", "not a property list"}, UnusableRow{"Garbage", "garbage", "not a property list"},
         UnusableRow{"NoDictionary", "<?xml version=\"1.0\"?><plist version=\"1.0\"><string>x</string></plist>",
                     "not a property list with a dictionary"},
+        UnusableRow{"CutOff", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>" + kLabel + kProgram + "</dict>",
+                    "not a property list"},
         UnusableRow{"NoLabel", plist(kProgram), "Label is missing"},
         UnusableRow{"LabelWithSlash", plist("<key>Label</key><string>a/b</string>" + kProgram), "Label is missing"},
         UnusableRow{"NoProgram", plist(kLabel), "must name a program"},
