@@ -2,7 +2,7 @@
 // inline over these tables; here a program that calls one imports its name, which no reviewed list has.
 #pragma once
 
-#include "darwin/types.h"
+#include <sys/types.h>
 
 #define _CTYPE_A 0x00000100L
 #define _CTYPE_C 0x00000200L

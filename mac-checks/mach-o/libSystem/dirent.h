@@ -1,8 +1,7 @@
 // Reading a folder. An entry says how long its name is and what kind of file it names.
 #pragma once
 
-#include "darwin/symbols.h"
-#include "darwin/types.h"
+#include <sys/types.h>
 
 struct dirent {
   ino_t d_ino;
@@ -13,10 +12,7 @@ struct dirent {
   char d_name[1024];
 };
 
-#define DT_UNKNOWN 0
 #define DT_DIR 4
-#define DT_REG 8
-#define DT_LNK 10
 
 struct DarwinOpenFolder;
 typedef struct DarwinOpenFolder DIR;
@@ -25,8 +21,6 @@ extern "C" {
 
 DIR* fdopendir(int descriptor) DARWIN_INODE64(fdopendir);
 struct dirent* readdir(DIR* folder) DARWIN_INODE64(readdir);
-void rewinddir(DIR* folder) DARWIN_INODE64(rewinddir);
 int closedir(DIR* folder);
-int dirfd(DIR* folder);
 
 }  // extern "C"

@@ -19,7 +19,6 @@ extern "C" int* __error(void);
 #define ENOMEM 12
 #define EACCES 13
 #define EFAULT 14
-#define ENOTBLK 15
 #define EBUSY 16
 #define EEXIST 17
 #define EXDEV 18
@@ -75,7 +74,6 @@ extern "C" int* __error(void);
 #define ENOMSG 91
 #define EILSEQ 92
 #define EBADMSG 94
-#define EMULTIHOP 95
 #define ENODATA 96
 #define ENOLINK 97
 #define ENOSR 98

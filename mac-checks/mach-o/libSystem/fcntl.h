@@ -1,7 +1,7 @@
 // Opening files. The values of the flags are those of this system alone.
 #pragma once
 
-#include "darwin/types.h"
+#include <sys/types.h>
 
 #define O_RDONLY 0x0000
 #define O_WRONLY 0x0001
@@ -20,11 +20,8 @@
 #define AT_SYMLINK_NOFOLLOW 0x0020
 #define AT_REMOVEDIR 0x0080
 
-#define F_DUPFD 0
 #define F_GETFD 1
 #define F_SETFD 2
-#define F_GETFL 3
-#define F_SETFL 4
 #define F_DUPFD_CLOEXEC 67
 #define FD_CLOEXEC 1
 

@@ -1,7 +1,7 @@
 // The kinds of things that a locale decides.
 #pragma once
 
-#include "darwin/locale.h"
+#include <sys/types.h>
 
 #define LC_ALL 0
 #define LC_COLLATE 1

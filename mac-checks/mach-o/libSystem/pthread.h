@@ -3,8 +3,7 @@
 
 #include <sched.h>
 
-#include "darwin/symbols.h"
-#include "darwin/time.h"
+#include <sys/types.h>
 
 #define DARWIN_OPAQUE(name, size) \
   struct name {                   \
@@ -61,8 +60,6 @@ int pthread_cond_broadcast(pthread_cond_t* condition);
 int pthread_cond_wait(pthread_cond_t* __restrict condition, pthread_mutex_t* __restrict mutex);
 int pthread_cond_timedwait(pthread_cond_t* __restrict condition, pthread_mutex_t* __restrict mutex,
                            const struct timespec* __restrict until);
-int pthread_cond_timedwait_relative_np(pthread_cond_t* condition, pthread_mutex_t* mutex,
-                                       const struct timespec* duration);
 int pthread_cond_destroy(pthread_cond_t* condition);
 
 int pthread_once(pthread_once_t* once, void (*function)(void));

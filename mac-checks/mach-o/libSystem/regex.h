@@ -1,7 +1,7 @@
-// Regular expressions, for GoogleTest's matchers and death tests.
+// The objects of regular expressions, which GoogleTest's matchers hold.
 #pragma once
 
-#include "darwin/types.h"
+#include <sys/types.h>
 
 typedef off_t regoff_t;
 
@@ -16,14 +16,3 @@ typedef struct {
   regoff_t rm_so;
   regoff_t rm_eo;
 } regmatch_t;
-
-#define REG_EXTENDED 0001
-
-extern "C" {
-
-int regcomp(regex_t* __restrict expression, const char* __restrict text, int flags);
-int regexec(const regex_t* __restrict expression, const char* __restrict text, size_t count,
-            regmatch_t* __restrict matches, int flags);
-void regfree(regex_t* expression);
-
-}  // extern "C"

@@ -3,47 +3,27 @@
 // macro as well.
 #pragma once
 
-#include "darwin/time.h"
+#include <sys/types.h>
 
 #define SIGHUP 1
 #define SIGINT 2
-#define SIGQUIT 3
 #define SIGILL 4
-#define SIGTRAP 5
 #define SIGABRT 6
 #define SIGFPE 8
 #define SIGKILL 9
-#define SIGBUS 10
 #define SIGSEGV 11
-#define SIGSYS 12
 #define SIGPIPE 13
-#define SIGALRM 14
 #define SIGTERM 15
-#define SIGURG 16
 #define SIGSTOP 17
-#define SIGTSTP 18
-#define SIGCONT 19
 #define SIGCHLD 20
-#define SIGTTIN 21
-#define SIGTTOU 22
-#define SIGIO 23
-#define SIGXCPU 24
 #define SIGXFSZ 25
-#define SIGVTALRM 26
-#define SIGPROF 27
-#define SIGWINCH 28
-#define SIGINFO 29
 #define SIGUSR1 30
-#define SIGUSR2 31
 
 #define SIG_DFL ((void (*)(int))0)
 #define SIG_IGN ((void (*)(int))1)
 #define SIG_ERR ((void (*)(int)) - 1)
 #define SIG_BLOCK 1
-#define SIG_UNBLOCK 2
 #define SIG_SETMASK 3
-#define SA_RESTART 0x0002
-#define SA_SIGINFO 0x0040
 
 typedef int sig_atomic_t;
 
@@ -74,6 +54,30 @@ struct sigaction {
   int sa_flags;
 };
 #define sa_handler handler.plain
-#define sa_sigaction handler.informed
 
-#include "darwin/signals.h"
+struct _opaque_pthread_t;
+
+extern "C" {
+
+void (*signal(int number, void (*handler)(int)))(int);
+int sigaction(int number, const struct sigaction* __restrict action, struct sigaction* __restrict before);
+int raise(int number);
+int kill(pid_t process, int number);
+int pthread_kill(struct _opaque_pthread_t* thread, int number);
+int pthread_sigmask(int how, const sigset_t* set, sigset_t* before);
+
+int sigemptyset(sigset_t* set);
+int sigfillset(sigset_t* set);
+int sigaddset(sigset_t* set, int number);
+int sigdelset(sigset_t* set, int number);
+int sigismember(const sigset_t* set, int number);
+
+static inline int darwinSignalBit(int number) { return number > 32 ? 0 : (1 << (number - 1)); }
+
+}  // extern "C"
+
+#define sigemptyset(set) (*(set) = 0, 0)
+#define sigfillset(set) (*(set) = ~(sigset_t)0, 0)
+#define sigaddset(set, number) (*(set) |= darwinSignalBit(number), 0)
+#define sigdelset(set, number) (*(set) &= ~darwinSignalBit(number), 0)
+#define sigismember(set, number) ((*(set)&darwinSignalBit(number)) != 0)

@@ -4,8 +4,7 @@
 #include <stdarg.h>
 #include <stddef.h>
 
-#include "darwin/locale.h"
-#include "darwin/types.h"
+#include <sys/types.h>
 
 #define EOF (-1)
 #define BUFSIZ 1024

@@ -4,8 +4,7 @@
 
 #include <stddef.h>
 
-#include "darwin/symbols.h"
-#include "darwin/types.h"
+#include <sys/types.h>
 
 #define EXIT_SUCCESS 0
 #define EXIT_FAILURE 1

@@ -2,9 +2,7 @@
 // enumerator.
 #pragma once
 
-#include "darwin/locale.h"
-#include "darwin/symbols.h"
-#include "darwin/time.h"
+#include <sys/types.h>
 
 #define CLOCKS_PER_SEC ((clock_t)1000000)
 
@@ -24,12 +22,10 @@ struct tm {
 
 typedef enum {
   _CLOCK_REALTIME = 0,
-  _CLOCK_MONOTONIC_RAW = 4,
   _CLOCK_MONOTONIC = 6,
   _CLOCK_UPTIME_RAW = 8,
 } clockid_t;
 #define CLOCK_REALTIME _CLOCK_REALTIME
-#define CLOCK_MONOTONIC_RAW _CLOCK_MONOTONIC_RAW
 #define CLOCK_MONOTONIC _CLOCK_MONOTONIC
 #define CLOCK_UPTIME_RAW _CLOCK_UPTIME_RAW
 
@@ -37,7 +33,6 @@ extern "C" {
 
 time_t time(time_t* now);
 struct tm* gmtime_r(const time_t* __restrict time, struct tm* __restrict parts);
-struct tm* localtime_r(const time_t* __restrict time, struct tm* __restrict parts);
 time_t mktime(struct tm* parts);
 size_t strftime(char* __restrict to, size_t size, const char* __restrict format, const struct tm* __restrict parts);
 

@@ -2,8 +2,7 @@
 // itself.
 #pragma once
 
-#include "darwin/symbols.h"
-#include "darwin/types.h"
+#include <sys/types.h>
 
 #define STDIN_FILENO 0
 #define STDOUT_FILENO 1
@@ -22,8 +21,6 @@ int close(int descriptor);
 int dup(int descriptor);
 int dup2(int descriptor, int wanted);
 int pipe(int ends[2]);
-int fsync(int descriptor);
-int ftruncate(int descriptor, off_t size);
 int isatty(int descriptor);
 
 #define F_OK 0
@@ -36,10 +33,8 @@ int symlink(const char* target, const char* path);
 ssize_t readlink(const char* __restrict path, char* __restrict buffer, size_t size);
 int unlink(const char* path);
 int unlinkat(int folder, const char* path, int flags);
-char* getcwd(char* buffer, size_t size);
 
 pid_t getpid(void);
-pid_t getppid(void);
 pid_t getpgrp(void);
 uid_t getuid(void);
 uid_t geteuid(void);
@@ -47,13 +42,11 @@ gid_t getgid(void);
 gid_t getegid(void);
 pid_t fork(void);
 int execv(const char* path, char* const* arguments);
-unsigned int alarm(unsigned int seconds);
 int usleep(useconds_t microseconds);
 void _exit(int status) __attribute__((noreturn));
 
 int fgetattrlist(int descriptor, void* wanted, void* answer, size_t size, unsigned int options);
 
 char* mkdtemp(char* pattern);
-int mkstemp(char* pattern);
 
 }  // extern "C"

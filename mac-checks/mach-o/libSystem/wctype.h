@@ -1,7 +1,21 @@
-// The one kind of wide character that libc++'s headers ask about.
+// Wide characters, and the one kind of them that libc++'s headers ask about. The state of a conversion is opaque; 128
+// bytes are kept for it.
 #pragma once
 
-#include "darwin/wide.h"
+#include <stdint.h>
+
+typedef int wint_t;
+typedef uint32_t wctype_t;
+typedef int wctrans_t;
+
+// libc++'s symbols hold the name with the underscores.
+typedef union {
+  char opaque[128];
+  long long alignment;
+} __mbstate_t;
+typedef __mbstate_t mbstate_t;
+
+#define WEOF ((wint_t)-1)
 
 extern "C" {
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <stdarg.h>
 #include <sys/types.h>
 
 #define HALVO_INTRODUCED(version) __attribute__((availability(macos, introduced = version)))
@@ -12,7 +11,6 @@
 #define NS_ASSUME_NONNULL_END _Pragma("clang assume_nonnull end")
 #define NS_DESIGNATED_INITIALIZER __attribute__((objc_designated_initializer))
 #define NS_UNAVAILABLE __attribute__((unavailable))
-#define NS_REQUIRES_NIL_TERMINATION __attribute__((sentinel))
 
 // BOOL is another type on each processor.
 #if __OBJC_BOOL_IS_BOOL
@@ -28,7 +26,6 @@ typedef signed char BOOL;
 typedef long NSInteger;
 typedef unsigned long NSUInteger;
 typedef unsigned short unichar;
-typedef double NSTimeInterval;
 
 typedef struct _NSRange {
   NSUInteger location;
@@ -44,14 +41,9 @@ NS_ASSUME_NONNULL_BEGIN
 @class NSData, NSDictionary<Key, Object>, NSError, NSNumber, NSString, Protocol;
 
 @protocol NSObject
-- (BOOL)isEqual:(nullable id)object;
-@property(readonly) NSUInteger hash;
-@property(readonly) Class superclass;
 - (Class)class;
-- (instancetype)self;
 - (BOOL)isKindOfClass:(Class)aClass;
 - (BOOL)respondsToSelector:(SEL)aSelector;
-- (BOOL)conformsToProtocol:(Protocol*)aProtocol;
 @property(readonly, copy) NSString* description;
 @end
 
@@ -163,16 +155,11 @@ enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
 enum : NSInteger {
   NSXPCConnectionInterrupted = 4097,
   NSXPCConnectionInvalid = 4099,
-  NSXPCConnectionReplyInvalid = 4101,
   NSXPCConnectionCodeSigningRequirementFailure HALVO_INTRODUCED(13.0) = 4102,
 };
 
-@protocol NSXPCProxyCreating
-- (id)remoteObjectProxy;
+@interface NSXPCConnection : NSObject
 - (id)remoteObjectProxyWithErrorHandler:(void (^)(NSError* error))handler;
-@end
-
-@interface NSXPCConnection : NSObject <NSXPCProxyCreating>
 - (instancetype)initWithMachServiceName:(NSString*)name options:(NSXPCConnectionOptions)options;
 - (instancetype)initWithListenerEndpoint:(NSXPCListenerEndpoint*)endpoint;
 @property(nullable, retain) NSXPCInterface* exportedInterface;
@@ -182,7 +169,6 @@ enum : NSInteger {
 @property(nullable, copy) void (^invalidationHandler)(void);
 @property(readonly) pid_t processIdentifier;
 - (void)resume;
-- (void)suspend;
 - (void)invalidate;
 @end
 
@@ -200,7 +186,6 @@ enum : NSInteger {
 - (instancetype)initWithMachServiceName:(NSString*)name NS_DESIGNATED_INITIALIZER;
 @property(nullable, weak) id<NSXPCListenerDelegate> delegate;
 - (void)resume;
-- (void)suspend;
 - (void)invalidate;
 @end
 

@@ -1,7 +1,7 @@
 // Limits and use of a process's resources. The largest resident size is in bytes, not kibibytes.
 #pragma once
 
-#include "darwin/time.h"
+#include <sys/types.h>
 
 typedef uint64_t rlim_t;
 
@@ -29,9 +29,7 @@ struct rusage {
   long ru_nivcsw;
 };
 
-#define RLIM_INFINITY (((uint64_t)1 << 63) - 1)
 #define RLIMIT_FSIZE 1
-#define RLIMIT_CORE 4
 #define RLIMIT_NOFILE 8
 #define RUSAGE_SELF 0
 

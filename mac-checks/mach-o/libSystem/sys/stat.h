@@ -2,8 +2,7 @@
 // it. The kinds and bits of a mode are octal, and telling a kind is a macro.
 #pragma once
 
-#include "darwin/symbols.h"
-#include "darwin/time.h"
+#include <sys/types.h>
 
 struct stat {
   dev_t st_dev;
@@ -26,42 +25,22 @@ struct stat {
   int64_t st_qspare[2];
 };
 
-#define st_atime st_atimespec.tv_sec
 #define st_mtime st_mtimespec.tv_sec
-#define st_ctime st_ctimespec.tv_sec
 
 #define S_IFMT 0170000
-#define S_IFIFO 0010000
-#define S_IFCHR 0020000
 #define S_IFDIR 0040000
-#define S_IFBLK 0060000
 #define S_IFREG 0100000
 #define S_IFLNK 0120000
-#define S_IFSOCK 0140000
 
-#define S_ISBLK(mode) (((mode)&S_IFMT) == S_IFBLK)
-#define S_ISCHR(mode) (((mode)&S_IFMT) == S_IFCHR)
 #define S_ISDIR(mode) (((mode)&S_IFMT) == S_IFDIR)
-#define S_ISFIFO(mode) (((mode)&S_IFMT) == S_IFIFO)
 #define S_ISREG(mode) (((mode)&S_IFMT) == S_IFREG)
 #define S_ISLNK(mode) (((mode)&S_IFMT) == S_IFLNK)
-#define S_ISSOCK(mode) (((mode)&S_IFMT) == S_IFSOCK)
-
-#define S_ISUID 0004000
-#define S_ISGID 0002000
-#define S_ISVTX 0001000
-#define S_IRWXU 0000700
-#define S_IRWXG 0000070
-#define S_IRWXO 0000007
 
 // Flags of a file: those of its owner, then those of the system.
 #define UF_IMMUTABLE 0x00000002
 #define UF_APPEND 0x00000004
 #define SF_IMMUTABLE 0x00020000
 #define SF_APPEND 0x00040000
-
-#define UTIME_NOW (-1)
-#define UTIME_OMIT (-2)
 
 extern "C" {
 
@@ -71,14 +50,12 @@ int fstat(int descriptor, struct stat* status) DARWIN_INODE64(fstat);
 int fstatat(int folder, const char* path, struct stat* status, int flags) DARWIN_INODE64(fstatat);
 
 int chmod(const char* path, mode_t mode);
-int fchmod(int descriptor, mode_t mode);
 int chflags(const char* path, uint32_t flags);
 int fchflags(int descriptor, uint32_t flags);
 int mkdir(const char* path, mode_t mode);
 int mkdirat(int folder, const char* path, mode_t mode);
 int mkfifo(const char* path, mode_t mode);
 mode_t umask(mode_t mask);
-int futimens(int descriptor, const struct timespec times[2]) DARWIN_INTRODUCED(10.13);
 int utimensat(int folder, const char* path, const struct timespec times[2], int flags) DARWIN_INTRODUCED(10.13);
 
 }  // extern "C"

@@ -1,7 +1,7 @@
 // How much room a file system has. Blocks are counted in 32 bits.
 #pragma once
 
-#include "darwin/types.h"
+#include <sys/types.h>
 
 struct statvfs {
   unsigned long f_bsize;

@@ -3,12 +3,11 @@
 
 #include <signal.h>
 
-#include "darwin/types.h"
+#include <sys/types.h>
 
 typedef enum { P_ALL, P_PID, P_PGID } idtype_t;
 
 #define WNOHANG 0x01
-#define WUNTRACED 0x02
 #define WEXITED 0x04
 #define WNOWAIT 0x20
 
