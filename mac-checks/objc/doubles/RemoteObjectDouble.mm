@@ -37,6 +37,18 @@ class ReplyPath {
   bool used_ = false;  // guarded by mutex_
 };
 
+// Sends a message whose answer goes to `reply`.
+template <typename Value>
+void sendThrough(NSXPCConnection* connection, void (^errorHandler)(NSError*), void (^reply)(Value),
+                 std::function<void(id<HalvoHelperProtocol>, void (^)(Value))> send) {
+  const auto message = std::make_shared<DoubleMessage>(errorHandler);
+  const auto path = std::make_shared<ReplyPath>(connection, message);
+  void (^const answer)(Value) = ^(Value value) {
+    path->answer([reply, value] { reply(value); });
+  };
+  [connection sendMessage:message through:[send, answer](id<HalvoHelperProtocol> handler) { send(handler, answer); }];
+}
+
 }  // namespace
 
 @implementation HalvoDoubleRemoteObject {
@@ -53,52 +65,30 @@ class ReplyPath {
   return self;
 }
 
-- (void)sendWithTextReply:(void (^)(NSString*))reply
-                  through:(std::function<void(id<HalvoHelperProtocol>, void (^)(NSString*))>)send {
-  const auto message = std::make_shared<DoubleMessage>(_errorHandler);
-  const auto path = std::make_shared<ReplyPath>(_connection, message);
-  void (^const answer)(NSString*) = ^(NSString* json) {
-    path->answer([reply, json] { reply(json); });
-  };
-  [_connection sendMessage:message through:[send, answer](id<HalvoHelperProtocol> handler) { send(handler, answer); }];
-}
-
-- (void)sendWithBoolReply:(void (^)(bool))reply
-                  through:(std::function<void(id<HalvoHelperProtocol>, void (^)(bool))>)send {
-  const auto message = std::make_shared<DoubleMessage>(_errorHandler);
-  const auto path = std::make_shared<ReplyPath>(_connection, message);
-  void (^const answer)(bool) = ^(bool succeeded) {
-    path->answer([reply, succeeded] { reply(succeeded); });
-  };
-  [_connection sendMessage:message through:[send, answer](id<HalvoHelperProtocol> handler) { send(handler, answer); }];
-}
-
 - (void)pingWithReply:(void (^)(NSString*))reply {
-  [self sendWithTextReply:reply
-                  through:[](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                    [handler pingWithReply:answer];
-                  }];
+  sendThrough<NSString*>(
+      _connection, _errorHandler, reply,
+      [](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) { [handler pingWithReply:answer]; });
 }
 
 - (void)enumerateActiveGuiDomainsWithReply:(void (^)(NSString*))reply {
-  [self sendWithTextReply:reply
-                  through:[](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                    [handler enumerateActiveGuiDomainsWithReply:answer];
-                  }];
+  sendThrough<NSString*>(_connection, _errorHandler, reply,
+                         [](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                           [handler enumerateActiveGuiDomainsWithReply:answer];
+                         });
 }
 
 - (void)prepareForRemovalWithAcceptAudioInterruption:(bool)accept withReply:(void (^)(NSString*))reply {
-  [self sendWithTextReply:reply
-                  through:[accept](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                    [handler prepareForRemovalWithAcceptAudioInterruption:accept withReply:answer];
-                  }];
+  sendThrough<NSString*>(_connection, _errorHandler, reply,
+                         [accept](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                           [handler prepareForRemovalWithAcceptAudioInterruption:accept withReply:answer];
+                         });
 }
 
 - (void)removeAppBundleWithPath:(NSString*)path withReply:(void (^)(bool))reply {
-  [self sendWithBoolReply:reply
-                  through:[path](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
-                    [handler removeAppBundleWithPath:path withReply:answer];
-                  }];
+  sendThrough<bool>(_connection, _errorHandler, reply, [path](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
+    [handler removeAppBundleWithPath:path withReply:answer];
+  });
 }
 
 - (void)finalizeRemoval {
@@ -114,38 +104,34 @@ class ReplyPath {
                        manifestJSON:(NSString*)manifest
             acceptAudioInterruption:(bool)accept
                           withReply:(void (^)(NSString*))reply {
-  [self sendWithTextReply:reply
-                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                    [handler installSystemPkgWithPkgPath:pkgPath
-                                            manifestJSON:manifest
-                                 acceptAudioInterruption:accept
-                                               withReply:answer];
-                  }];
+  sendThrough<NSString*>(_connection, _errorHandler, reply,
+                         [=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                           [handler installSystemPkgWithPkgPath:pkgPath
+                                                   manifestJSON:manifest
+                                        acceptAudioInterruption:accept
+                                                      withReply:answer];
+                         });
 }
 
 - (void)prepareForRemovalWithAuthorization:(NSData*)authorization
                    acceptAudioInterruption:(bool)accept
                                  withReply:(void (^)(NSString*))reply {
-  [self sendWithTextReply:reply
-                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                    [handler prepareForRemovalWithAuthorization:authorization
-                                        acceptAudioInterruption:accept
-                                                      withReply:answer];
-                  }];
+  sendThrough<NSString*>(
+      _connection, _errorHandler, reply, [=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+        [handler prepareForRemovalWithAuthorization:authorization acceptAudioInterruption:accept withReply:answer];
+      });
 }
 
 - (void)removeAppBundleWithAuthorization:(NSData*)authorization path:(NSString*)path withReply:(void (^)(bool))reply {
-  [self sendWithBoolReply:reply
-                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
-                    [handler removeAppBundleWithAuthorization:authorization path:path withReply:answer];
-                  }];
+  sendThrough<bool>(_connection, _errorHandler, reply, [=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
+    [handler removeAppBundleWithAuthorization:authorization path:path withReply:answer];
+  });
 }
 
 - (void)finalizeRemovalWithAuthorization:(NSData*)authorization withReply:(void (^)(bool))reply {
-  [self sendWithBoolReply:reply
-                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
-                    [handler finalizeRemovalWithAuthorization:authorization withReply:answer];
-                  }];
+  sendThrough<bool>(_connection, _errorHandler, reply, [=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
+    [handler finalizeRemovalWithAuthorization:authorization withReply:answer];
+  });
 }
 
 - (void)installSystemPkgWithAuthorization:(NSData*)authorization
@@ -153,14 +139,14 @@ class ReplyPath {
                              manifestJSON:(NSString*)manifest
                   acceptAudioInterruption:(bool)accept
                                 withReply:(void (^)(NSString*))reply {
-  [self sendWithTextReply:reply
-                  through:[=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                    [handler installSystemPkgWithAuthorization:authorization
-                                                       pkgPath:pkgPath
-                                                  manifestJSON:manifest
-                                       acceptAudioInterruption:accept
-                                                     withReply:answer];
-                  }];
+  sendThrough<NSString*>(_connection, _errorHandler, reply,
+                         [=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
+                           [handler installSystemPkgWithAuthorization:authorization
+                                                              pkgPath:pkgPath
+                                                         manifestJSON:manifest
+                                              acceptAudioInterruption:accept
+                                                            withReply:answer];
+                         });
 }
 
 @end

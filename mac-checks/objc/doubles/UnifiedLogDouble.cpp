@@ -60,14 +60,14 @@ std::string render(std::string_view format, std::span<const std::uint8_t> packed
 
 }  // namespace
 
-std::vector<std::string> unifiedLogEntries() {
-  const std::lock_guard lock(mutex);
-  return entries;
-}
-
-void clearUnifiedLog() {
+LogCapture::LogCapture() {
   const std::lock_guard lock(mutex);
   entries.clear();
+}
+
+std::vector<std::string> LogCapture::lines() const {
+  const std::lock_guard lock(mutex);
+  return entries;
 }
 
 }  // namespace halvo::sim

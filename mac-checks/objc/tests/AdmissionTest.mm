@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #import <objc/runtime.h>
 
-#include "mac-checks/objc/tests/LogCapture.h"
+#include "mac-checks/objc/doubles/UnifiedLogDouble.h"
 #include "mac-checks/objc/tests/TokenValues.h"
 #include "main/HelperService.h"
 #import "platform/mac/FoundationText.h"

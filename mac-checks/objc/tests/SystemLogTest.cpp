@@ -5,7 +5,7 @@
 
 #include <thread>
 
-#include "mac-checks/objc/tests/LogCapture.h"
+#include "mac-checks/objc/doubles/UnifiedLogDouble.h"
 
 namespace halvo::sim {
 namespace {
