@@ -1,40 +1,25 @@
 #include <copyfile.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
 
-#include "sim/frameworks/copyfile/Metadata.h"
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/frameworks/testing/Instrumentation.h"
 
 namespace halvo::sim {
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    const int kept = errno;
-    if (value_ >= 0) ::close(value_);
-    errno = kept;
-  }
-  [[nodiscard]] int get() const { return value_; }
-  [[nodiscard]] bool valid() const { return value_ >= 0; }
-
- private:
-  int value_;
-};
 
 bool failWith(int error) {
   errno = error;
@@ -64,6 +49,36 @@ bool copyContent(int from, int to) {
   }
 }
 
+// Attributes that the target's file system does not take are left out.
+void copyAttributes(int from, int to) {
+  const ssize_t listSize = ::flistxattr(from, nullptr, 0);
+  if (listSize <= 0) return;
+  std::string names(static_cast<std::size_t>(listSize), '\0');
+  const ssize_t used = ::flistxattr(from, names.data(), names.size());
+  if (used <= 0) return;
+  for (const char* name = names.data(); name < names.data() + used; name += std::strlen(name) + 1) {
+    const ssize_t size = ::fgetxattr(from, name, nullptr, 0);
+    if (size < 0) continue;
+    std::vector<char> value(static_cast<std::size_t>(size));
+    const ssize_t length = ::fgetxattr(from, name, value.data(), value.size());
+    if (length >= 0) static_cast<void>(::fsetxattr(to, name, value.data(), static_cast<std::size_t>(length), 0));
+  }
+}
+
+std::array<timespec, 2> timesOf(const struct stat& info) { return {info.st_atim, info.st_mtim}; }
+
+// Owner and extended attributes as far as the system permits, the mode, and last the times.
+bool copyMetadata(int from, int to, const struct stat& info) {
+  constexpr mode_t kSetId = S_ISUID | S_ISGID;
+  copyAttributes(from, to);
+  // The owner before the mode: changing it clears the set-id bits. Whoever is not root keeps the copy, which is no
+  // error.
+  static_cast<void>(::fchown(to, info.st_uid, info.st_gid) == 0);
+  // Set-id bits of files do not survive a clone, those of directories do.
+  const mode_t mode = info.st_mode & ALLPERMS & (S_ISDIR(info.st_mode) ? ~mode_t{0} : ~kSetId);
+  return ::fchmod(to, mode) == 0 && ::futimens(to, timesOf(info).data()) == 0;
+}
+
 std::optional<std::vector<std::string>> namesIn(const std::string& directory) {
   std::vector<std::string> names;
   std::error_code error;
@@ -78,25 +93,35 @@ std::optional<std::vector<std::string>> namesIn(const std::string& directory) {
   return names;
 }
 
-// Copies one item, or a tree. Stops at the first failure with errno set and leaves what it made.
+bool copyRegularFile(const std::string& from, const std::string& to) {
+  struct stat info {};
+  // Without waiting: the file may have become a FIFO since it was looked at.
+  const UniqueDescriptor source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW));
+  if (!source.valid() || ::fstat(source.get(), &info) != 0) return false;
+  if (!S_ISREG(info.st_mode)) return failWith(ENOTSUP);
+
+  const mode_t writable = (info.st_mode & ACCESSPERMS) | S_IWUSR;
+  const UniqueDescriptor target(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, writable));
+  return target.valid() && copyContent(source.get(), target.get()) && copyMetadata(source.get(), target.get(), info);
+}
+
+// A link has neither a mode nor attributes of its own.
+bool copyLink(const std::string& from, const std::string& to, const struct stat& info) {
+  std::error_code error;
+  const std::string target = std::filesystem::read_symlink(from, error).string();
+  if (error) return failWith(error.value());
+  if (::symlink(target.c_str(), to.c_str()) != 0) return false;
+  static_cast<void>(::lchown(to.c_str(), info.st_uid, info.st_gid) == 0);
+  return ::utimensat(AT_FDCWD, to.c_str(), timesOf(info).data(), AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+// Copies a tree. Stops at the first failure with errno set and leaves what it made.
 class Copier {
  public:
-  explicit Copier(copyfile_flags_t flags) : flags_(flags) {}
-
-  // The links of a tree come last, when the times of its directories are set already.
+  // The links come last, when the times of the directories are set already.
   bool copy(const std::string& from, const std::string& to) {
     return copyItem(from, to) &&
-           std::ranges::all_of(links_, [this](const Link& link) { return copyLink(link.from, link.to, link.info); });
-  }
-
-  // An existing directory means "copy into it".
-  std::string treeDestination(const std::string& from, const std::string& to) const {
-    struct stat info {};
-    const bool follow = !has(COPYFILE_NOFOLLOW_DST);
-    const int status = follow ? ::stat(to.c_str(), &info) : ::lstat(to.c_str(), &info);
-    if (status != 0 || !S_ISDIR(info.st_mode)) return to;
-    const std::size_t lastUsed = from.find_last_not_of('/');
-    return to + "/" + std::filesystem::path(from.substr(0, lastUsed + 1)).filename().string();
+           std::ranges::all_of(links_, [](const Link& link) { return copyLink(link.from, link.to, link.info); });
   }
 
  private:
@@ -108,83 +133,38 @@ class Copier {
 
   bool copyItem(const std::string& from, const std::string& to) {
     struct stat info {};
-    const bool follow = !has(COPYFILE_NOFOLLOW_SRC);
-    if ((follow ? ::stat(from.c_str(), &info) : ::lstat(from.c_str(), &info)) != 0) return false;
+    if (::lstat(from.c_str(), &info) != 0) return false;
     if (S_ISREG(info.st_mode)) return copyRegularFile(from, to);
-    if (S_ISDIR(info.st_mode)) return has(COPYFILE_RECURSIVE) ? copyTree(from, to, info) : makeDirectory(to, info);
+    if (S_ISDIR(info.st_mode)) return copyDirectory(from, to, info);
     if (!S_ISLNK(info.st_mode)) return failWith(ENOTSUP);
     links_.push_back({from, to, info});
     return true;
   }
 
-  bool has(copyfile_flags_t flag) const { return (flags_ & flag) != 0; }
-  int followSource() const { return has(COPYFILE_NOFOLLOW_SRC) ? O_NOFOLLOW : 0; }
-
-  bool copyRegularFile(const std::string& from, const std::string& to) const {
-    struct stat info {};
-    // Without waiting: the file may have become a FIFO since it was looked at.
-    const Descriptor source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | followSource()));
-    if (!source.valid() || ::fstat(source.get(), &info) != 0) return false;
-    if (!S_ISREG(info.st_mode)) return failWith(ENOTSUP);
-
-    const int exclusive = has(COPYFILE_EXCL) ? O_EXCL : O_TRUNC;
-    const int linkRule = has(COPYFILE_NOFOLLOW_DST) ? O_NOFOLLOW : 0;
-    const mode_t readable = (info.st_mode & ACCESSPERMS) | S_IWUSR;
-    const Descriptor target(::open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | exclusive | linkRule, readable));
-    if (!target.valid()) return false;
-    if (has(COPYFILE_DATA) && !copyContent(source.get(), target.get())) return false;
-    return copyMetadata(source.get(), target.get(), info, flags_);
-  }
-
-  bool copyLink(const std::string& from, const std::string& to, const struct stat& info) const {
-    std::error_code error;
-    const std::string target = std::filesystem::read_symlink(from, error).string();
-    if (error) return failWith(error.value());
-    return ::symlink(target.c_str(), to.c_str()) == 0 && copyLinkMetadata(to.c_str(), info, flags_);
-  }
-
-  bool makeDirectory(const std::string& to, const struct stat& info) const {
-    if (::mkdir(to.c_str(), (info.st_mode & ACCESSPERMS) | S_IRWXU) == 0) return true;
-    const int error = errno;
-    struct stat existing {};
-    const bool merge = error == EEXIST && !has(COPYFILE_EXCL) && ::lstat(to.c_str(), &existing) == 0;
-    return merge && S_ISDIR(existing.st_mode) ? true : failWith(error);
-  }
-
-  bool copyTree(const std::string& from, const std::string& to, const struct stat& info) {
+  bool copyDirectory(const std::string& from, const std::string& to, const struct stat& info) {
     // Read before the target is made: it may lie inside, and would be copied into itself without end.
     const auto names = namesIn(from);
-    if (!names || !makeDirectory(to, info)) return false;
+    if (!names || ::mkdir(to.c_str(), (info.st_mode & ACCESSPERMS) | S_IRWXU) != 0) return false;
     for (const std::string& name : *names) {
       if (!copyItem(from + "/" + name, to + "/" + name)) return false;
     }
     // Last: filling the directory changes its times, and its mode may forbid filling it.
-    const Descriptor source(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const Descriptor target(::open(to.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    return source.valid() && target.valid() && copyMetadata(source.get(), target.get(), info, flags_);
+    const UniqueDescriptor source(::open(from.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const UniqueDescriptor target(::open(to.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return source.valid() && target.valid() && copyMetadata(source.get(), target.get(), info);
   }
 
-  copyfile_flags_t flags_;
   std::vector<Link> links_;
 };
 
-// A clone-style copy is a full, exclusive copy that does not follow its source.
-copyfile_flags_t withImpliedFlags(copyfile_flags_t flags) {
-  if ((flags & COPYFILE_CLONE) == 0) return flags;
-  return flags | COPYFILE_EXCL | COPYFILE_NOFOLLOW_SRC | COPYFILE_STAT | COPYFILE_XATTR | COPYFILE_DATA;
-}
-
-int copyWithFlags(const std::string& from, const std::string& to, copyfile_flags_t given) {
-  constexpr copyfile_flags_t kUnsupported =
-      COPYFILE_MOVE | COPYFILE_UNLINK | COPYFILE_CHECK | COPYFILE_PACK | COPYFILE_UNPACK | COPYFILE_CLONE_FORCE;
-  const copyfile_flags_t flags = withImpliedFlags(given);
-  const bool recursive = (flags & COPYFILE_RECURSIVE) != 0;
-  // A tree is only ever copied as it is: following links out of it is not simulated.
-  if ((flags & kUnsupported) != 0 || (recursive && (flags & COPYFILE_NOFOLLOW_SRC) == 0)) {
-    return resultOf(failWith(EINVAL));
-  }
-  Copier copier(flags);
-  return resultOf(copier.copy(from, recursive ? copier.treeDestination(from, to) : to));
+// An existing directory means "copy into it".
+std::string destination(const std::string& from, const std::string& to, copyfile_flags_t flags) {
+  struct stat info {};
+  const bool follow = (flags & COPYFILE_NOFOLLOW_DST) == 0;
+  const int status = follow ? ::stat(to.c_str(), &info) : ::lstat(to.c_str(), &info);
+  if (status != 0 || !S_ISDIR(info.st_mode)) return to;
+  const std::size_t lastUsed = from.find_last_not_of('/');
+  return to + "/" + std::filesystem::path(from.substr(0, lastUsed + 1)).filename().string();
 }
 
 std::string describe(const char* from, const char* to, copyfile_flags_t flags) {
@@ -198,9 +178,12 @@ std::string describe(const char* from, const char* to, copyfile_flags_t flags) {
 
 extern "C" int copyfile(const char* from, const char* to, copyfile_state_t, copyfile_flags_t flags) {
   using namespace halvo::sim;
+  constexpr copyfile_flags_t kNeeded = COPYFILE_RECURSIVE | COPYFILE_CLONE;
+  constexpr copyfile_flags_t kKnown = kNeeded | COPYFILE_ALL | COPYFILE_EXCL | COPYFILE_NOFOLLOW;
   if (from == nullptr || to == nullptr) return resultOf(failWith(EINVAL));
   if (const auto scripted = observe("copyfile", [&] { return describe(from, to, flags); })) {
     return resultOf(scripted->status == 0 || failWith(scripted->status));
   }
-  return copyWithFlags(from, to, flags);
+  if ((flags & kNeeded) != kNeeded || (flags & ~kKnown) != 0) return resultOf(failWith(EINVAL));
+  return resultOf(Copier().copy(from, destination(from, to, flags)));
 }

@@ -17,13 +17,23 @@ void releaseItem(const CallBacks& callBacks, const void* item) {
   if (callBacks.release != nullptr) callBacks.release(nullptr, item);
 }
 
-template <typename CallBacks>
-bool same(const CallBacks& callBacks, const void* left, const void* right) {
+bool same(const CFDictionaryKeyCallBacks& callBacks, const void* left, const void* right) {
   return left == right || (callBacks.equal != nullptr && callBacks.equal(left, right) != 0);
 }
 
-const void* retainObject(CFAllocatorRef, const void* value) { return CFRetain(value); }
+const halvo::sim::CFObject& itemOf(const void* value) {
+  if (value == nullptr) abortWithReason("a dictionary was given a null key or value");
+  return halvo::sim::objectOf(value);
+}
+
+const void* retainObject(CFAllocatorRef, const void* value) {
+  itemOf(value).retain();
+  return value;
+}
 void releaseObject(CFAllocatorRef, const void* value) { CFRelease(value); }
+Boolean equalObjects(const void* left, const void* right) {
+  return itemOf(left).type() == itemOf(right).type() && itemOf(left).equals(itemOf(right)) ? 1 : 0;
+}
 
 const __CFDictionary& dictionaryOf(CFDictionaryRef reference) {
   const auto* dictionary = halvo::sim::objectAs<__CFDictionary>(reference, halvo::sim::kDictionaryType);
@@ -45,14 +55,6 @@ __CFDictionary::~__CFDictionary() {
     releaseItem(keyCallBacks, key);
     releaseItem(valueCallBacks, value);
   }
-}
-
-bool __CFDictionary::equals(const CFObject& other) const {
-  const auto& right = static_cast<const __CFDictionary&>(other);
-  return entries.size() == right.entries.size() && std::ranges::all_of(entries, [&](const auto& entry) {
-           const auto* value = right.find(entry.first);
-           return value != nullptr && same(valueCallBacks, entry.second, *value);
-         });
 }
 
 void __CFDictionary::set(const void* key, const void* value) {
@@ -77,10 +79,9 @@ const void* const* __CFDictionary::find(const void* key) const {
 extern "C" {
 
 const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks = {0,       retainObject, releaseObject,
-                                                                nullptr, CFEqual,      nullptr};
-const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObject, releaseObject, nullptr, CFEqual};
-
-CFTypeID CFDictionaryGetTypeID(void) { return halvo::sim::kDictionaryType; }
+                                                                nullptr, equalObjects, nullptr};
+const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks = {0, retainObject, releaseObject, nullptr,
+                                                                    equalObjects};
 
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void** keys, const void** values, CFIndex numValues,
                                    const CFDictionaryKeyCallBacks* keyCallBacks,
@@ -108,17 +109,6 @@ void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key, const
 
 CFIndex CFDictionaryGetCount(CFDictionaryRef theDict) {
   return static_cast<CFIndex>(dictionaryOf(theDict).entries.size());
-}
-
-const void* CFDictionaryGetValue(CFDictionaryRef theDict, const void* key) {
-  const auto* value = dictionaryOf(theDict).find(key);
-  return value == nullptr ? nullptr : *value;
-}
-
-Boolean CFDictionaryGetValueIfPresent(CFDictionaryRef theDict, const void* key, const void** value) {
-  const auto* found = dictionaryOf(theDict).find(key);
-  if (found != nullptr && value != nullptr) *value = *found;
-  return found != nullptr ? 1 : 0;
 }
 
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void** keys, const void** values) {

@@ -45,21 +45,9 @@ CFTypeID CFGetTypeID(CFTypeRef cf) {
   return objectOf(cf).type();
 }
 
-CFTypeRef CFRetain(CFTypeRef cf) {
-  if (cf == nullptr) abortWithReason("CFRetain was given a null reference");
-  objectOf(cf).retain();
-  return cf;
-}
-
 void CFRelease(CFTypeRef cf) {
   if (cf == nullptr) abortWithReason("CFRelease was given a null reference");
   objectOf(cf).release();
-}
-
-Boolean CFEqual(CFTypeRef cf1, CFTypeRef cf2) {
-  if (cf1 == nullptr || cf2 == nullptr) abortWithReason("CFEqual was given a null reference");
-  if (cf1 == cf2) return 1;
-  return objectOf(cf1).type() == objectOf(cf2).type() && objectOf(cf1).equals(objectOf(cf2)) ? 1 : 0;
 }
 
 }  // extern "C"

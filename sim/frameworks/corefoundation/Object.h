@@ -2,7 +2,7 @@
 // derive from it, and an object's address is that of its base.
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CoreFoundation.h>
 
 #include <atomic>
 #include <cstdint>
@@ -22,6 +22,7 @@ class CFObject {
   void retain() const;
   // Destroys the object with the last reference.
   void release() const;
+  // By value, for what may be a key.
   virtual bool equals(const CFObject& other) const { return this == &other; }
 
  protected:

@@ -1,13 +1,68 @@
+#include <utf8.h>
+
 #include <cstring>
-#include <map>
-#include <mutex>
+#include <iterator>
 
 #include "sim/frameworks/corefoundation/Types.h"
-#include "sim/frameworks/corefoundation/Unicode.h"
 #include "sim/frameworks/testing/Instrumentation.h"
 
 using halvo::sim::abortWithReason;
 using halvo::sim::observe;
+
+namespace {
+
+// Nothing when `text` is not well-formed UTF-8: overlong forms, surrogates and values past U+10FFFF are refused.
+std::optional<std::u16string> utf16FromUTF8(std::string_view text) {
+  if (!utf8::is_valid(text.begin(), text.end())) return std::nullopt;
+  std::u16string units;
+  utf8::utf8to16(text.begin(), text.end(), std::back_inserter(units));
+  return units;
+}
+
+bool isHighSurrogate(char16_t unit) { return (unit & 0xFC00U) == 0xD800U; }
+bool isLowSurrogate(char16_t unit) { return (unit & 0xFC00U) == 0xDC00U; }
+
+// How many units the character at the front of `text` has; 0 for half a pair that stands alone.
+std::size_t unitsOfCharacter(std::u16string_view text) {
+  if (isLowSurrogate(text.front())) return 0;
+  if (!isHighSurrogate(text.front())) return 1;
+  return text.size() > 1 && isLowSurrogate(text[1]) ? 2 : 0;
+}
+
+struct ConvertedText {
+  std::string utf8;
+  std::size_t unitsConverted = 0;
+};
+
+// Converts up to the first half of a pair that stands alone, unless there is a byte to put in its place, and as much as
+// fits into `maximumBytes`.
+ConvertedText utf8FromUTF16(std::u16string_view text, std::size_t maximumBytes = std::string::npos, char lossByte = 0) {
+  ConvertedText result;
+  while (!text.empty()) {
+    const std::size_t units = unitsOfCharacter(text);
+    if (units == 0 && lossByte == 0) break;
+    std::string bytes;
+    if (units == 0) {
+      bytes = lossByte;
+    } else {
+      utf8::utf16to8(text.begin(), text.begin() + units, std::back_inserter(bytes));
+    }
+    if (bytes.size() > maximumBytes - result.utf8.size()) break;
+    const std::size_t taken = units == 0 ? 1 : units;
+    result.utf8 += bytes;
+    result.unitsConverted += taken;
+    text.remove_prefix(taken);
+  }
+  return result;
+}
+
+const __CFString& stringOf(CFStringRef reference) {
+  const auto* string = halvo::sim::objectAs<__CFString>(reference, halvo::sim::kStringType);
+  if (string == nullptr) abortWithReason("a string function was given something that is not a string");
+  return *string;
+}
+
+}  // namespace
 
 bool __CFString::equals(const CFObject& other) const { return text == static_cast<const __CFString&>(other).text; }
 
@@ -25,24 +80,9 @@ CFStringRef createString(std::string_view text) {
 
 }  // namespace halvo::sim
 
-namespace {
-
-const __CFString& stringOf(CFStringRef reference) {
-  const auto* string = halvo::sim::objectAs<__CFString>(reference, halvo::sim::kStringType);
-  if (string == nullptr) abortWithReason("a string function was given something that is not a string");
-  return *string;
-}
-
-}  // namespace
-
 extern "C" {
 
 CFTypeID CFStringGetTypeID(void) { return halvo::sim::kStringType; }
-
-CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* cStr, CFStringEncoding encoding) {
-  if (observe("CFStringCreateWithCString")) return nullptr;
-  return encoding == kCFStringEncodingUTF8 ? halvo::sim::createString(cStr) : nullptr;
-}
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex numBytes, CFStringEncoding encoding,
                                     Boolean isExternalRepresentation) {
@@ -62,15 +102,6 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* chars, C
 
 CFIndex CFStringGetLength(CFStringRef theString) { return static_cast<CFIndex>(stringOf(theString).text.size()); }
 
-Boolean CFStringGetCString(CFStringRef theString, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
-  const __CFString& string = stringOf(theString);
-  const auto converted = halvo::sim::utf8FromUTF16(string.text);
-  if (encoding != kCFStringEncodingUTF8 || converted.unitsConverted != string.text.size()) return 0;
-  if (static_cast<CFIndex>(converted.utf8.size()) >= bufferSize) return 0;
-  std::memcpy(buffer, converted.utf8.c_str(), converted.utf8.size() + 1);
-  return 1;
-}
-
 CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding encoding, UInt8 lossByte, Boolean,
                          UInt8* buffer, CFIndex maxBufLen, CFIndex* usedBufLen) {
   const __CFString& string = stringOf(theString);
@@ -82,27 +113,10 @@ CFIndex CFStringGetBytes(CFStringRef theString, CFRange range, CFStringEncoding 
   const auto part = std::u16string_view(string.text)
                         .substr(static_cast<std::size_t>(range.location), static_cast<std::size_t>(range.length));
   const std::size_t room = buffer == nullptr ? std::string::npos : static_cast<std::size_t>(maxBufLen);
-  const auto converted = halvo::sim::utf8FromUTF16(part, room, static_cast<char>(lossByte));
+  const auto converted = utf8FromUTF16(part, room, static_cast<char>(lossByte));
   if (buffer != nullptr) std::memcpy(buffer, converted.utf8.data(), converted.utf8.size());
   if (usedBufLen != nullptr) *usedBufLen = static_cast<CFIndex>(converted.utf8.size());
   return static_cast<CFIndex>(converted.unitsConverted);
-}
-
-CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding) {
-  constexpr CFIndex kBytesPerUnit = 3;
-  return encoding == kCFStringEncodingUTF8 ? length * kBytesPerUnit : -1;
-}
-
-CFStringRef __CFStringMakeConstantString(const char* cStr) {
-  // Neither the table nor its strings are ever destroyed: threads may still use them while the process exits.
-  static auto& strings = *new std::map<std::string, CFStringRef, std::less<>>;
-  static auto& mutex = *new std::mutex;
-  const std::lock_guard lock(mutex);
-  const auto found = strings.find(std::string_view(cStr));
-  if (found != strings.end()) return found->second;
-  const auto units = halvo::sim::utf16FromUTF8(cStr);
-  if (!units) abortWithReason("CFSTR was given text that is not UTF-8");
-  return strings.emplace(cStr, new __CFString(units->c_str())).first->second;
 }
 
 }  // extern "C"

@@ -1,8 +1,6 @@
 // The objects behind the opaque references of the CoreFoundation headers.
 #pragma once
 
-#include <CoreFoundation/CoreFoundation.h>
-
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,7 +40,6 @@ struct __CFString : halvo::sim::CFObject {
 
 struct __CFData : halvo::sim::CFObject {
   explicit __CFData(std::vector<UInt8> content) : CFObject(halvo::sim::kDataType), bytes(std::move(content)) {}
-  bool equals(const CFObject& other) const override;
   std::vector<UInt8> bytes;
 };
 
@@ -52,10 +49,7 @@ struct __CFBoolean : halvo::sim::CFObject {
 };
 
 struct __CFNumber : halvo::sim::CFObject {
-  __CFNumber(CFNumberType kind, std::variant<std::int64_t, double> content)
-      : CFObject(halvo::sim::kNumberType), numberType(kind), value(content) {}
-  bool equals(const CFObject& other) const override;
-  CFNumberType numberType;
+  explicit __CFNumber(std::variant<std::int64_t, double> content) : CFObject(halvo::sim::kNumberType), value(content) {}
   std::variant<std::int64_t, double> value;
 };
 
@@ -63,7 +57,6 @@ struct __CFNumber : halvo::sim::CFObject {
 struct __CFDictionary : halvo::sim::CFObject {
   __CFDictionary(const CFDictionaryKeyCallBacks* forKeys, const CFDictionaryValueCallBacks* forValues, bool canChange);
   ~__CFDictionary() override;
-  bool equals(const CFObject& other) const override;
   // Adds or replaces.
   void set(const void* key, const void* value);
   // The place of the value; null when the key is absent.

@@ -1,14 +1,11 @@
 #include <dispatch/dispatch.h>
+#include <pthread.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <memory>
 #include <thread>
 
 #include "sim/frameworks/corefoundation/Object.h"
-#include "sim/frameworks/dispatch/Clock.h"
 #include "sim/frameworks/dispatch/MainQueue.h"
-#include "sim/frameworks/dispatch/MainThread.h"
 
 using namespace halvo::sim;
 
@@ -16,42 +13,58 @@ struct dispatch_source_type_s {};
 
 namespace {
 
-struct Source : dispatch_source_s {
-  std::atomic<int> references{1};
-  std::atomic<void*> context{nullptr};
-  const std::shared_ptr<TimerState> timer = std::make_shared<TimerState>();
-};
+bool mainThreadSleepsInstead = false;
 
-std::atomic<void*> mainQueueContext{nullptr};
+[[noreturn]] void sleepForever(void* /*unused*/ = nullptr) {
+  for (;;) ::pause();
+}
 
-// The main queue is the only object that is not a source.
-Source* sourceOf(dispatch_object_t object) {
+// What is left of the main thread sleeps, so that the process keeps its first thread and all that is looked up by it.
+[[noreturn]] void endMainThread() {
+  if (mainThreadSleepsInstead) sleepForever();
+  // Called when the unwinding is over.
+  static pthread_key_t key{};
+  pthread_key_create(&key, sleepForever);
+  pthread_setspecific(key, &key);
+  pthread_exit(nullptr);
+}
+
+Timer& timerOf(dispatch_object_t object) {
   if (object == nullptr) abortWithReason("a dispatch function was given a null object");
-  return object == &_dispatch_main_q ? nullptr : static_cast<Source*>(static_cast<dispatch_source_s*>(object));
+  if (object == &_dispatch_main_q) abortWithReason("only timers have a context or wait to be activated here");
+  return *static_cast<Timer*>(static_cast<dispatch_source_s*>(object));
 }
 
 void requireMainQueue(dispatch_queue_t queue) {
   if (queue != &_dispatch_main_q) abortWithReason("only the main queue exists here");
 }
 
-void cancel(TimerState& timer) { timer.cancelled = true; }
-
 }  // namespace
+
+void halvo::sim::letMainThreadSleepInstead() { mainThreadSleepsInstead = true; }
 
 extern "C" {
 
 struct dispatch_queue_main_s _dispatch_main_q;
 const struct dispatch_source_type_s _dispatch_source_type_timer {};
 
-void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work) {
-  requireMainQueue(queue);
-  MainQueue::instance().add({work, context});
+dispatch_time_t dispatch_time(dispatch_time_t when, int64_t delta) {
+  if (when == DISPATCH_TIME_FOREVER) return when;
+  const dispatch_time_t base = when == DISPATCH_TIME_NOW ? uptimeNanoseconds() : when;
+  if (delta >= 0) {
+    const auto ahead = static_cast<dispatch_time_t>(delta);
+    return ahead > DISPATCH_TIME_FOREVER - base ? DISPATCH_TIME_FOREVER : base + ahead;
+  }
+  // Negating the smallest number would overflow, subtracting it as an unsigned one does not. Before the clock began is
+  // its first moment: 0 would mean now.
+  const dispatch_time_t back = dispatch_time_t{0} - static_cast<dispatch_time_t>(delta);
+  return back < base ? base - back : 1;
 }
 
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work) {
   requireMainQueue(queue);
   if (when == DISPATCH_TIME_FOREVER) return;
-  if (when <= uptimeNanoseconds()) return MainQueue::instance().add({work, context});
+  if (when <= uptimeNanoseconds()) return MainQueue::instance().add(Callout{work, context});
   MainQueue::instance().addAt(when, {work, context});
 }
 
@@ -64,67 +77,25 @@ void dispatch_main(void) {
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t, uintptr_t, dispatch_queue_t queue) {
   if (type != DISPATCH_SOURCE_TYPE_TIMER) abortWithReason("only timer sources exist here");
   requireMainQueue(queue);
-  auto* source = new Source;
-  source->timer->source = source;
-  return source;
+  return new Timer;
 }
 
 void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, uint64_t interval, uint64_t) {
   const dispatch_time_t first = start == DISPATCH_TIME_NOW ? uptimeNanoseconds() : start;
-  MainQueue::instance().changeTimer(sourceOf(source)->timer, [&](TimerState& timer) {
+  MainQueue::instance().changeTimer(timerOf(source), [&](Timer& timer) {
     timer.next = first;
     timer.interval = interval == 0 ? 1 : interval;
   });
 }
 
 void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_function_t handler) {
-  void* const context = sourceOf(source)->context;
-  MainQueue::instance().changeTimer(sourceOf(source)->timer, [&](TimerState& timer) {
-    timer.handler = {handler, context};
-  });
-}
-
-void dispatch_source_cancel(dispatch_source_t source) {
-  MainQueue::instance().changeTimer(sourceOf(source)->timer, cancel);
+  MainQueue::instance().changeTimer(timerOf(source), [=](Timer& timer) { timer.handler = {handler, timer.context}; });
 }
 
 void dispatch_set_context(dispatch_object_t object, void* context) {
-  Source* source = sourceOf(object);
-  (source == nullptr ? mainQueueContext : source->context) = context;
+  MainQueue::instance().changeTimer(timerOf(object), [=](Timer& timer) { timer.context = context; });
 }
 
-void* dispatch_get_context(dispatch_object_t object) {
-  Source* source = sourceOf(object);
-  return source == nullptr ? mainQueueContext : source->context;
-}
-
-void dispatch_activate(dispatch_object_t object) {
-  Source* source = sourceOf(object);
-  if (source == nullptr) return;
-  MainQueue::instance().changeTimer(source->timer, [](TimerState& timer) { timer.activated = true; });
-}
-
-void dispatch_resume(dispatch_object_t object) {
-  Source* source = sourceOf(object);
-  if (source == nullptr) abortWithReason("dispatch_resume was given an object that is not suspended");
-  MainQueue::instance().changeTimer(source->timer, [](TimerState& timer) {
-    if (timer.activated) abortWithReason("dispatch_resume was given an object that is not suspended");
-    timer.activated = true;
-  });
-}
-
-void dispatch_retain(dispatch_object_t object) {
-  if (Source* source = sourceOf(object)) source->references.fetch_add(1);
-}
-
-void dispatch_release(dispatch_object_t object) {
-  Source* source = sourceOf(object);
-  if (source == nullptr || source->references.fetch_sub(1) != 1) return;
-  MainQueue::instance().changeTimer(source->timer, [](TimerState& timer) {
-    if (!timer.activated) abortWithReason("dispatch_release was given a source that was never activated");
-    cancel(timer);
-  });
-  delete source;
-}
+void dispatch_activate(dispatch_object_t object) { MainQueue::instance().add(timerOf(object)); }
 
 }  // extern "C"

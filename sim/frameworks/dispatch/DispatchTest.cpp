@@ -8,9 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "HalvoHelper/testing/TemporaryDirectory.h"
-#include "sim/frameworks/dispatch/Clock.h"
-#include "sim/support/MachinePaths.h"
+#include "sim/frameworks/dispatch/MainQueue.h"
 #include "sim/support/SimClock.h"
 
 namespace halvo::sim {
@@ -23,10 +21,11 @@ void printContext(void* context) { print(static_cast<const char*>(context)); }
 void leave(void*) { std::exit(0); }
 void* text(const char* literal) { return const_cast<char*>(literal); }
 
-void add(const char* literal) { dispatch_async_f(dispatch_get_main_queue(), text(literal), printContext); }
 void addAt(dispatch_time_t when, void* context, dispatch_function_t work) {
   dispatch_after_f(when, dispatch_get_main_queue(), context, work);
 }
+void addNow(void* context, dispatch_function_t work) { addAt(DISPATCH_TIME_NOW, context, work); }
+void add(const char* literal) { addNow(text(literal), printContext); }
 void addAfter(std::int64_t milliseconds, void* context, dispatch_function_t work) {
   addAt(dispatch_time(DISPATCH_TIME_NOW, milliseconds * kMillisecond), context, work);
 }
@@ -67,7 +66,7 @@ TEST_F(MainQueueTest, ItemsRunInTheOrderInWhichTheyWereAdded) {
     add("one ");
     add("two ");
     add("three");
-    dispatch_async_f(dispatch_get_main_queue(), nullptr, leave);
+    addNow(nullptr, leave);
   };
 
   EXPECT_QUEUE(setUp, "^one two three$");
@@ -77,10 +76,10 @@ TEST_F(MainQueueTest, AnItemIsFinishedBeforeTheNextBegins) {
   const auto setUp = [] {
     const auto nested = [](void*) {
       add("inner");
-      dispatch_async_f(dispatch_get_main_queue(), nullptr, leave);
+      addNow(nullptr, leave);
       print("outer-done ");
     };
-    dispatch_async_f(dispatch_get_main_queue(), nullptr, nested);
+    addNow(nullptr, nested);
   };
 
   EXPECT_QUEUE(setUp, "^outer-done inner$");
@@ -95,7 +94,7 @@ TEST_F(MainQueueTest, AnotherThreadWakesAQueueThatWaits) {
     // Runs once the queue has had nothing to do for a while.
     std::thread([] {
       ::usleep(20'000);
-      dispatch_async_f(dispatch_get_main_queue(), nullptr, leave);
+      addNow(nullptr, leave);
     }).detach();
   };
 
@@ -133,31 +132,6 @@ TEST_F(MainQueueTest, ATimerThatWasNeverActivatedDoesNotRun) {
     static const dispatch_source_t kept = makeTimer(1, text("ran"), printContext);
     if (kept == nullptr) std::_Exit(2);
     addAfter(20, nullptr, leave);
-  };
-
-  EXPECT_QUEUE(setUp, "^$");
-}
-
-TEST_F(MainQueueTest, ACancelledTimerDoesNotRun) {
-  const auto setUp = [] {
-    dispatch_source_t timer = makeTimer(5, text("ran"), printContext);
-    dispatch_resume(timer);
-    dispatch_source_cancel(timer);
-    dispatch_release(timer);
-    addAfter(30, nullptr, leave);
-  };
-
-  EXPECT_QUEUE(setUp, "^$");
-}
-
-TEST_F(MainQueueTest, AReleasedTimerDoesNotRun) {
-  const auto setUp = [] {
-    dispatch_source_t timer = makeTimer(5, text("ran"), printContext);
-    dispatch_activate(timer);
-    dispatch_retain(timer);
-    dispatch_release(timer);
-    dispatch_release(timer);
-    addAfter(30, nullptr, leave);
   };
 
   EXPECT_QUEUE(setUp, "^$");
@@ -210,24 +184,60 @@ TEST_F(MainQueueTest, AFastClockShortensTheWait) {
 }
 
 TEST_F(MainQueueTest, MisuseEndsTheProcess) {
-  const auto resumeTwice = [] {
-    dispatch_source_t timer = makeTimer(5, nullptr, printContext);
-    dispatch_activate(timer);
-    dispatch_activate(timer);
-    dispatch_resume(timer);
-  };
   const auto runOnAnotherThread = [] { std::thread([] { dispatch_main(); }).join(); };
   const auto runTwice = [] {
-    dispatch_async_f(dispatch_get_main_queue(), nullptr, [](void*) { dispatch_main(); });
+    addNow(nullptr, [](void*) { dispatch_main(); });
     dispatch_main();
   };
 
-  EXPECT_DEATH(resumeTwice(), "not suspended");
-  EXPECT_DEATH(dispatch_resume(dispatch_get_main_queue()), "not suspended");
-  EXPECT_DEATH(dispatch_release(makeTimer(5, nullptr, printContext)), "never activated");
   EXPECT_DEATH(runOnAnotherThread(), "another thread");
   EXPECT_DEATH(runTwice(), "another thread");
 }
+
+TEST(DispatchTimeTest, MovesFromTheGivenMomentAndStaysInRange) {
+  EXPECT_EQ(dispatch_time(1000, 5), 1005U);
+  EXPECT_EQ(dispatch_time(1000, -5), 995U);
+  EXPECT_EQ(dispatch_time(1000, -5000), 1U);
+  EXPECT_EQ(dispatch_time(1000, INT64_MIN), 1U);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER - 5, 100), DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER, -100), DISPATCH_TIME_FOREVER);
+}
+
+TEST(DispatchTimeTest, NowIsTheUptime) {
+  const dispatch_time_t before = uptimeNanoseconds();
+
+  const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
+
+  EXPECT_GE(now, before);
+  EXPECT_LE(now, uptimeNanoseconds());
+}
+
+struct GridRow {
+  const char* name;
+  dispatch_time_t due;
+  std::uint64_t interval;
+  dispatch_time_t now;
+  dispatch_time_t next;
+};
+
+class TimerGrid : public testing::TestWithParam<GridRow> {};
+
+TEST_P(TimerGrid, GivesTheFirstPointAfterNow) {
+  const auto& [name, due, interval, now, next] = GetParam();
+
+  EXPECT_EQ(nextGridPoint(due, interval, now), next);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TimerGrid,
+                         testing::Values(GridRow{"OnTime", 100, 15, 100, 115},
+                                         GridRow{"ALittleLate", 100, 15, 114, 115},
+                                         GridRow{"APeriodLate", 100, 15, 115, 130},
+                                         GridRow{"ManyPeriodsLate", 100, 15, 1000, 1015},
+                                         GridRow{"OneShot", 100, DISPATCH_TIME_FOREVER, 100, DISPATCH_TIME_FOREVER},
+                                         GridRow{"Never", DISPATCH_TIME_FOREVER, 15, 100, DISPATCH_TIME_FOREVER},
+                                         GridRow{"BeyondTheClock", DISPATCH_TIME_FOREVER - 5, 15,
+                                                 DISPATCH_TIME_FOREVER - 3, DISPATCH_TIME_FOREVER}),
+                         [](const auto& row) { return row.param.name; });
 
 }  // namespace
 }  // namespace halvo::sim

@@ -1,14 +1,39 @@
 #include "sim/frameworks/dispatch/MainQueue.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
-#include <optional>
+#include <ctime>
 #include <thread>
 #include <utility>
 
-#include "sim/frameworks/dispatch/Clock.h"
+#include "sim/support/SimClock.h"
 
 namespace halvo::sim {
+namespace {
+
+// The moment of the real monotonic clock at which the simulated uptime reaches `when`.
+timespec realMoment(dispatch_time_t when) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  // No machine runs this long; adding it to a clock cannot overflow.
+  constexpr std::chrono::nanoseconds kLongestWait = std::chrono::hours(24 * 365 * 100);
+  const dispatch_time_t now = uptimeNanoseconds();
+  const auto ahead = std::min<dispatch_time_t>(when - std::min(when, now), INT64_MAX);
+  const auto wait = std::min(realDuration(std::chrono::nanoseconds(ahead)), kLongestWait);
+  timespec moment{};
+  ::clock_gettime(CLOCK_MONOTONIC, &moment);
+  const std::int64_t nanoseconds = moment.tv_nsec + wait.count();
+  moment.tv_sec += static_cast<time_t>(nanoseconds / kSecond);
+  moment.tv_nsec = static_cast<long>(nanoseconds % kSecond);
+  return moment;
+}
+
+}  // namespace
+
+dispatch_time_t uptimeNanoseconds() {
+  constexpr double kNanosecondsPerSecond = 1e9;
+  return static_cast<dispatch_time_t>(uptimeSeconds() * kNanosecondsPerSecond);
+}
 
 dispatch_time_t nextGridPoint(dispatch_time_t due, std::uint64_t interval, dispatch_time_t now) {
   if (interval == DISPATCH_TIME_FOREVER || due == DISPATCH_TIME_FOREVER) return DISPATCH_TIME_FOREVER;
@@ -42,9 +67,10 @@ void MainQueue::addAt(dispatch_time_t when, Callout work) {
   pthread_cond_signal(&changed_);
 }
 
-void MainQueue::noticeTimer(const std::shared_ptr<TimerState>& timer) {
-  std::erase(timers_, timer);
-  if (timer->activated && !timer->cancelled) timers_.push_back(timer);
+void MainQueue::add(Timer& timer) {
+  const std::lock_guard lock(mutex_);
+  std::erase(timers_, &timer);
+  timers_.push_back(&timer);
   pthread_cond_signal(&changed_);
 }
 
@@ -53,7 +79,7 @@ void MainQueue::collectDue(dispatch_time_t now) {
     ready_.emplace_back(delayed_.begin()->second);
     delayed_.erase(delayed_.begin());
   }
-  for (const auto& timer : timers_) {
+  for (Timer* const timer : timers_) {
     if (timer->pending || timer->next > now) continue;
     timer->pending = true;
     ready_.emplace_back(timer);
@@ -62,7 +88,7 @@ void MainQueue::collectDue(dispatch_time_t now) {
 
 dispatch_time_t MainQueue::nextDeadline() const {
   dispatch_time_t deadline = delayed_.empty() ? DISPATCH_TIME_FOREVER : delayed_.begin()->first;
-  for (const auto& timer : timers_) deadline = std::min(deadline, timer->next);
+  for (const Timer* const timer : timers_) deadline = std::min(deadline, timer->next);
   return deadline;
 }
 
@@ -76,13 +102,12 @@ void MainQueue::wait() {
   pthread_cond_timedwait(&changed_, mutex_.native_handle(), &moment);
 }
 
-Callout MainQueue::prepare(const Item& item) const {
+Callout MainQueue::prepare(const Item& item) {
   if (const auto* work = std::get_if<Callout>(&item)) return *work;
-  TimerState& timer = *std::get<std::shared_ptr<TimerState>>(item);
+  Timer& timer = *std::get<Timer*>(item);
   timer.pending = false;
   const dispatch_time_t now = uptimeNanoseconds();
-  // Set anew while it waited for its turn, the timer is not due any more.
-  if (timer.cancelled || timer.next > now) return {};
+  if (timer.next > now) return {};
   // The next deadline is fixed before the handler runs, so that a slow handler does not move the phase.
   timer.next = nextGridPoint(timer.next, timer.interval, now);
   return timer.handler;

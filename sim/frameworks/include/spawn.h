@@ -8,13 +8,9 @@
 typedef void* posix_spawnattr_t;
 typedef void* posix_spawn_file_actions_t;
 
-#define POSIX_SPAWN_RESETIDS 0x0001
 #define POSIX_SPAWN_SETPGROUP 0x0002
 #define POSIX_SPAWN_SETSIGDEF 0x0004
 #define POSIX_SPAWN_SETSIGMASK 0x0008
-#define POSIX_SPAWN_SETEXEC 0x0040
-#define POSIX_SPAWN_START_SUSPENDED 0x0080
-#define POSIX_SPAWN_SETSID 0x0400
 #define POSIX_SPAWN_CLOEXEC_DEFAULT 0x4000
 
 // The C library has functions of the same names for its own types: these must not reach them.
@@ -46,14 +42,10 @@ int posix_spawn_file_actions_destroy(posix_spawn_file_actions_t* actions)
     HALVO_SIM_SYMBOL(posix_spawn_file_actions_destroy);
 int posix_spawn_file_actions_adddup2(posix_spawn_file_actions_t* actions, int fd, int newfd)
     HALVO_SIM_SYMBOL(posix_spawn_file_actions_adddup2);
-int posix_spawn_file_actions_addclose(posix_spawn_file_actions_t* actions, int fd)
-    HALVO_SIM_SYMBOL(posix_spawn_file_actions_addclose);
 int posix_spawn_file_actions_addopen(posix_spawn_file_actions_t* __restrict actions, int fd,
                                      const char* __restrict path, int flags, mode_t mode)
     HALVO_SIM_SYMBOL(posix_spawn_file_actions_addopen);
 int posix_spawn_file_actions_addinherit_np(posix_spawn_file_actions_t* actions, int fd)
     HALVO_SIM_SYMBOL(posix_spawn_file_actions_addinherit_np);
-int posix_spawn_file_actions_addchdir_np(posix_spawn_file_actions_t* actions, const char* path)
-    HALVO_SIM_SYMBOL(posix_spawn_file_actions_addchdir_np);
 
 }  // extern "C"

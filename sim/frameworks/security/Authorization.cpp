@@ -3,42 +3,70 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "sim/frameworks/corefoundation/Object.h"
-#include "sim/frameworks/security/AuthorizationHandle.h"
 #include "sim/frameworks/security/RightEvaluation.h"
+#include "sim/frameworks/security/StateFiles.h"
+#include "sim/frameworks/security/TokenStore.h"
 #include "sim/frameworks/testing/Instrumentation.h"
 
 using namespace halvo::sim;
 
 namespace {
 
-// A set of rights as it is handed to the caller: one allocation that owns its names.
-struct OwnedSet {
-  AuthorizationItemSet set{};  // first, so that its address is the allocation's
-  std::vector<std::string> names;
-  std::vector<AuthorizationItem> items;
+// How many handles this process holds on each authorization it created.
+class OwnedTokens {
+ public:
+  static OwnedTokens& instance() {
+    static OwnedTokens& tokens = *new OwnedTokens;
+    return tokens;
+  }
+
+  void add(const TokenName& name) {
+    const std::lock_guard lock(mutex_);
+    ++handles_[name];
+  }
+
+  // True with the last handle.
+  bool drop(const TokenName& name) {
+    const std::lock_guard lock(mutex_);
+    if (--handles_[name] > 0) return false;
+    handles_.erase(name);
+    return true;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<TokenName, int> handles_;  // guarded by the mutex
 };
 
-AuthorizationItemSet* makeSet(std::vector<std::string> names) {
-  auto owned = std::make_unique<OwnedSet>();
-  owned->names = std::move(names);
-  for (const std::string& name : owned->names) owned->items.push_back({name.c_str(), 0, nullptr, 0});
-  owned->set = {static_cast<UInt32>(owned->items.size()), owned->items.data()};
-  countCreated();
-  return &owned.release()->set;
-}
+}  // namespace
 
-std::vector<std::string> namesOf(const AuthorizationRights* rights) {
-  std::vector<std::string> names;
-  if (rights == nullptr) return names;
-  for (UInt32 i = 0; i < rights->count; ++i) names.emplace_back(rights->items[i].name);
-  return names;
-}
+// This process's handle on a live authorization, which ends with the last handle of the process that created it; other
+// processes drop only their own.
+struct AuthorizationOpaqueRef {
+  AuthorizationOpaqueRef(const TokenName& tokenName, bool isOwner) : name(tokenName), isOwner_(isOwner) {
+    countCreated();
+    if (isOwner_) OwnedTokens::instance().add(name);
+  }
+  AuthorizationOpaqueRef(const AuthorizationOpaqueRef&) = delete;
+  AuthorizationOpaqueRef& operator=(const AuthorizationOpaqueRef&) = delete;
+  ~AuthorizationOpaqueRef() {
+    if (isOwner_ && OwnedTokens::instance().drop(name)) destroyToken(name);
+    countDestroyed();
+  }
+
+  const TokenName name;
+
+ private:
+  const bool isOwner_;
+};
+
+namespace {
 
 std::string describe(const AuthorizationItem& item) {
   if (item.valueLength == 0 && item.value == nullptr && item.flags == 0) return item.name;
@@ -63,42 +91,27 @@ bool isWellFormed(const AuthorizationRights* rights) {
   });
 }
 
-struct Outcome {
-  OSStatus status = errAuthorizationSuccess;
-  std::vector<std::string> granted;
-};
-
-// One right that is not granted fails the call, unless the caller takes what it gets.
-Outcome evaluateAll(const AuthorizationRights& rights, AuthorizationFlags flags, Token& token) {
+// The first right that is not granted fails the call.
+OSStatus evaluateAll(const AuthorizationRights& rights, AuthorizationFlags flags, Token& token) {
   const EvaluationRules rules{.mayInteract = (flags & kAuthorizationFlagInteractionAllowed) != 0,
                               .mayExtend = (flags & kAuthorizationFlagExtendRights) != 0};
-  Outcome outcome;
-  for (const std::string& name : namesOf(&rights)) {
-    const OSStatus status = evaluateRight(name, rules, token);
-    if (status == errAuthorizationSuccess) {
-      outcome.granted.push_back(name);
-    } else if ((flags & kAuthorizationFlagPartialRights) == 0) {
-      outcome.status = status;
-      return outcome;
-    }
+  for (UInt32 i = 0; i < rights.count; ++i) {
+    const OSStatus status = evaluateRight(rights.items[i].name, rules, token);
+    if (status != errAuthorizationSuccess) return status;
   }
-  return outcome;
+  return errAuthorizationSuccess;
 }
 
-OSStatus copyRights(const TokenName& name, const AuthorizationRights* rights, AuthorizationFlags flags,
-                    AuthorizationRights** authorizedRights) {
+OSStatus copyRights(const TokenName& name, const AuthorizationRights* rights, AuthorizationFlags flags) {
   if (!isWellFormed(rights)) return errAuthorizationInvalidSet;
   auto token = readToken(name);
   if (!token) return errAuthorizationInvalidRef;
   const auto before = token->credentials.size();
-  Outcome outcome = evaluateAll(*rights, flags, *token);
+  const OSStatus status = evaluateAll(*rights, flags, *token);
   // A password that was given counts even when another right of the set was refused. A check that changed nothing
   // leaves the file alone.
   if (token->credentials.size() != before && !writeToken(name, *token)) return errAuthorizationInternal;
-  if (outcome.status == errAuthorizationSuccess && authorizedRights != nullptr) {
-    *authorizedRights = makeSet(std::move(outcome.granted));
-  }
-  return outcome.status;
+  return status;
 }
 
 OSStatus create(const AuthorizationRights* rights, AuthorizationFlags flags, AuthorizationRef* authorization) {
@@ -107,7 +120,7 @@ OSStatus create(const AuthorizationRights* rights, AuthorizationFlags flags, Aut
   const auto name = createToken();
   if (!name) return errAuthorizationInternal;
   auto handle = std::make_unique<AuthorizationOpaqueRef>(*name, true);
-  const OSStatus status = rights == nullptr ? errAuthorizationSuccess : copyRights(*name, rights, flags, nullptr);
+  const OSStatus status = rights == nullptr ? errAuthorizationSuccess : copyRights(*name, rights, flags);
   if (status == errAuthorizationSuccess && authorization != nullptr) *authorization = handle.release();
   return status;
 }
@@ -152,7 +165,8 @@ OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const Authoriza
   if (scripted) return scripted->store(authorizedRights);
   if (const auto fault = scriptedFault("copy-rights")) return *fault;
   if (authorization == nullptr) return errAuthorizationInvalidRef;
-  return copyRights(authorization->name, rights, flags, authorizedRights);
+  if (authorizedRights != nullptr) abortWithReason("nothing here frees the set of granted rights: do not ask for it");
+  return copyRights(authorization->name, rights, flags);
 }
 
 OSStatus AuthorizationMakeExternalForm(AuthorizationRef authorization, AuthorizationExternalForm* extForm) {
@@ -172,13 +186,6 @@ OSStatus AuthorizationCreateFromExternalForm(const AuthorizationExternalForm* ex
     return "form=" + (extForm == nullptr ? "null" : hexText(extForm->bytes, sizeof extForm->bytes));
   });
   return perform(scripted, authorization, [&] { return createFromExternalForm(extForm, authorization); });
-}
-
-OSStatus AuthorizationFreeItemSet(AuthorizationItemSet* set) {
-  if (set == nullptr) return errAuthorizationInvalidSet;
-  delete reinterpret_cast<OwnedSet*>(set);
-  countDestroyed();
-  return errAuthorizationSuccess;
 }
 
 }  // extern "C"

@@ -1,13 +1,13 @@
-#include <Security/AuthorizationDB.h>
+#include <Security/Authorization.h>
 
 #include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 
 #include "sim/frameworks/corefoundation/Types.h"
-#include "sim/frameworks/security/AuthorizationHandle.h"
 #include "sim/frameworks/security/JSONObjects.h"
 #include "sim/frameworks/security/RightStore.h"
+#include "sim/frameworks/security/StateFiles.h"
 #include "sim/frameworks/testing/Instrumentation.h"
 
 using namespace halvo::sim;
@@ -68,15 +68,6 @@ OSStatus AuthorizationRightSet(AuthorizationRef authRef, const char* rightName, 
   if (authRef == nullptr) return errAuthorizationInvalidRef;
   if (rightName == nullptr || rightDefinition == nullptr) return errAuthorizationInvalidPointer;
   return setRight(rightName, rightDefinition, descriptionKey);
-}
-
-OSStatus AuthorizationRightRemove(AuthorizationRef authRef, const char* rightName) {
-  const auto scripted = observe("AuthorizationRightRemove", [&] { return describeName(rightName); });
-  if (scripted) return scripted->status;
-  if (const auto fault = scriptedFault("right-remove")) return *fault;
-  if (authRef == nullptr) return errAuthorizationInvalidRef;
-  if (rightName == nullptr) return errAuthorizationInvalidPointer;
-  return removeRight(rightName);
 }
 
 }  // extern "C"

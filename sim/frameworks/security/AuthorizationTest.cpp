@@ -1,5 +1,4 @@
 #include <Security/Security.h>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,7 +7,6 @@
 #include <filesystem>
 
 #include "sim/frameworks/security/AuthorizationTestSupport.h"
-#include "sim/frameworks/testing/FrameworkProbe.h"
 
 namespace halvo::sim {
 namespace {
@@ -82,15 +80,6 @@ TEST_F(AuthorizationTest, NullPointersAndReferencesHaveTheirOwnStatuses) {
   EXPECT_EQ(reference, nullptr);
 }
 
-TEST_F(AuthorizationTest, UnknownFlagsAreIgnored) {
-  constexpr AuthorizationFlags kUnknown = 1U << 20U;
-  AuthorizationRef reference = nullptr;
-
-  EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, kUnknown, &reference), errAuthorizationSuccess);
-  EXPECT_EQ(copyRight(create(), kAsk | kUnknown), errAuthorizationSuccess);
-  EXPECT_EQ(AuthorizationFree(reference, kUnknown), errAuthorizationSuccess);
-}
-
 TEST_F(AuthorizationTest, AnItemWithALengthButNoValueIsRefused) {
   const Handle client = create();
   AuthorizationItem item = {kRight, 1, nullptr, 0};
@@ -105,66 +94,6 @@ TEST_F(AuthorizationTest, WithoutAStateFolderTheDaemonDoesNotAnswer) {
 
   EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, 0, &reference), errAuthorizationInternal);
   EXPECT_EQ(reference, nullptr);
-}
-
-TEST_F(AuthorizationTest, AFaultFileMakesACallFail) {
-  state_.write("faults/authorization", "copy-rights -60008\ncreate-from-external-form -60002\n");
-  const Handle client = create();
-
-  EXPECT_EQ(copyRight(client, kAsk), errAuthorizationInternal);
-  EXPECT_EQ(open(formOf(client)).status, errAuthorizationInvalidRef);
-}
-
-TEST_F(AuthorizationTest, CallsAreRecordedInOrderAndCanBeScripted) {
-  FrameworkProbe probe;
-  probe.failNext("AuthorizationCopyRights", errAuthorizationInternal);
-  Handle client = create();
-
-  EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInternal);
-  EXPECT_EQ(copyRight(client, kExtend), errAuthorizationInteractionNotAllowed);
-  client.reset();
-
-  EXPECT_THAT(probe.calls(),
-              testing::ElementsAre(
-                  "AuthorizationCreate flags=0 rights=", "AuthorizationCopyRights flags=2 rights=com.halvo.test",
-                  "AuthorizationCopyRights flags=2 rights=com.halvo.test", "AuthorizationFree flags=0"));
-}
-
-TEST_F(AuthorizationTest, WhatCallersMayLeaveEmptyIsRecordedWhenTheyDoNot) {
-  const Handle client = create();
-  char value = 'x';
-  AuthorizationItem items[] = {{"com.halvo.plain", 0, nullptr, 0}, {"com.halvo.odd", 1, &value, 4}};
-  const AuthorizationRights rights = {2, items};
-  const AuthorizationEnvironment environment = {0, nullptr};
-  AuthorizationRights* authorized = nullptr;
-  FrameworkProbe probe;
-  probe.failNext("AuthorizationCopyRights", errAuthorizationInternal);
-
-  AuthorizationCopyRights(client.get(), &rights, &environment, 2, &authorized);
-
-  EXPECT_THAT(probe.calls(),
-              testing::ElementsAre("AuthorizationCopyRights flags=2 rights=com.halvo.plain,com.halvo.odd("
-                                   "length=1 value=given flags=4) environment=given authorized=asked"));
-}
-
-TEST_F(AuthorizationTest, AFailureCanBeScriptedThatComesWithAResult) {
-  FrameworkProbe probe;
-  probe.failNextWithResult("AuthorizationCreate", errAuthorizationInternal);
-  AuthorizationRef reference = nullptr;
-
-  EXPECT_EQ(AuthorizationCreate(nullptr, nullptr, 0, &reference), errAuthorizationInternal);
-
-  EXPECT_NE(reference, nullptr);
-  AuthorizationFree(reference, 0);
-}
-
-TEST_F(AuthorizationTest, HandlesAreCounted) {
-  const auto before = FrameworkProbe::liveObjects();
-  Handle client = create();
-
-  EXPECT_EQ(FrameworkProbe::liveObjects(), before + 1);
-  client.reset();
-  EXPECT_EQ(FrameworkProbe::liveObjects(), before);
 }
 
 }  // namespace

@@ -1,10 +1,8 @@
-#include <Security/SecCode.h>
-#include <Security/SecRequirement.h>
+#include <Security/Security.h>
 #include <mach/message.h>
 
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -21,21 +19,17 @@ struct __SecCode : CFObject {
 };
 
 struct __SecRequirement : CFObject {
-  __SecRequirement(std::string source, std::unique_ptr<const Requirement> compiled)
+  __SecRequirement(std::string source, Requirement compiled)
       : CFObject(kRequirementType), text(std::move(source)), requirement(std::move(compiled)) {}
   const std::string text;
-  const std::unique_ptr<const Requirement> requirement;
+  const Requirement requirement;
 };
 
 namespace {
 
 constexpr OSStatus kNoSuchProcess = 100000 + ESRCH;
-constexpr SecCSFlags kValidityFlags = kSecCSConsiderExpiration | kSecCSEnforceRevocationChecks | kSecCSNoNetworkAccess |
-                                      kSecCSReportProgress | kSecCSCheckTrustedAnchors | kSecCSQuickCheck |
-                                      kSecCSApplyEmbeddedPolicy | kSecCSMatchGuestRequirementInKernel;
 
 Constant<__CFString> auditKey(u"audit");
-Constant<__CFString> pidKey(u"pid");
 
 // Answers for the whole dictionary: a status, or the program it names.
 GuestLookup findByAuditToken(CFTypeRef value) {
@@ -46,34 +40,24 @@ GuestLookup findByAuditToken(CFTypeRef value) {
   return findGuest(static_cast<pid_t>(token.val[5]), token.val[7]);
 }
 
-GuestLookup findByProcessNumber(CFTypeRef value) {
-  SInt32 pid = 0;
-  const auto* number = objectAs<__CFNumber>(value, kNumberType);
-  if (number == nullptr || CFNumberGetValue(number, kCFNumberSInt32Type, &pid) == 0) {
-    return {errSecCSInvalidAttributeValues, {}};
-  }
-  return findGuest(pid, std::nullopt);
+const void* valueOf(CFDictionaryRef dictionary, CFStringRef key) {
+  const void* const* value = dictionary == nullptr ? nullptr : dictionary->find(key);
+  return value == nullptr ? nullptr : *value;
 }
 
 GuestLookup findByAttributes(CFDictionaryRef attributes) {
   if (attributes == nullptr || CFDictionaryGetCount(attributes) == 0) return {errSecSuccess, {}};
-  const void* value = nullptr;
-  if (CFDictionaryGetValueIfPresent(attributes, kSecGuestAttributeAudit, &value) != 0) return findByAuditToken(value);
-  if (CFDictionaryGetValueIfPresent(attributes, kSecGuestAttributePid, &value) != 0) return findByProcessNumber(value);
-  return {errSecCSUnsupportedGuestAttributes, {}};
+  const void* token = valueOf(attributes, kSecGuestAttributeAudit);
+  return token == nullptr ? GuestLookup{errSecCSUnsupportedGuestAttributes, {}} : findByAuditToken(token);
 }
 
 std::string describeLookup(SecCodeRef host, CFDictionaryRef attributes, SecCSFlags flags) {
   std::string text = std::string("host=") + (host == nullptr ? "null" : "code") + " flags=" + std::to_string(flags);
-  const void* value = attributes == nullptr ? nullptr : CFDictionaryGetValue(attributes, kSecGuestAttributeAudit);
-  if (const auto* data = objectAs<__CFData>(value, kDataType)) {
-    text += " audit=" + hexText(data->bytes.data(), data->bytes.size());
-  }
-  const void* pid = attributes == nullptr ? nullptr : CFDictionaryGetValue(attributes, kSecGuestAttributePid);
-  return pid == nullptr ? text : text + " pid";
+  const auto* data = objectAs<__CFData>(valueOf(attributes, kSecGuestAttributeAudit), kDataType);
+  return data == nullptr ? text : text + " audit=" + hexText(data->bytes.data(), data->bytes.size());
 }
 
-std::string describeCheck(SecCSFlags flags, SecRequirementRef requirement, const CFErrorRef* errors = nullptr) {
+std::string describeCheck(SecCSFlags flags, SecRequirementRef requirement, const CFErrorRef* errors) {
   const auto* object = objectAs<__SecRequirement>(requirement, kRequirementType);
   return "flags=" + std::to_string(flags) + " requirement=" + (object == nullptr ? "null" : quotedText(object->text)) +
          (errors == nullptr ? "" : " errors=asked");
@@ -90,24 +74,24 @@ OSStatus copyGuest(SecCodeRef host, CFDictionaryRef attributes, SecCSFlags flags
   return found.status;
 }
 
-OSStatus judge(const Guest& guest, const Requirement* requirement) {
+OSStatus judge(const Guest& guest, const Requirement& requirement) {
   if (!guestStillRuns(guest)) return kNoSuchProcess;
   if (guest.process && !guest.signature) return errSecCSUnsigned;
   if (!guest.intact) return errSecCSSignatureFailed;
   if (guest.replaced) return errSecCSStaticCodeChanged;
-  if (requirement == nullptr) return errSecSuccess;
+  if (!requirement) return errSecSuccess;
   // The kernel is valid code, but signed by nobody whom a requirement could name.
-  if (!guest.process || !requirement->isMetBy(*guest.signature)) return errSecCSReqFailed;
+  if (!guest.process || !requirement(*guest.signature)) return errSecCSReqFailed;
   return errSecSuccess;
 }
 
 OSStatus check(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement) {
   if (code == nullptr) return errSecCSObjectRequired;
-  if ((flags & ~kValidityFlags) != 0) return errSecCSInvalidFlags;
+  if (flags != kSecCSDefaultFlags) return errSecCSInvalidFlags;
   const auto* program = objectAs<__SecCode>(code, kCodeType);
   const auto* condition = objectAs<__SecRequirement>(requirement, kRequirementType);
   if (program == nullptr || (requirement != nullptr && condition == nullptr)) return errSecCSInvalidObjectRef;
-  return judge(program->guest, condition == nullptr ? nullptr : condition->requirement.get());
+  return judge(program->guest, condition == nullptr ? Requirement() : condition->requirement);
 }
 
 }  // namespace
@@ -115,10 +99,6 @@ OSStatus check(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement)
 extern "C" {
 
 const CFStringRef kSecGuestAttributeAudit = &auditKey.object;
-const CFStringRef kSecGuestAttributePid = &pidKey.object;
-
-CFTypeID SecCodeGetTypeID(void) { return kCodeType; }
-CFTypeID SecRequirementGetTypeID(void) { return kRequirementType; }
 
 OSStatus SecRequirementCreateWithString(CFStringRef text, SecCSFlags flags, SecRequirementRef* requirement) {
   const auto source = textOf(text);
@@ -129,7 +109,7 @@ OSStatus SecRequirementCreateWithString(CFStringRef text, SecCSFlags flags, SecR
   if (text == nullptr || requirement == nullptr) return errSecCSObjectRequired;
   if (flags != kSecCSDefaultFlags) return errSecCSInvalidFlags;
   if (!source) return errSecCSInvalidObjectRef;
-  auto compiled = compileRequirement(*source);
+  Requirement compiled = compileRequirement(*source);
   if (!compiled) return errSecCSReqInvalid;
   *requirement = new __SecRequirement(*source, std::move(compiled));
   return errSecSuccess;
@@ -140,11 +120,6 @@ OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attribu
   const auto scripted =
       observe("SecCodeCopyGuestWithAttributes", [&] { return describeLookup(host, attributes, flags); });
   return perform(scripted, guest, [&] { return copyGuest(host, attributes, flags, guest); });
-}
-
-OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement) {
-  const auto scripted = observe("SecCodeCheckValidity", [&] { return describeCheck(flags, requirement); });
-  return scripted ? scripted->status : check(code, flags, requirement);
 }
 
 OSStatus SecCodeCheckValidityWithErrors(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement,

@@ -20,6 +20,8 @@
 namespace halvo::sim {
 namespace {
 
+constexpr SecCSFlags kSomeFlag = 1U << 5U;
+
 class CodeSigningTest : public testing::Test {
  protected:
   std::filesystem::path makeProgram(const std::optional<CodeSignature>& signature) {
@@ -37,7 +39,6 @@ TEST_F(CodeSigningTest, ASignedProgramIsFoundByItsTokenAndJudged) {
   const Found found = find(attributesFor(tokenOf(program.pid())).get());
 
   ASSERT_EQ(found.status, errSecSuccess);
-  EXPECT_EQ(CFGetTypeID(found.code.get()), SecCodeGetTypeID());
   EXPECT_EQ(validity(found.code.get()), errSecSuccess);
   EXPECT_EQ(validity(found.code.get(), "identifier \"com.halvo.other\""), errSecCSReqFailed);
 }
@@ -46,19 +47,8 @@ TEST_F(CodeSigningTest, AnUnsignedProgramIsUnsignedWhateverIsRequired) {
   const RunningProgram program(makeProgram(std::nullopt));
   const Found found = find(attributesFor(tokenOf(program.pid())).get());
 
-  EXPECT_EQ(validity(found.code.get(), "!identifier \"x\""), errSecCSUnsigned);
-  EXPECT_EQ(SecCodeCheckValidity(found.code.get(), kSecCSDefaultFlags, nullptr), errSecCSUnsigned);
-}
-
-TEST_F(CodeSigningTest, AProcessNumberIsAnAttributeToo) {
-  const RunningProgram program(makeProgram(kApp));
-  const pid_t pid = program.pid();
-  const Owned<CFNumberRef> number(CFNumberCreate(nullptr, kCFNumberIntType, &pid));
-
-  const Found found = find(attributesWith(kSecGuestAttributePid, number.get()).get());
-
-  ASSERT_EQ(found.status, errSecSuccess);
-  EXPECT_EQ(validity(found.code.get()), errSecSuccess);
+  EXPECT_EQ(validity(found.code.get()), errSecCSUnsigned);
+  EXPECT_EQ(SecCodeCheckValidityWithErrors(found.code.get(), kSecCSDefaultFlags, nullptr, nullptr), errSecCSUnsigned);
 }
 
 TEST_F(CodeSigningTest, AProgramWhoseFileWasRemovedIsNotFound) {
@@ -105,7 +95,7 @@ TEST_F(CodeSigningTest, AScriptCountsAsItsInterpreter) {
   const Found found = find(attributesFor(tokenOf(program.pid())).get());
 
   EXPECT_EQ(validity(found.code.get()), errSecCSReqFailed);
-  EXPECT_EQ(validity(found.code.get(), "anchor apple"), errSecSuccess);
+  EXPECT_EQ(validity(found.code.get(), "identifier \"com.apple.cat\""), errSecSuccess);
 }
 
 TEST_F(CodeSigningTest, AnotherVersionOfTheProcessNumberIsNotFound) {
@@ -153,6 +143,75 @@ TEST_F(CodeSigningTest, AnotherUsersProgramIsReadWithoutTheRightToTraceIt) {
   };
 
   EXPECT_EXIT(judgeWithoutTracing(), testing::ExitedWithCode(0), "");
+}
+
+TEST(GuestAttributesTest, TheZeroTokenBelongsToNobody) {
+  const Found found = find(attributesFor(audit_token_t{}).get());
+
+  EXPECT_EQ(found.status, kNoSuchProcess);
+  EXPECT_EQ(found.code, nullptr);
+}
+
+TEST(GuestAttributesTest, ATokenOfAnotherLengthIsRefused) {
+  EXPECT_EQ(find(attributesFor(tokenOf(::getpid()), 31).get()).status, errSecCSInvalidAttributeValues);
+  EXPECT_EQ(find(attributesFor(tokenOf(::getpid()), 33).get()).status, errSecCSInvalidAttributeValues);
+}
+
+TEST(GuestAttributesTest, AValueOfAnotherTypeIsRefused) {
+  EXPECT_EQ(find(attributesWith(kSecGuestAttributeAudit, kCFBooleanTrue).get()).status, errSecCSInvalidAttributeValues);
+}
+
+TEST(GuestAttributesTest, OtherAttributesAreNotSupported) {
+  EXPECT_EQ(find(attributesWith(makeString("pid").get(), kCFBooleanTrue).get()).status,
+            errSecCSUnsupportedGuestAttributes);
+}
+
+TEST(GuestAttributesTest, NoAttributesFindTheKernelWhichMeetsNoRequirement) {
+  const ScopedCF<CFDictionaryRef> none(CFDictionaryCreate(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
+
+  const Found found = find(none.get());
+
+  ASSERT_EQ(found.status, errSecSuccess);
+  EXPECT_EQ(validity(found.code.get(), "anchor apple generic"), errSecCSReqFailed);
+}
+
+TEST(GuestAttributesTest, FlagsAreRefusedAndTheResultStaysUntouched) {
+  auto* const marker = reinterpret_cast<SecCodeRef>(0x1);
+  SecCodeRef code = marker;
+
+  EXPECT_EQ(SecCodeCopyGuestWithAttributes(nullptr, nullptr, kSomeFlag, &code), errSecCSInvalidFlags);
+  EXPECT_EQ(SecCodeCopyGuestWithAttributes(nullptr, attributesFor({}).get(), 0, &code), kNoSuchProcess);
+  EXPECT_EQ(code, marker);
+}
+
+TEST(GuestAttributesTest, OnlyTheKernelIsAHost) {
+  const Found kernel = find(nullptr);
+  const Found self = find(attributesFor(tokenOf(::getpid())).get());
+  SecCodeRef code = nullptr;
+
+  EXPECT_EQ(SecCodeCopyGuestWithAttributes(self.code.get(), nullptr, 0, &code), errSecCSNotAHost);
+  EXPECT_EQ(SecCodeCopyGuestWithAttributes(kernel.code.get(), nullptr, 0, &code), errSecSuccess);
+  CFRelease(code);
+}
+
+TEST(ValidityTest, NullAndForeignObjectsAreRefused) {
+  const Found self = find(attributesFor(tokenOf(::getpid())).get());
+  auto* const foreign = reinterpret_cast<SecCodeRef>(const_cast<void*>(static_cast<CFTypeRef>(kCFBooleanTrue)));
+
+  EXPECT_EQ(SecCodeCheckValidityWithErrors(nullptr, 0, nullptr, nullptr), errSecCSObjectRequired);
+  EXPECT_EQ(SecCodeCheckValidityWithErrors(foreign, 0, nullptr, nullptr), errSecCSInvalidObjectRef);
+  EXPECT_EQ(SecCodeCheckValidityWithErrors(self.code.get(), kSomeFlag, nullptr, nullptr), errSecCSInvalidFlags);
+}
+
+TEST(RequirementCreationTest, BadTextIsInvalidAndTheResultStaysUntouched) {
+  auto* const marker = reinterpret_cast<SecRequirementRef>(0x1);
+  SecRequirementRef requirement = marker;
+
+  EXPECT_EQ(SecRequirementCreateWithString(makeString("anchor").get(), 0, &requirement), errSecCSReqInvalid);
+  EXPECT_EQ(SecRequirementCreateWithString(makeString("anchor apple generic").get(), kSomeFlag, &requirement),
+            errSecCSInvalidFlags);
+  EXPECT_EQ(SecRequirementCreateWithString(nullptr, 0, &requirement), errSecCSObjectRequired);
+  EXPECT_EQ(requirement, marker);
 }
 
 }  // namespace

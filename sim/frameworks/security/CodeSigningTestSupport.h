@@ -10,7 +10,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "sim/frameworks/testing/Owned.h"
+#include "HalvoHelper/security/ScopedCF.h"
+#include "sim/frameworks/corefoundation/Types.h"
 #include "sim/support/CodeSignature.h"
 #include "sim/support/ProcessIdentity.h"
 
@@ -20,6 +21,8 @@ inline const CodeSignature kApp{"com.halvo.app", "QX4TRM2ZL9", "apple generic"};
 inline constexpr OSStatus kNoSuchFile = 100000 + ENOENT;
 inline constexpr OSStatus kNoSuchProcess = 100000 + ESRCH;
 
+inline ScopedCF<CFStringRef> makeString(const char* text) { return ScopedCF<CFStringRef>(createString(text)); }
+
 inline audit_token_t tokenOf(pid_t pid) {
   audit_token_t token{};
   token.val[5] = static_cast<unsigned>(pid);
@@ -27,36 +30,36 @@ inline audit_token_t tokenOf(pid_t pid) {
   return token;
 }
 
-inline Owned<CFDictionaryRef> attributesWith(CFStringRef key, CFTypeRef value) {
+inline ScopedCF<CFDictionaryRef> attributesWith(CFStringRef key, CFTypeRef value) {
   const void* keys[] = {key};
   const void* values[] = {value};
-  return Owned<CFDictionaryRef>(
+  return ScopedCF<CFDictionaryRef>(
       CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks));
 }
 
-inline Owned<CFDictionaryRef> attributesFor(const audit_token_t& token, CFIndex length = sizeof(audit_token_t)) {
+inline ScopedCF<CFDictionaryRef> attributesFor(const audit_token_t& token, CFIndex length = sizeof(audit_token_t)) {
   std::array<UInt8, 64> bytes{};
   std::memcpy(bytes.data(), &token, sizeof token);
-  const Owned<CFDataRef> data(CFDataCreate(nullptr, bytes.data(), length));
+  const ScopedCF<CFDataRef> data(CFDataCreate(nullptr, bytes.data(), length));
   return attributesWith(kSecGuestAttributeAudit, data.get());
 }
 
 struct Found {
   OSStatus status;
-  Owned<SecCodeRef> code;
+  ScopedCF<SecCodeRef> code;
 };
 
 inline Found find(CFDictionaryRef attributes) {
   SecCodeRef code = nullptr;
   const OSStatus status = SecCodeCopyGuestWithAttributes(nullptr, attributes, kSecCSDefaultFlags, &code);
-  return {status, Owned<SecCodeRef>(code)};
+  return {status, ScopedCF<SecCodeRef>(code)};
 }
 
-inline Owned<SecRequirementRef> compile(const char* text) {
-  const Owned<CFStringRef> source(CFStringCreateWithCString(nullptr, text, kCFStringEncodingUTF8));
+inline ScopedCF<SecRequirementRef> compile(const char* text) {
+  const auto source = makeString(text);
   SecRequirementRef requirement = nullptr;
   EXPECT_EQ(SecRequirementCreateWithString(source.get(), kSecCSDefaultFlags, &requirement), errSecSuccess);
-  return Owned<SecRequirementRef>(requirement);
+  return ScopedCF<SecRequirementRef>(requirement);
 }
 
 inline OSStatus validity(SecCodeRef code, const char* requirement = "identifier \"com.halvo.app\"") {

@@ -1,6 +1,6 @@
 #include "sim/frameworks/security/Guest.h"
 
-#include <Security/CSCommon.h>
+#include <Security/Security.h>
 #include <fcntl.h>
 #include <sys/fsuid.h>
 #include <sys/stat.h>

@@ -1,7 +1,7 @@
 // Finds the program behind a process number, as the code-signing service does.
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CoreFoundation.h>
 #include <sys/types.h>
 
 #include <cstdint>

@@ -46,8 +46,8 @@ OwnedObject objectFrom(const nlohmann::json& json) {
   if (json.is_boolean()) {
     return OwnedObject(json.get<bool>() ? kCFBooleanTrue : kCFBooleanFalse);
   }
-  if (json.is_number_integer()) return OwnedObject(new __CFNumber(kCFNumberSInt64Type, json.get<std::int64_t>()));
-  if (json.is_number_float()) return OwnedObject(new __CFNumber(kCFNumberDoubleType, json.get<double>()));
+  if (json.is_number_integer()) return OwnedObject(new __CFNumber(json.get<std::int64_t>()));
+  if (json.is_number_float()) return OwnedObject(new __CFNumber(json.get<double>()));
   if (json.is_object()) return dictionaryFrom(json);
   return nullptr;
 }

@@ -1,7 +1,7 @@
 // Decides whether an authorization holds a right, and lets the user grant it where that is allowed.
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CoreFoundation.h>
 
 #include <string>
 

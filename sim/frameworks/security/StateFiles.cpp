@@ -11,6 +11,8 @@
 #include <system_error>
 #include <utility>
 
+#include "sim/support/MachinePaths.h"
+
 namespace halvo::sim {
 namespace {
 
@@ -58,6 +60,16 @@ bool appendLine(const std::filesystem::path& file, std::string_view line) {
   const bool written = ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   ::close(descriptor);
   return written;
+}
+
+std::optional<std::int32_t> scriptedFault(std::string_view call) {
+  std::ifstream file(stateRoot() / "faults" / "authorization");
+  std::string name;
+  std::int32_t status = 0;
+  while (file >> name >> status) {
+    if (name == call) return status;
+  }
+  return std::nullopt;
 }
 
 }  // namespace halvo::sim

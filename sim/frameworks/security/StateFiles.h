@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -18,5 +19,10 @@ bool replaceJSON(const std::filesystem::path& file, const nlohmann::json& json, 
 
 // Appends `line` in one write, so that lines of several processes do not mix.
 bool appendLine(const std::filesystem::path& file, std::string_view line);
+
+// The status that a test wrote for `call` into "faults/authorization" of the state folder, a line each such as
+// "create -60008". The calls are create, create-from-external-form, make-external-form, copy-rights, right-get and
+// right-set.
+std::optional<std::int32_t> scriptedFault(std::string_view call);
 
 }  // namespace halvo::sim

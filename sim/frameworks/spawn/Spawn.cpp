@@ -1,25 +1,26 @@
 // A Mac's posix_spawn on top of the C library's. Built without the simulated headers, since both declare the same
 // names for different types; the opaque pointers of the simulated header arrive here as void*.
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 
 #include <cerrno>
 #include <new>
-#include <utility>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
 
 #include "sim/frameworks/corefoundation/LivingObjects.h"
-#include "sim/frameworks/spawn/FileActions.h"
 
 using namespace halvo::sim;
 
 namespace {
 
-constexpr unsigned kSetSession = 0x0400;
 constexpr unsigned kCloseByDefault = 0x4000;
-// These four have the same values in both worlds.
-constexpr unsigned kSharedFlags =
-    POSIX_SPAWN_RESETIDS | POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
-static_assert(kSharedFlags == 0x000F);
+// These have the same values in both worlds.
+constexpr unsigned kSharedFlags = POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+static_assert(kSharedFlags == 0x000E);
 
 // What a fresh object holds is the platform's own affair, so it holds nothing that a caller could rest on: every signal
 // blocked, none with its default action, and a process group that nobody may join.
@@ -49,6 +50,95 @@ struct NativeActions {
   posix_spawn_file_actions_t value{};
 };
 
+struct Duplicate {
+  int from;
+  int to;
+};
+struct Inherit {
+  int descriptor;
+};
+struct Open {
+  int descriptor;
+  std::string path;
+  int flags;
+  mode_t mode;
+};
+// What happens to a child's descriptors before its program runs.
+using FileActions = std::vector<std::variant<Duplicate, Inherit, Open>>;
+
+struct Translator {
+  posix_spawn_file_actions_t& target;
+
+  int operator()(const Duplicate& action) const {
+    return ::posix_spawn_file_actions_adddup2(&target, action.from, action.to);
+  }
+  // Duplicating a descriptor onto itself clears its close-on-exec flag here.
+  int operator()(const Inherit& action) const {
+    return ::posix_spawn_file_actions_adddup2(&target, action.descriptor, action.descriptor);
+  }
+  int operator()(const Open& action) const {
+    return ::posix_spawn_file_actions_addopen(&target, action.descriptor, action.path.c_str(), action.flags,
+                                              action.mode);
+  }
+};
+
+bool closesOnExec(int descriptor) { return ::fcntl(descriptor, F_GETFD) == FD_CLOEXEC; }
+
+// What the actions leave behind, in the order in which they run.
+struct Outcome {
+  std::set<int> open;
+  // Duplicated onto themselves only: a Mac leaves their close-on-exec flag as it was, the C library clears it.
+  std::set<int> lost;
+
+  void operator()(const Duplicate& action) {
+    if (action.from == action.to && !open.contains(action.to) && closesOnExec(action.to)) {
+      lost.insert(action.to);
+    } else {
+      keep(action.to);
+    }
+  }
+  void operator()(const Inherit& action) { keep(action.descriptor); }
+  void operator()(const Open& action) { keep(action.descriptor); }
+
+  void keep(int descriptor) {
+    open.insert(descriptor);
+    lost.erase(descriptor);
+  }
+};
+
+int closeAll(const std::set<int>& descriptors, posix_spawn_file_actions_t& target) {
+  for (const int descriptor : descriptors) {
+    const int error = ::posix_spawn_file_actions_addclose(&target, descriptor);
+    if (error != 0) return error;
+  }
+  return 0;
+}
+
+int closeAllBut(const std::set<int>& descriptors, posix_spawn_file_actions_t& target) {
+  int next = 0;
+  for (const int kept : descriptors) {
+    for (; next < kept; ++next) {
+      const int error = ::posix_spawn_file_actions_addclose(&target, next);
+      if (error != 0) return error;
+    }
+    next = kept + 1;
+  }
+  return ::posix_spawn_file_actions_addclosefrom_np(&target, next);
+}
+
+// Into the C library's actions; answers an errno value. With `closeRest`, every descriptor that no action leaves open
+// is closed at the end.
+int translate(const FileActions& actions, posix_spawn_file_actions_t& target, bool closeRest) {
+  const Translator translator{target};
+  Outcome outcome;
+  for (const auto& action : actions) {
+    const int error = std::visit(translator, action);
+    if (error != 0) return error;
+    std::visit(outcome, action);
+  }
+  return closeRest ? closeAllBut(outcome.open, target) : closeAll(outcome.lost, target);
+}
+
 // An interface that answers errno values must not let an exception out.
 template <typename T>
 int create(void** target) noexcept {
@@ -71,11 +161,12 @@ Attributes* attributesOf(void* const* attributes) {
   return attributes == nullptr ? nullptr : static_cast<Attributes*>(*attributes);
 }
 
-int add(void** actions, FileActions::Action action, int descriptor = 0) noexcept {
+template <typename Action>
+int add(void** actions, const Action& action, int descriptor) noexcept {
   if (actions == nullptr || *actions == nullptr) return EINVAL;
   if (descriptor < 0) return EBADF;
   try {
-    static_cast<FileActions*>(*actions)->add(std::move(action));
+    static_cast<FileActions*>(*actions)->emplace_back(action);
     return 0;
   } catch (const std::bad_alloc&) {
     return ENOMEM;
@@ -93,11 +184,9 @@ int halvo_sim_posix_spawnattr_destroy(void** attributes) { return destroy<Attrib
 int halvo_sim_posix_spawnattr_setflags(void** attributes, short flags) {
   Attributes* target = attributesOf(attributes);
   const auto wanted = static_cast<unsigned short>(flags);
-  if (target == nullptr || (wanted & ~(kSharedFlags | kSetSession | kCloseByDefault)) != 0) return EINVAL;
-  unsigned native = wanted & kSharedFlags;
-  if ((wanted & kSetSession) != 0) native |= POSIX_SPAWN_SETSID;
+  if (target == nullptr || (wanted & ~(kSharedFlags | kCloseByDefault)) != 0) return EINVAL;
   target->closeByDefault = (wanted & kCloseByDefault) != 0;
-  return ::posix_spawnattr_setflags(&target->native, static_cast<short>(native));
+  return ::posix_spawnattr_setflags(&target->native, static_cast<short>(wanted & kSharedFlags));
 }
 
 int halvo_sim_posix_spawnattr_setpgroup(void** attributes, pid_t group) {
@@ -119,24 +208,16 @@ int halvo_sim_posix_spawn_file_actions_init(void** actions) { return create<File
 int halvo_sim_posix_spawn_file_actions_destroy(void** actions) { return destroy<FileActions>(actions); }
 
 int halvo_sim_posix_spawn_file_actions_adddup2(void** actions, int from, int to) {
-  return add(actions, FileActions::Duplicate{from, to}, from < 0 ? from : to);
-}
-
-int halvo_sim_posix_spawn_file_actions_addclose(void** actions, int descriptor) {
-  return add(actions, FileActions::Close{descriptor}, descriptor);
+  return add(actions, Duplicate{from, to}, from < 0 ? from : to);
 }
 
 int halvo_sim_posix_spawn_file_actions_addopen(void** actions, int descriptor, const char* path, int flags,
                                                mode_t mode) {
-  return add(actions, FileActions::Open{descriptor, path, flags, mode}, descriptor);
+  return add(actions, Open{descriptor, path, flags, mode}, descriptor);
 }
 
 int halvo_sim_posix_spawn_file_actions_addinherit_np(void** actions, int descriptor) {
-  return add(actions, FileActions::Inherit{descriptor}, descriptor);
-}
-
-int halvo_sim_posix_spawn_file_actions_addchdir_np(void** actions, const char* path) {
-  return add(actions, FileActions::ChangeDirectory{path});
+  return add(actions, Inherit{descriptor}, descriptor);
 }
 
 int halvo_sim_posix_spawn(pid_t* pid, const char* path, void* const* fileActions, void* const* attributes,
@@ -146,7 +227,7 @@ int halvo_sim_posix_spawn(pid_t* pid, const char* path, void* const* fileActions
   const FileActions none;
   const auto* actions = fileActions == nullptr ? nullptr : static_cast<const FileActions*>(*fileActions);
   NativeActions native;
-  const int error = (actions == nullptr ? none : *actions).translate(native.value, closeByDefault);
+  const int error = translate(actions == nullptr ? none : *actions, native.value, closeByDefault);
   if (error != 0) return error;
   return ::posix_spawn(pid, path, &native.value, wanted == nullptr ? nullptr : &wanted->native, argv, envp);
 }

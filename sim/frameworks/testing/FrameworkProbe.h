@@ -2,7 +2,7 @@
 // everything, and what happens when one call fails. Any thread may call frameworks meanwhile.
 #pragma once
 
-#include <CoreFoundation/CFDictionary.h>
+#include <CoreFoundation/CoreFoundation.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,6 @@ namespace halvo::sim {
 //   AuthorizationCreate flags=0 rights=            AuthorizationFree flags=0
 //   AuthorizationCopyRights flags=2 rights=a,b     AuthorizationCreateFromExternalForm form=<64 hex digits>
 //   AuthorizationMakeExternalForm                  AuthorizationRightGet right=a
-//   AuthorizationRightRemove right=a
 //   AuthorizationRightSet right=a prompt="text" bundle=null table=null definition={"class":"user",...}
 //   SecRequirementCreateWithString flags=0 text="identifier \"x\""
 //   SecCodeCopyGuestWithAttributes host=null flags=0 audit=<64 hex digits>
@@ -28,8 +27,8 @@ namespace halvo::sim {
 //   copyfile from=/a to=/b flags=0x10e800f
 // What callers leave empty is named only when they do not: the value and flags of an item ("rights=a(length=1
 // value=null flags=0)"), an environment ("environment=given"), results that may be declined ("authorized=asked",
-// "errors=asked"), a qualifier ("qualifier=4"). CFStringCreateWithBytes, CFStringCreateWithCString, CFDataCreate and
-// CFDictionaryCreate are not recorded but can be scripted.
+// "errors=asked"), a qualifier ("qualifier=4"). CFStringCreateWithBytes, CFDataCreate, CFDictionaryCreate and
+// CFDictionaryCreateMutable are not recorded but can be scripted.
 class FrameworkProbe {
  public:
   FrameworkProbe();

@@ -1,14 +1,14 @@
 // The frameworks' side of FrameworkProbe: each function asks here first. Costs one relaxed load while no probe listens.
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
-
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "sim/frameworks/corefoundation/Object.h"
 
 namespace halvo::sim {
 
@@ -24,7 +24,9 @@ struct ScriptedAnswer {
   std::int32_t store(Result* result) const {
     if (nullResult && result != nullptr) *result = Result{};
     if constexpr (requires { static_cast<Result>(object); }) {
-      if (object != nullptr && result != nullptr) *result = static_cast<Result>(CFRetain(object));
+      if (object == nullptr || result == nullptr) return status;
+      objectOf(object).retain();
+      *result = static_cast<Result>(object);
     }
     return status;
   }

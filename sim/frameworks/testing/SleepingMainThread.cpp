@@ -1,5 +1,5 @@
 // Linked into test programs that run the main queue.
-#include "sim/frameworks/dispatch/MainThread.h"
+#include "sim/frameworks/dispatch/MainQueue.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,7 +1,7 @@
 // The audio hardware layer: properties of the system object and of its devices.
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CoreFoundation.h>
 
 typedef UInt32 AudioObjectID;
 typedef AudioObjectID AudioDeviceID;
@@ -21,35 +21,22 @@ enum : AudioObjectID {
   kAudioObjectSystemObject = 1,
 };
 
-// Four characters each, packed into a number: 'dev#', 'dOut', 'goin', 'gone'.
+// Four characters each, packed into a number: 'dev#', 'gone'; 'glob'.
 enum : AudioObjectPropertySelector {
   kAudioHardwarePropertyDevices = 0x64657623,
-  kAudioHardwarePropertyDefaultOutputDevice = 0x644F7574,
-  kAudioDevicePropertyDeviceIsRunning = 0x676F696E,
   kAudioDevicePropertyDeviceIsRunningSomewhere = 0x676F6E65,
 };
-
-// 'glob', 'inpt', 'outp'
-enum : AudioObjectPropertyScope {
-  kAudioObjectPropertyScopeGlobal = 0x676C6F62,
-  kAudioObjectPropertyScopeInput = 0x696E7074,
-  kAudioObjectPropertyScopeOutput = 0x6F757470,
-};
-
+enum : AudioObjectPropertyScope { kAudioObjectPropertyScopeGlobal = 0x676C6F62 };
 enum : AudioObjectPropertyElement { kAudioObjectPropertyElementMain = 0 };
 
-// 'stop', 'what', 'who?', '!siz', 'nope', '!obj', '!dev', 'unop', 'nrdy'
+// 'stop', 'what', 'who?', '!siz', '!obj'
 enum : OSStatus {
   kAudioHardwareNoError = 0,
   kAudioHardwareNotRunningError = 0x73746F70,
   kAudioHardwareUnspecifiedError = 0x77686174,
   kAudioHardwareUnknownPropertyError = 0x77686F3F,
   kAudioHardwareBadPropertySizeError = 0x2173697A,
-  kAudioHardwareIllegalOperationError = 0x6E6F7065,
   kAudioHardwareBadObjectError = 0x216F626A,
-  kAudioHardwareBadDeviceError = 0x21646576,
-  kAudioHardwareUnsupportedOperationError = 0x756E6F70,
-  kAudioHardwareNotReadyError = 0x6E726479,
 };
 
 extern "C" {

@@ -1,8 +1,8 @@
-// Authorization Services: rights that a user grants to a program and that another program can check. Out-parameters
-// are written on success only. An AuthorizationRef is not a CoreFoundation object.
+// Authorization Services: rights that a user grants to a program and that another program can check, and the database
+// that says what has to be fulfilled for a right. An AuthorizationRef is not a CoreFoundation object.
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
+#include <CoreFoundation/CoreFoundation.h>
 
 typedef const struct AuthorizationOpaqueRef* AuthorizationRef;
 typedef const char* AuthorizationString;
@@ -12,30 +12,21 @@ enum : UInt32 {
   kAuthorizationFlagDefaults = 0,
   kAuthorizationFlagInteractionAllowed = 1U << 0,
   kAuthorizationFlagExtendRights = 1U << 1,
-  kAuthorizationFlagPartialRights = 1U << 2,
   kAuthorizationFlagDestroyRights = 1U << 3,
   kAuthorizationFlagPreAuthorize = 1U << 4,
-  kAuthorizationFlagSkipInternalAuth = 1U << 9,
 };
-
-enum : UInt32 { kAuthorizationFlagCanNotPreAuthorize = 1U << 0 };
 
 enum : OSStatus {
   errAuthorizationSuccess = 0,
   errAuthorizationInvalidSet = -60001,
   errAuthorizationInvalidRef = -60002,
-  errAuthorizationInvalidTag = -60003,
   errAuthorizationInvalidPointer = -60004,
   errAuthorizationDenied = -60005,
   errAuthorizationCanceled = -60006,
   errAuthorizationInteractionNotAllowed = -60007,
   errAuthorizationInternal = -60008,
   errAuthorizationExternalizeNotAllowed = -60009,
-  errAuthorizationInternalizeNotAllowed = -60010,
   errAuthorizationInvalidFlags = -60011,
-  errAuthorizationToolExecuteFailure = -60031,
-  errAuthorizationToolEnvironmentError = -60032,
-  errAuthorizationBadAddress = -60033,
 };
 
 typedef struct {
@@ -53,10 +44,8 @@ typedef struct {
 typedef AuthorizationItemSet AuthorizationRights;
 typedef AuthorizationItemSet AuthorizationEnvironment;
 
-#define kAuthorizationExternalFormLength 32
-
 typedef struct {
-  char bytes[kAuthorizationExternalFormLength];
+  char bytes[32];
 } AuthorizationExternalForm;
 
 #define kAuthorizationEmptyEnvironment NULL
@@ -66,11 +55,16 @@ extern "C" {
 OSStatus AuthorizationCreate(const AuthorizationRights* rights, const AuthorizationEnvironment* environment,
                              AuthorizationFlags flags, AuthorizationRef* authorization);
 OSStatus AuthorizationFree(AuthorizationRef authorization, AuthorizationFlags flags);
+// Asking for the set of granted rights ends the process: nothing here frees one.
 OSStatus AuthorizationCopyRights(AuthorizationRef authorization, const AuthorizationRights* rights,
                                  const AuthorizationEnvironment* environment, AuthorizationFlags flags,
                                  AuthorizationRights** authorizedRights);
 OSStatus AuthorizationMakeExternalForm(AuthorizationRef authorization, AuthorizationExternalForm* extForm);
 OSStatus AuthorizationCreateFromExternalForm(const AuthorizationExternalForm* extForm, AuthorizationRef* authorization);
-OSStatus AuthorizationFreeItemSet(AuthorizationItemSet* set);
+
+// What is read back is rebuilt from the database and never equals what was written.
+OSStatus AuthorizationRightGet(const char* rightName, CFDictionaryRef* rightDefinition);
+OSStatus AuthorizationRightSet(AuthorizationRef authRef, const char* rightName, CFTypeRef rightDefinition,
+                               CFStringRef descriptionKey, CFBundleRef bundle, CFStringRef localeTableName);
 
 }  // extern "C"

@@ -3,11 +3,7 @@
 
 #include <stdint.h>
 
-#define NSEC_PER_SEC 1000000000ull
 #define NSEC_PER_MSEC 1000000ull
-#define NSEC_PER_USEC 1000ull
-#define USEC_PER_SEC 1000000ull
-#define MSEC_PER_SEC 1000ull
 
 struct dispatch_object_s {};
 struct dispatch_queue_s : dispatch_object_s {};
@@ -26,7 +22,6 @@ typedef uint64_t dispatch_time_t;
 #define DISPATCH_TIME_NOW (0ull)
 #define DISPATCH_TIME_FOREVER (~0ull)
 #define DISPATCH_SOURCE_TYPE_TIMER (&_dispatch_source_type_timer)
-#define DISPATCH_TIMER_STRICT 0x1
 
 extern "C" {
 
@@ -35,7 +30,6 @@ extern const struct dispatch_source_type_s _dispatch_source_type_timer;
 
 static inline dispatch_queue_main_t dispatch_get_main_queue(void) { return &_dispatch_main_q; }
 
-void dispatch_async_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
 void dispatch_after_f(dispatch_time_t when, dispatch_queue_t queue, void* context, dispatch_function_t work);
 void dispatch_main(void) __attribute__((noreturn));
 
@@ -47,15 +41,8 @@ dispatch_source_t dispatch_source_create(dispatch_source_type_t type, uintptr_t 
                                          dispatch_queue_t queue);
 void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, uint64_t interval, uint64_t leeway);
 void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_function_t handler);
-void dispatch_source_cancel(dispatch_source_t source);
 
 void dispatch_set_context(dispatch_object_t object, void* context);
-void* dispatch_get_context(dispatch_object_t object);
 void dispatch_activate(dispatch_object_t object);
-// Resuming what runs already ends the process.
-void dispatch_resume(dispatch_object_t object);
-void dispatch_retain(dispatch_object_t object);
-// Releasing a source that was never activated ends the process.
-void dispatch_release(dispatch_object_t object);
 
 }  // extern "C"
