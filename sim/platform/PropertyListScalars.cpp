@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <cstdlib>
+#include <string>
 #include <system_error>
 
 namespace halvo::sim {
@@ -42,11 +44,14 @@ bool isPropertyListInteger(std::string_view text) {
 bool isPropertyListReal(std::string_view text) {
   skipBlanks(text);
   takeSign(text);
-  double value = 0;
-  const char* const end = text.data() + text.size();
-  const auto read = std::from_chars(text.data(), end, value);
+  // Not every C++ library has from_chars for doubles. strtod also takes blanks, a second sign and hexadecimal digits.
+  const std::string number(text);
+  const bool beginsLikeOne = number.find_first_of(" \t\n\v\f\r+-") != 0;
+  if (number.empty() || !beginsLikeOne || number.find_first_of("xX") != std::string::npos) return false;
+  char* end = nullptr;
   // One that is too large or too small is infinite or zero.
-  return read.ec != std::errc::invalid_argument && read.ptr == end && !text.starts_with('-');
+  static_cast<void>(std::strtod(number.c_str(), &end));
+  return end == number.c_str() + number.size();
 }
 
 bool isPropertyListDate(std::string_view text) {

@@ -26,7 +26,9 @@ INSTANTIATE_TEST_SUITE_P(Table, SoundReal,
 
 class UnsoundReal : public testing::TestWithParam<const char*> {};
 TEST_P(UnsoundReal, IsNone) { EXPECT_FALSE(isPropertyListReal(GetParam())); }
-INSTANTIATE_TEST_SUITE_P(Table, UnsoundReal, Values("", "-", "--1", "+-1", "2.1.0", "2,1", "1e", "infinite", "1 "));
+INSTANTIATE_TEST_SUITE_P(Table, UnsoundReal,
+                         Values("", "-", "--1", "+-1", "+ 1", "\v1", "0x1", "0x1p3", "2.1.0", "2,1", "1e", "infinite",
+                                "1 "));
 
 class SoundDate : public testing::TestWithParam<const char*> {};
 TEST_P(SoundDate, IsOne) { EXPECT_TRUE(isPropertyListDate(GetParam())); }
