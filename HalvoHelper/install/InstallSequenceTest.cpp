@@ -14,6 +14,7 @@ using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Ge;
+using testing::HasSubstr;
 using testing::Le;
 using testing::Not;
 using testing::StartsWith;
@@ -67,6 +68,16 @@ TEST_F(InstallSequenceTest, ASuccessfulInstallMakesExactlyTheseCalls) {
           "run /bin/launchctl bootstrap gui/501 /Library/LaunchAgents/com.halvo.daemon.plist",
           "log: daemon bootstrap gui/501 rc=0",  //
           "removeTree /var/db/halvo/install-staging"));
+}
+
+TEST_F(InstallSequenceTest, APackagePathThatLooksLikeAnOptionReachesNoTool) {
+  InstallSequence sequence = bench_.sequence();
+  sequence.pkgPath = "-allowUntrusted";
+
+  EXPECT_EQ(sequence.run(false), kOk);
+
+  EXPECT_THAT(bench_.calls(), Contains("stageFile -allowUntrusted -> /var/db/halvo/install-staging/incoming.pkg"));
+  EXPECT_THAT(bench_.calls(), Not(Contains(AllOf(StartsWith("run "), HasSubstr("-allowUntrusted")))));
 }
 
 TEST_F(InstallSequenceTest, AFailingInstallerIsRolledBackWithExactlyTheseCalls) {

@@ -154,6 +154,23 @@ TEST_F(RealBundleRemovalTest, AMarkerThatIsADanglingLinkDoesNotCount) {
   EXPECT_THAT(lines, ElementsAre("halvo-helper: refused to remove non-Halvo path " + bundle));
 }
 
+// Left open: the path is what is removed, and what it names may change until then.
+TEST_F(RealBundleRemovalTest, WhatTakesTheBundlesPlaceOnceItIsResolvedIsRemovedWithoutAMarker) {
+  directory.makeFile("apps/Halvo.app/Contents/MacOS/halvo-app");
+  directory.makeFile("other/Halvo.app/document");
+  const auto resolveAndSwap = [&](const std::string& path) {
+    const auto resolved = halvoCanonicalPath(path);
+    std::filesystem::rename(directory.path("apps"), directory.path("aside"));
+    std::filesystem::rename(directory.path("other"), directory.path("apps"));
+    return resolved;
+  };
+
+  EXPECT_TRUE(halvoRemoveAppBundle(directory.path("apps/Halvo.app"), RealPrivilegedFS(), resolveAndSwap, [](auto) {}));
+
+  EXPECT_FALSE(isNamed(directory.path("apps/Halvo.app")));
+  EXPECT_TRUE(isNamed(directory.path("aside/Halvo.app/Contents/MacOS/halvo-app")));
+}
+
 TEST_F(RealBundleRemovalTest, APathLongerThanTheSystemAllowsIsRefused) {
   const std::string path = "/" + std::string(100'000, 'x') + "/Halvo.app";
 

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <future>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -159,6 +161,25 @@ TEST(ActivityTrackerTest, KeepsItsCountUnderManyThreads) {
   EXPECT_FALSE(tracker.isIdle(0.0));
   tracker.end();
   EXPECT_TRUE(tracker.isIdle(0.0));
+}
+
+// The clock is read while a call is counted: whoever looks at the count meanwhile waits.
+TEST(ActivityTrackerTest, NobodyLooksWhileACallIsBeingCounted) {
+  ActivityTracker* looked = nullptr;
+  std::future<bool> look;
+  const auto readTheClock = [&] {
+    if (looked != nullptr && !look.valid()) {
+      look = std::async(std::launch::async, [&] { return looked->isIdle(0.0); });
+      EXPECT_EQ(look.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
+    }
+    return 0.0;
+  };
+  ActivityTracker tracker(readTheClock);
+  looked = &tracker;
+
+  tracker.begin();
+
+  EXPECT_FALSE(look.get());
 }
 
 TEST(ActivityScopeTest, CountsACallWhileItLives) {

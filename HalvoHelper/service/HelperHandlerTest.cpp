@@ -171,6 +171,17 @@ TEST_F(HelperHandlerTest, AuthorizationSeesTheBytesOfThisMessage) {
   EXPECT_EQ(seenBlob_, kBlob);
 }
 
+TEST_F(HelperHandlerTest, AnApprovalIsNotRememberedForTheNextMessage) {
+  HelperHandler handler(operations());
+  handler.removeAppBundle(kBlob, "/Applications/Halvo.app", boolReply());
+  recorder_->calls.clear();
+  authorized_ = false;
+
+  handler.installSystemPkg(kBlob, "/tmp/a.pkg", "{}", false, textReply());
+
+  EXPECT_THAT(calls(), ElementsAre("clock", "authorize 3", R"(reply {"code":"unauthorized"})", "clock"));
+}
+
 TEST_F(HelperHandlerTest, AuthorizationIsAskedEvenForNoBytes) {
   HelperHandler(operations()).removeAppBundle(AuthorizationBlob(), "/x", boolReply());
 
