@@ -143,7 +143,7 @@ if(NOT APPLE)
   target_compile_definitions(HalvoHelperFaultTest PRIVATE HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>")
   add_dependencies(HalvoHelperFaultTest halvo_child_report)
   set(faulty_calls
-    close fcntl fdopendir fstat fstatat lstat open openat pipe pread read readdir unlink unlinkat waitpid write)
+    chmod close fcntl fdopendir fstat fstatat lstat open openat pipe pread read readdir unlink unlinkat waitpid write)
   foreach(call IN ITEMS
       posix_spawn
       posix_spawn_file_actions_adddup2

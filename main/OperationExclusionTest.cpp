@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <functional>
+#include <future>
 #include <iterator>
 #include <latch>
 #include <mutex>
@@ -115,6 +118,7 @@ class OperationExclusionTest : public testing::Test {
  protected:
   InstallResult install(const std::string& pkgPath) const { return wiring_->runInstall(pkgPath, "{}", true); }
 
+  std::function<void()> whileEnding_ = [] {};
   RecordedSystemLog systemLog_;
   TemporaryDirectory directory_;
   std::shared_ptr<GatedRunner> runner_ = std::make_shared<GatedRunner>();
@@ -129,7 +133,11 @@ class OperationExclusionTest : public testing::Test {
           .installer = Installer(runner_),
           .verifier = PkgVerifier(runner_),
           .ending = {.runAfter = [](std::chrono::nanoseconds, const std::function<void()>& work) { work(); },
-                     .unregister = [](std::string_view) { return std::optional<std::string>(); },
+                     .unregister =
+                         [this](std::string_view) {
+                           whileEnding_();
+                           return std::optional<std::string>();
+                         },
                      .exit = [] {}},
       },
       std::make_shared<const AnyAuthorizer>(), true, tracker_,
@@ -212,6 +220,22 @@ INSTANTIATE_TEST_SUITE_P(
                               {"halvo-helper: finalized, booting out com.halvo.helper",
                                "halvo-helper: bootout returned 0, exiting"}}),
     [](const auto& row) { return row.param.name; });
+
+TEST_F(OperationExclusionTest, NothingBeginsWhatTheFinalRemovalWouldCutOff) {
+  std::future<InstallResult> late;
+  std::vector<std::string> notesMeanwhile;
+  runner_->openGate();
+  whileEnding_ = [&] {
+    late = std::async(std::launch::async, [&] { return install("/tmp/late.pkg"); });
+    late.wait_for(std::chrono::milliseconds(30));
+    notesMeanwhile = fs_->notes();
+  };
+
+  wiring_->finalizeRemoval();
+
+  EXPECT_THAT(notesMeanwhile, IsEmpty());
+  EXPECT_EQ(late.get(), InstallResult(InstallOk{{"driver", "broker", "daemon_agent"}}));
+}
 
 TEST_F(OperationExclusionTest, PingAndListingDoNotWaitForAnInstall) {
   std::vector<std::string> replies;

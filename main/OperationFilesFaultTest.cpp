@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <vector>
 
+#include "HalvoHelper/testing/ProcessState.h"
 #include "HalvoHelper/testing/RecordedSystemLog.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
@@ -50,6 +52,25 @@ TEST_F(OperationLogFaultTest, AppendsToAFileThatAnotherOperationMadeMeanwhile) {
   EXPECT_THAT(contentsOf(path_), EndsWith(": y\n"));
 }
 
+TEST_F(OperationLogFaultTest, CreatesNothingThroughALinkThatIsPlantedMeanwhile) {
+  const std::string log = directory_.path("new.log");
+  const SystemCallHook planted("open", 2, [&] { directory_.makeLink("new.log", directory_.path("elsewhere")); });
+
+  OperationLog(log).write("y");
+
+  EXPECT_FALSE(isNamed(directory_.path("elsewhere")));
+}
+
+TEST_F(OperationLogFaultTest, IsNotInheritedByAToolThatIsStartedMeanwhile) {
+  const std::vector<int> before = inheritableDescriptors();
+  std::vector<int> meanwhile;
+  const SystemCallHook tool("write", 1, [&] { meanwhile = inheritableDescriptors(); });
+
+  OperationLog(path_).write("y");
+
+  EXPECT_EQ(meanwhile, before);
+}
+
 class DriverVersionFaultTest : public testing::Test {
  protected:
   TemporaryDirectory directory_;
@@ -67,6 +88,16 @@ TEST_F(DriverVersionFaultTest, IsAbsentWhenTheFileCanBeReadOnlyInPart) {
   const SystemCallFault broken("read", EIO, 2, 2);
 
   EXPECT_EQ(halvoInstalledDriverVersion(plist_), std::nullopt);
+}
+
+TEST_F(DriverVersionFaultTest, IsReadFromAFileThatNoToolInherits) {
+  const std::vector<int> before = inheritableDescriptors();
+  std::vector<int> meanwhile;
+  const SystemCallHook tool("read", 1, [&] { meanwhile = inheritableDescriptors(); });
+
+  EXPECT_EQ(halvoInstalledDriverVersion(plist_), "2");
+
+  EXPECT_EQ(meanwhile, before);
 }
 
 TEST_F(DriverVersionFaultTest, IsReadOnAfterAnInterruption) {

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -42,6 +43,25 @@ TEST_F(PrivilegedFSFaultTest, AFileThatSomebodyElseRemovesFirstCountsAsRemoved) 
   const SystemCallFault fault("unlink", ENOENT);
 
   EXPECT_TRUE(fs_.remove(directory_.makeFile("file")));
+}
+
+// A package that is put there in between would be anybody's to exchange.
+TEST_F(PrivilegedFSFaultTest, APrivateDirectoryIsNobodyElsesFromItsFirstMoment) {
+  const std::string staging = directory_.path("staging");
+  const mode_t before = ::umask(0);
+  auto permissions = std::filesystem::perms::unknown;
+
+  const SystemCallHook made("chmod", 1, [&] { permissions = std::filesystem::status(staging).permissions(); });
+  EXPECT_TRUE(fs_.makePrivateDir(staging, 0700));
+  ::umask(before);
+
+  EXPECT_EQ(permissions, std::filesystem::perms::owner_all);
+}
+
+TEST_F(PrivilegedFSFaultTest, ADirectoryThatCannotBeNarrowedIsNotPrivate) {
+  const SystemCallFault fault("chmod", EPERM);
+
+  EXPECT_FALSE(fs_.makePrivateDir(directory_.makeDirectory("staging"), 0700));
 }
 
 TEST_F(PrivilegedFSFaultTest, AFileThatCannotBeRemovedStays) {

@@ -7,11 +7,13 @@
 #include <cerrno>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "HalvoHelper/system/RealPrivilegedFS.h"
 #include "HalvoHelper/system/RemoveTree.h"
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "HalvoHelper/testing/DeepTree.h"
+#include "HalvoHelper/testing/ProcessState.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 
@@ -119,6 +121,40 @@ TEST_F(RemoveTreeFaultTest, NoDescriptorIsClosedTwice) {
   EXPECT_TRUE(halvoRemoveTree(directory_.makeDirectory("tree")));
 
   EXPECT_TRUE(strangers.close());
+}
+
+TEST_F(RemoveTreeFaultTest, AToolThatIsStartedMeanwhileInheritsNoDirectory) {
+  const std::vector<int> before = inheritableDescriptors();
+  std::vector<int> meanwhile;
+
+  const SystemCallHook tool("readdir", 1, [&] { meanwhile = inheritableDescriptors(); });
+  EXPECT_TRUE(halvoRemoveTree(directory_.makeDirectory("tree")));
+
+  EXPECT_EQ(meanwhile, before);
+}
+
+TEST_F(RemoveTreeFaultTest, AToolThatIsStartedMeanwhileInheritsNoItemThatMayBeLocked) {
+  const std::vector<int> before = inheritableDescriptors();
+  std::vector<int> meanwhile;
+
+  const SystemCallFault locked("unlinkat", EPERM, 1);
+  const SystemCallHook tool("close", 1, [&] { meanwhile = inheritableDescriptors(); });
+  EXPECT_FALSE(halvoRemoveTree(directory_.makeFile("file")));
+
+  EXPECT_EQ(meanwhile, before);
+}
+
+TEST_F(RemoveTreeFaultTest, AFifoThatTakesTheLockedItemsPlaceHoldsNobody) {
+  const std::string file = directory_.makeFile("file");
+
+  const SystemCallFault locked("unlinkat", EPERM, 1);
+  const SystemCallHook swap("openat", 1, [&] {
+    std::filesystem::remove(file);
+    directory_.makeFifo("file");
+  });
+  EXPECT_FALSE(halvoRemoveTree(file));
+
+  EXPECT_TRUE(std::filesystem::is_fifo(file));
 }
 
 TEST_F(RemoveTreeFaultTest, FlagsAreLookedAtOnlyWhereTheyMayBeTheReason) {

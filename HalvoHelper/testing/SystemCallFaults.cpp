@@ -123,6 +123,12 @@ ssize_t __wrap_write(int descriptor, const void* buffer, size_t size) {
   return __real_write(descriptor, buffer, size);
 }
 
+int __real_chmod(const char* path, mode_t mode);
+int __wrap_chmod(const char* path, mode_t mode) {
+  if (const auto* fault = SystemCallFault::of("chmod")) return halvo::failed(*fault, -1);
+  return __real_chmod(path, mode);
+}
+
 int __real_fstat(int descriptor, struct stat* info);
 int __wrap_fstat(int descriptor, struct stat* info) {
   if (const auto* fault = SystemCallFault::of("fstat")) return halvo::failed(*fault, -1);
