@@ -1,5 +1,6 @@
 # The core logic's tests, with the doubles and small programs that they need.
 set(tests
+  install/InstallFaultMatrixTest.cpp
   install/InstallPruningTest.cpp
   install/InstallRecoveryTest.cpp
   install/InstallRefusalTest.cpp
@@ -11,6 +12,7 @@ set(tests
   removal/AppBundleGuardTest.cpp
   removal/AppBundleRemovalTest.cpp
   removal/FinalRemovalTest.cpp
+  removal/UninstallFaultMatrixTest.cpp
   removal/UninstallResultTest.cpp
   removal/UninstallSequenceTest.cpp
   security/AdminRightTest.cpp
@@ -42,6 +44,9 @@ set(tests
   testing/DeepTree.cpp
   testing/FifoEnds.cpp
   testing/FileState.cpp
+  testing/FaultJudge.cpp
+  testing/FaultMatrix.cpp
+  testing/Faults.cpp
   testing/FileTree.cpp
   testing/FixedAudioDevices.cpp
   testing/InMemoryPrivilegedFS.cpp
@@ -58,6 +63,7 @@ set(tests
 # Where the system's frameworks are simulated, their answers can be scripted, and small disks can be mounted.
 if(NOT APPLE)
   list(APPEND tests
+    install/FaultsOnDiskTest.cpp
     install/InstallOnFullDiskTest.cpp
     security/AdminRightRegistrationTest.cpp
     security/CFTextTest.cpp
@@ -86,8 +92,28 @@ if(rapidcheck_FOUND)
   list(APPEND libraries rapidcheck)
 endif()
 
+# The matrix of faults runs thousands of installs in memory.
+set_source_files_properties(
+  testing/FaultJudge.cpp testing/FaultMatrix.cpp testing/Faults.cpp testing/FileTree.cpp
+  testing/InMemoryPrivilegedFS.cpp testing/InstallMachine.cpp
+  PROPERTIES COMPILE_OPTIONS -O2)
+
 # Small programs that the tests start as child processes.
 halvo_executable(halvo_child_report SOURCES testing/ChildReport.cpp)
+halvo_executable(halvo_fault_matrix
+  SOURCES
+    testing/FaultJudge.cpp
+    testing/FaultMatrix.cpp
+    testing/FaultMatrixPage.cpp
+    testing/Faults.cpp
+    testing/FileState.cpp
+    testing/FileTree.cpp
+    testing/FixedAudioDevices.cpp
+    testing/InMemoryPrivilegedFS.cpp
+    testing/InstallMachine.cpp
+    testing/ScriptedPrivilegedFS.cpp
+    testing/TemporaryDirectory.cpp
+  PRIVATE HalvoHelper)
 halvo_executable(halvo_file_probe SOURCES testing/FileProbe.cpp PRIVATE HalvoHelper)
 halvo_executable(halvo_install_probe
   SOURCES
@@ -109,6 +135,11 @@ target_compile_definitions(HalvoHelperTest PRIVATE
   HALVO_INSTALL_PROBE="$<TARGET_FILE:halvo_install_probe>"
   HALVO_RUNNER_PROBE="$<TARGET_FILE:halvo_runner_probe>")
 add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_install_probe halvo_runner_probe)
+
+# The page on faults is what its program prints.
+add_test(NAME docs.fault-matrix
+  COMMAND sh -c "page=\$(\"\$1\") && printf '%s\\n' \"\$page\" | diff -u \"\$2\" -" sh
+    $<TARGET_FILE:halvo_fault_matrix> "${PROJECT_SOURCE_DIR}/docs/fault-matrix.md")
 
 # Counts what the report parser does: a build of it with a hook in every basic block, and a linker that can redirect
 # its searches.

@@ -26,12 +26,16 @@ bool InMemoryTree::write(const std::string& path, const std::string& contents) c
 
 std::vector<std::string> InMemoryTree::listing(const std::string& path) const {
   std::vector<std::string> lines;
-  const auto isIn = [&](const std::string& item) { return item == path || item.starts_with(path + "/"); };
-  for (const std::string& directory : memory->directories) {
-    if (isIn(directory)) lines.push_back(directory.substr(path.size()) + "/");
+  const std::string below = path + "/";
+  const auto isIn = [&](const std::string& item) { return item == path || item.starts_with(below); };
+  // What begins with the path follows it in the order of the names.
+  for (auto next = memory->directories.lower_bound(path); next != memory->directories.end(); ++next) {
+    if (!next->starts_with(path)) break;
+    if (isIn(*next)) lines.push_back(next->substr(path.size()) + "/");
   }
-  for (const auto& [file, contents] : memory->files) {
-    if (isIn(file)) lines.push_back(file.substr(path.size()) + "=" + contents);
+  for (auto next = memory->files.lower_bound(path); next != memory->files.end(); ++next) {
+    if (!next->first.starts_with(path)) break;
+    if (isIn(next->first)) lines.push_back(next->first.substr(path.size()) + "=" + next->second);
   }
   std::ranges::sort(lines);
   return lines;

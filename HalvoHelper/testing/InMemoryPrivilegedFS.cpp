@@ -8,12 +8,14 @@ namespace {
 
 // A directory's path without trailing slashes; a file's must have none.
 std::string trimmed(const std::string& path) {
-  if (!path.starts_with('/')) return path;
+  if (!path.starts_with('/') || (!path.ends_with('/') && path.find("//") == std::string::npos)) return path;
   return halvoAppendingPathComponent(halvoDeletingLastPathComponent(path), halvoLastPathComponent(path));
 }
 
 // Whether `path` is `tree` or lies below it.
-bool isIn(const std::string& tree, const std::string& path) { return path == tree || path.starts_with(tree + "/"); }
+bool isIn(const std::string& tree, const std::string& path) {
+  return path.starts_with(tree) && (path.size() == tree.size() || path[tree.size()] == '/');
+}
 
 }  // namespace
 
@@ -77,13 +79,14 @@ bool InMemoryPrivilegedFS::makeDir(const std::string& path) const {
 std::vector<std::string> InMemoryPrivilegedFS::entries(const std::string& path) const {
   step();
   std::vector<std::string> names;
+  const std::string directory = trimmed(path);
   const auto note = [&](const std::string& item) {
-    if (item != "/" && halvoDeletingLastPathComponent(item) == trimmed(path)) {
+    if (item != "/" && item.starts_with(directory) && halvoDeletingLastPathComponent(item) == directory) {
       names.push_back(halvoLastPathComponent(item));
     }
   };
   for (const auto& file : files) note(file.first);
-  for (const auto& directory : directories) note(directory);
+  for (const auto& item : directories) note(item);
   return names;
 }
 

@@ -1,18 +1,13 @@
 #include "HalvoHelper/testing/InstallMachine.h"
 
-#include <array>
 #include <utility>
-#include <vector>
 
 #include "HalvoHelper/system/PathStrings.h"
-#include "HalvoHelper/system/ProductPaths.h"
 #include "HalvoHelper/testing/FixedAudioDevices.h"
 #include "HalvoHelper/testing/SignatureReports.h"
 
 namespace halvo {
 namespace {
-
-constexpr std::array<const char*, 4> kParts = {kDriverBundlePath, kBrokerPath, kBrokerPlistPath, kDaemonPlistPath};
 
 bool isBundle(const std::string& path) { return path.ends_with(".driver"); }
 
@@ -53,7 +48,7 @@ class MachineTools final : public ProcessRunner {
   ProcessResult runInstaller() const {
     for (int part = 0; part < machine_.installedParts; ++part) {
       tree_.step();
-      writePart(tree_, kParts.at(static_cast<std::size_t>(part)), machine_.newContents);
+      writePart(tree_, kMachineParts.at(static_cast<std::size_t>(part)), machine_.newContents);
     }
     machine_.installerAlso();
     return {.code = machine_.installerStatus, .output = ""};
@@ -68,40 +63,60 @@ class MachineTools final : public ProcessRunner {
 InstallMachine::InstallMachine(std::shared_ptr<const FileTree> tree, const std::string& old, const std::string& package)
     : tree_(std::move(tree)), known_({old}) {
   tree_->write("/Users/ada/Halvo.pkg", package);
-  for (const char* path : kParts) writePart(*tree_, path, old);
+  for (const char* path : kMachineParts) writePart(*tree_, path, old);
 }
 
 InstallResult InstallMachine::install() {
   known_.insert(newContents);
-  const auto tools = std::make_shared<MachineTools>(*this, *tree_);
+  const std::shared_ptr<const ProcessRunner> runner = tools();
   const InstallSequence sequence{
-      .fs = tree_->fs(),
-      .launchctl = Launchctl(tools),
-      .installer = Installer(tools),
-      .verifier = PkgVerifier(tools),
+      .fs = aroundFiles(tree_->fs()),
+      .launchctl = Launchctl(runner),
+      .installer = Installer(runner),
+      .verifier = PkgVerifier(runner),
       .teamID = "QX4TRM2ZL9",
       .audio = AudioActivity(std::make_shared<FixedAudioDevices>()),
       .installedDriverVersion = [] { return std::optional<std::string>("1.0"); },
       .pkgPath = "/Users/ada/Halvo.pkg",
       .manifestJSON = R"({"driver_version":"2.0"})",
       .epoch = [this] { return now; },
+      .activeGuiUids = [this] { return guiUids; },
       .logPath = "/var/log/halvo-install.log",
-      .log = [](const std::string&) {},
+      .log = [this](const std::string& line) { log.push_back(line); },
+  };
+  return sequence.run(false);
+}
+
+UninstallResult InstallMachine::uninstall() {
+  const std::shared_ptr<const ProcessRunner> runner = tools();
+  const UninstallSequence sequence{
+      .fs = aroundFiles(tree_->fs()),
+      .launchctl = Launchctl(runner),
+      .runner = runner,
+      .audio = AudioActivity(std::make_shared<FixedAudioDevices>()),
+      .activeGuiUids = [this] { return guiUids; },
+      .guiAppPath = "/Applications/Halvo.app",
+      .logPath = "/var/log/halvo-uninstall.log",
+      .log = [this](const std::string& line) { log.push_back(line); },
   };
   return sequence.run(false);
 }
 
 std::string InstallMachine::parts() const {
   std::vector<std::string> words;
-  for (const char* path : kParts) words.push_back(contentsOfPart(path));
+  for (const char* path : kMachineParts) words.push_back(contentsOfPart(path));
   return joined(words);
 }
 
 std::string InstallMachine::snapshot(std::int64_t name) const {
   const std::string directory = "/var/db/halvo/install-rollback/" + std::to_string(name) + "/";
   std::vector<std::string> words;
-  for (const char* path : kParts) words.push_back(contentsOfPart(directory + halvoLastPathComponent(path)));
+  for (const char* path : kMachineParts) words.push_back(contentsOfPart(directory + halvoLastPathComponent(path)));
   return joined(words);
+}
+
+std::shared_ptr<const ProcessRunner> InstallMachine::tools() const {
+  return aroundTools(std::make_shared<MachineTools>(*this, *tree_));
 }
 
 void InstallMachine::removeParts() const { tree_->fs()->removeTree("/Library"); }
