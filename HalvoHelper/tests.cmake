@@ -65,6 +65,7 @@ if(NOT APPLE)
   list(APPEND tests
     install/FaultsOnDiskTest.cpp
     install/InstallOnFullDiskTest.cpp
+    install/InstallOnSmallDiskTest.cpp
     security/AdminRightRegistrationTest.cpp
     security/CFTextTest.cpp
     security/RealAdminAuthorizerTest.cpp
@@ -135,6 +136,24 @@ target_compile_definitions(HalvoHelperTest PRIVATE
   HALVO_INSTALL_PROBE="$<TARGET_FILE:halvo_install_probe>"
   HALVO_RUNNER_PROBE="$<TARGET_FILE:halvo_runner_probe>")
 add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_install_probe halvo_runner_probe)
+
+# Fills and remounts a disk of its own.
+if(NOT APPLE)
+  halvo_executable(halvo_small_disk_probe
+    SOURCES
+      testing/Faults.cpp
+      testing/FileState.cpp
+      testing/FileTree.cpp
+      testing/FixedAudioDevices.cpp
+      testing/InMemoryPrivilegedFS.cpp
+      testing/InstallMachine.cpp
+      testing/ScriptedPrivilegedFS.cpp
+      testing/SmallDiskProbe.cpp
+      testing/TemporaryDirectory.cpp
+    PRIVATE HalvoHelper)
+  target_compile_definitions(HalvoHelperTest PRIVATE HALVO_SMALL_DISK_PROBE="$<TARGET_FILE:halvo_small_disk_probe>")
+  add_dependencies(HalvoHelperTest halvo_small_disk_probe)
+endif()
 
 # The page on faults is what its program prints.
 add_test(NAME docs.fault-matrix
