@@ -51,6 +51,7 @@ set(tests
   testing/FixedAudioDevices.cpp
   testing/InMemoryPrivilegedFS.cpp
   testing/InstallBench.cpp
+  testing/InstallFaultJudge.cpp
   testing/InstallMachine.cpp
   testing/LockedItem.cpp
   testing/ProcessState.cpp
@@ -58,6 +59,7 @@ set(tests
   testing/ScriptedProcessRunner.cpp
   testing/TemporaryDirectory.cpp
   testing/TreeSwapper.cpp
+  testing/UninstallFaultJudge.cpp
   text/TextTest.cpp)
 
 # Where the system's frameworks are simulated, their answers can be scripted, and small disks can be mounted.
@@ -95,7 +97,7 @@ endif()
 
 # The matrix of faults runs thousands of installs in memory.
 set_source_files_properties(
-  testing/FaultJudge.cpp testing/FaultMatrix.cpp testing/Faults.cpp testing/FileTree.cpp
+  testing/FaultMatrix.cpp testing/Faults.cpp testing/FileTree.cpp
   testing/InMemoryPrivilegedFS.cpp testing/InstallMachine.cpp
   PROPERTIES COMPILE_OPTIONS -O2)
 
@@ -111,9 +113,11 @@ halvo_executable(halvo_fault_matrix
     testing/FileTree.cpp
     testing/FixedAudioDevices.cpp
     testing/InMemoryPrivilegedFS.cpp
+    testing/InstallFaultJudge.cpp
     testing/InstallMachine.cpp
     testing/ScriptedPrivilegedFS.cpp
     testing/TemporaryDirectory.cpp
+    testing/UninstallFaultJudge.cpp
   PRIVATE HalvoHelper)
 halvo_executable(halvo_file_probe SOURCES testing/FileProbe.cpp PRIVATE HalvoHelper)
 halvo_executable(halvo_install_probe
