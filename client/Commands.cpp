@@ -29,7 +29,7 @@ ExitStatus report(const CommandLine& command, const Outcome& outcome, const Surr
     return tell(explainBoolReply(command, *flag), surroundings);
   }
   if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(command), surroundings);
-  return tell(explainFailure(std::get<ServiceFailure>(outcome)), surroundings);
+  return tell(explainFailure(command, std::get<ServiceFailure>(outcome)), surroundings);
 }
 
 // The helper has another working directory than this program.
@@ -77,9 +77,16 @@ void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, c
   }
 }
 
+bool changesNothing(const CommandLine& command) { return command.verb == Verb::ping || command.verb == Verb::users; }
+
 // Asks what needs no approval, or has none to give.
 Outcome askPlain(const CommandLine& command, const std::string& manifest, Conversation& conversation) {
-  if (command.legacy && command.verb == Verb::finalize) {
+  if (changesNothing(command)) {
+    return conversation.askRepeatably([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) {
+      sendPlain(command, helper, text);
+    });
+  }
+  if (command.verb == Verb::finalize) {
     return conversation.tell([](HalvoHelperProtocol& helper) { helper.finalizeRemoval(); });
   }
   return conversation.ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
@@ -89,11 +96,18 @@ Outcome askPlain(const CommandLine& command, const std::string& manifest, Conver
 
 // Asks the helper for its version; answers why the request cannot be made, if so.
 std::optional<Explanation> helperCannotDoIt(Conversation& conversation) {
-  const Outcome ping =
-      conversation.ask([](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); });
-  if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure(*failure);
+  const Outcome ping = conversation.askRepeatably(
+      [](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); });
+  if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure({.verb = Verb::ping}, *failure);
   if (halvoHelperSupportsAuthorization(halvoParseHelperVersion(std::get<std::string>(ping)))) return std::nullopt;
   return explainOldHelper();
+}
+
+// A client whose ping was answered is admitted: what ended a later connection was the end of the helper.
+Outcome ofAnAdmittedClient(const Outcome& outcome) {
+  const auto* failure = std::get_if<ServiceFailure>(&outcome);
+  if (failure == nullptr || failure->kind != ServiceFailure::Kind::unreachable) return outcome;
+  return ServiceFailure{ServiceFailure::Kind::interrupted, failure->description};
 }
 
 ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
@@ -114,7 +128,7 @@ ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest
         sendAuthorized(command, std::get<AdminGrant>(grant).externalForm(), manifest, helper, text, boolean);
       },
       whileWaiting);
-  return report(command, outcome, surroundings);
+  return report(command, ofAnAdmittedClient(outcome), surroundings);
 }
 
 }  // namespace
@@ -128,8 +142,7 @@ ExitStatus runCommand(const CommandLine& command, Conversation& conversation, co
     }
     manifest = std::move(std::get<std::string>(text));
   }
-  const bool changesNothing = command.verb == Verb::ping || command.verb == Verb::users;
-  if (!command.legacy && !changesNothing) return askAuthorized(command, manifest, conversation, surroundings);
+  if (!command.legacy && !changesNothing(command)) return askAuthorized(command, manifest, conversation, surroundings);
   return report(command, askPlain(command, manifest, conversation), surroundings);
 }
 

@@ -27,7 +27,7 @@ class CommandsTest : public testing::Test {
   ~CommandsTest() override { sim::setStateRoot("/sim"); }
 
   ExitStatus run(const CommandLine& command) {
-    Conversation conversation(std::make_unique<ScriptedClient>(helper));
+    Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); });
     return runCommand(command, conversation, {out, err});
   }
 
@@ -229,19 +229,50 @@ TEST_F(CommandsTest, AHelperThatDoesNotAnswerAPingIsNotAskedForAChange) {
 
   EXPECT_EQ(run({.verb = Verb::finalize}), ExitStatus::unreachable);
 
-  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "ping"));
   EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper cannot be reached, "));
 }
 
-TEST_F(CommandsTest, AFailureOfTheRequestIsExplainedAndPrintsNoReply) {
-  helper->requestFailure = {ServiceFailure::Kind::interrupted, "gone"};
+class ChangeThatIsCutOff : public CommandsTest, public testing::WithParamInterface<ServiceFailure::Kind> {};
+
+// Its ping was answered: the helper does take this program for the application.
+TEST_P(ChangeThatIsCutOff, IsMadeOnceAndSaidToBeUnknown) {
+  helper->requestFailure = {GetParam(), "gone"};
 
   EXPECT_EQ(run({.verb = Verb::finalize, .withoutGrant = true}), ExitStatus::interrupted);
 
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "finalizeRemoval 32 bytes"));
   EXPECT_EQ(out.str(), "");
-  EXPECT_EQ(
-      err.str(),
-      "halvo-app: The helper ended before it replied. (gone) Try again: what it was doing may be done in part.\n");
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper ended before it replied. (gone) It is unknown "
+                                             "whether the request was begun. "));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ChangeThatIsCutOff,
+                         testing::Values(ServiceFailure::Kind::interrupted, ServiceFailure::Kind::unreachable));
+
+TEST_F(CommandsTest, AChangeThatTheHelperCouldNotTakeIsExplainedAsThat) {
+  helper->requestFailure = {ServiceFailure::Kind::rejected, "why"};
+
+  EXPECT_EQ(run({.verb = Verb::finalize, .withoutGrant = true}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper could not take the request. "));
+}
+
+TEST_F(CommandsTest, AListOfUsersThatIsCutOffIsAskedForOnceMore) {
+  helper->requestFailure = {ServiceFailure::Kind::interrupted, "gone"};
+
+  EXPECT_EQ(run({.verb = Verb::users}), ExitStatus::interrupted);
+
+  EXPECT_THAT(helper->requests, ElementsAre("users", "users"));
+  EXPECT_EQ(err.str(), "halvo-app: The helper ended before it replied. (gone) Try again.\n");
+}
+
+TEST_F(CommandsTest, ALegacyRequestThatIsCutOffIsNotRepeatedSinceAnOldHelperActsOnIt) {
+  helper->requestFailure = {ServiceFailure::Kind::interrupted, "gone"};
+
+  EXPECT_EQ(run({.verb = Verb::prepareRemoval, .legacy = true}), ExitStatus::interrupted);
+
+  EXPECT_THAT(helper->requests, ElementsAre("legacy prepareForRemoval false"));
 }
 
 TEST_F(CommandsTest, AChangeCarriesTheApprovalOfAnAdministrator) {
@@ -342,7 +373,8 @@ TEST_F(CommandsTest, WhatTakesLongIsSaidOnceAndTheNewLinesOfItsLogAreShown) {
                               << std::flush,
                            helper->answer(); }};
 
-  Conversation conversation(std::make_unique<ScriptedClient>(helper), {.patience = {}, .betweenLooks = {}});
+  Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); },
+                            {.patience = {}, .betweenLooks = {}});
   const ExitStatus status = runCommand({.verb = Verb::prepareRemoval, .withoutGrant = true}, conversation,
                                        {out, watched, [&](const auto&) { return log; }});
 

@@ -22,8 +22,8 @@ class FirstAnswer {
 
 }  // namespace
 
-Conversation::Conversation(std::unique_ptr<ServiceClient> client, const Pace& pace)
-    : client_(std::move(client)), pace_(pace) {}
+Conversation::Conversation(Connect connect, const Pace& pace)
+    : connect_(std::move(connect)), client_(connect_()), pace_(pace) {}
 
 Outcome Conversation::ask(const Request& request, const std::function<void()>& whileWaiting) {
   const auto answer = std::make_shared<FirstAnswer>();
@@ -40,6 +40,15 @@ Outcome Conversation::ask(const Request& request, const std::function<void()>& w
     whileWaiting();
   }
   return outcome.get();
+}
+
+Outcome Conversation::askRepeatably(const Request& request) {
+  Outcome outcome = ask(request);
+  const auto* failure = std::get_if<ServiceFailure>(&outcome);
+  // A connection that the exit of the helper ends before it is taken looks like that of a client that is refused.
+  if (failure == nullptr || failure->kind == ServiceFailure::Kind::rejected) return outcome;
+  client_ = connect_();
+  return ask(request);
 }
 
 Outcome Conversation::tell(const std::function<void(HalvoHelperProtocol& helper)>& message) {

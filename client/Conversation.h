@@ -30,17 +30,25 @@ class Conversation {
   // Makes the request on the helper's proxy, giving exactly one of the two replies on.
   using Request = std::function<void(HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean)>;
 
-  explicit Conversation(std::unique_ptr<ServiceClient> client, const Pace& pace = {});
+  // Makes a client of the service, which connects with its first message.
+  using Connect = std::function<std::unique_ptr<ServiceClient>()>;
+
+  explicit Conversation(Connect connect, const Pace& pace = {});
 
   // Blocks until the helper has answered, however long that takes. When that is longer than the patience,
   // `whileWaiting` is called again and again on this thread, the last time when the answer is there.
   Outcome ask(
       const Request& request, const std::function<void()>& whileWaiting = [] {});
 
+  // The same for a request that changes nothing: where the connection ends before the reply, the request is made once
+  // more on a fresh one. The helper exits when it is idle, and a request that meets the exit is cut off.
+  Outcome askRepeatably(const Request& request);
+
   // Sends a message without reply. Returns when the helper has taken it, or with the failure.
   Outcome tell(const std::function<void(HalvoHelperProtocol& helper)>& message);
 
  private:
+  const Connect connect_;
   std::unique_ptr<ServiceClient> client_;
   const Pace pace_;
 };

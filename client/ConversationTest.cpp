@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <deque>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -41,7 +43,7 @@ class KeepingHelper final : public HalvoHelperProtocol {
 
 class KeepingClient final : public ServiceClient {
  public:
-  explicit KeepingClient(std::shared_ptr<KeepingHelper> helper, FailureHandler& onFailure)
+  KeepingClient(std::shared_ptr<KeepingHelper> helper, FailureHandler& onFailure)
       : helper_(std::move(helper)), onFailure_(onFailure) {}
   std::shared_ptr<HalvoHelperProtocol> proxy(FailureHandler onFailure) override {
     onFailure_ = std::move(onFailure);
@@ -56,12 +58,31 @@ class KeepingClient final : public ServiceClient {
 void ping(HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); }
 
 const ServiceFailure kInterrupted{ServiceFailure::Kind::interrupted, "gone"};
+const ServiceFailure kUnreachable{ServiceFailure::Kind::unreachable, "closed"};
+const ServiceFailure kRejected{ServiceFailure::Kind::rejected, "no"};
 
 class ConversationTest : public testing::Test {
  protected:
   Conversation with(const Pace& pace = {}) {
-    return Conversation(std::make_unique<KeepingClient>(helper, onFailure), pace);
+    return Conversation(
+        [this] {
+          ++connections;
+          return std::make_unique<KeepingClient>(helper, onFailure);
+        },
+        pace);
   }
+
+  // Answers each request with the next of these outcomes.
+  Conversation::Request answering(std::deque<Outcome> outcomes) {
+    return [this, outcomes = std::make_shared<std::deque<Outcome>>(std::move(outcomes))](auto&, auto& text, auto&) {
+      const Outcome next = outcomes->front();
+      outcomes->pop_front();
+      std::holds_alternative<std::string>(next) ? text(std::get<std::string>(next))
+                                                : onFailure(std::get<ServiceFailure>(next));
+    };
+  }
+
+  int connections = 0;
 
   std::shared_ptr<KeepingHelper> helper = std::make_shared<KeepingHelper>();
   ServiceClient::FailureHandler onFailure;
@@ -115,6 +136,45 @@ TEST_F(ConversationTest, AnswerMayComeFromAnotherThread) {
 
   EXPECT_EQ(outcome, Outcome("from afar"));
 }
+
+TEST_F(ConversationTest, ARequestIsMadeOverOneConnection) {
+  Conversation conversation = with();
+  conversation.ask(ping);
+  conversation.ask(ping);
+
+  EXPECT_EQ(connections, 1);
+}
+
+TEST_F(ConversationTest, ARequestThatWasCutOffIsNotMadeAgain) {
+  const Outcome outcome = with().ask(answering({kInterrupted, "pong"}));
+
+  EXPECT_EQ(outcome, Outcome(kInterrupted));
+  EXPECT_EQ(connections, 1);
+}
+
+struct RepeatRow {
+  const char* name;
+  std::deque<Outcome> outcomes;
+  Outcome expected;
+  int connections;
+};
+
+class RequestThatChangesNothing : public ConversationTest, public testing::WithParamInterface<RepeatRow> {};
+
+TEST_P(RequestThatChangesNothing, IsMadeOnceMoreOnAFreshConnectionWhereTheFirstOneEnded) {
+  const Outcome outcome = with().askRepeatably(answering(GetParam().outcomes));
+
+  EXPECT_EQ(outcome, GetParam().expected);
+  EXPECT_EQ(connections, GetParam().connections);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, RequestThatChangesNothing,
+                         testing::Values(RepeatRow{"Answered", {"pong", "never"}, "pong", 1},
+                                         RepeatRow{"Interrupted", {kInterrupted, "pong", "never"}, "pong", 2},
+                                         RepeatRow{"ClosedBeforeItWasTaken", {kUnreachable, "pong"}, "pong", 2},
+                                         RepeatRow{"Twice", {kInterrupted, kUnreachable, "never"}, kUnreachable, 2},
+                                         RepeatRow{"Rejected", {kRejected, "never"}, kRejected, 1}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ConversationTest, MessageWithoutReplyIsFollowedByAPing) {
   const Outcome outcome = with().tell([](HalvoHelperProtocol& proxy) { proxy.finalizeRemoval(); });

@@ -99,6 +99,28 @@ Explanation explainUnauthorized(const CommandLine& command) {
       "it refuses every change."};
 }
 
+std::string_view adviceAfterInterruption(const CommandLine& command) {
+  switch (command.verb) {
+    case Verb::ping:
+    case Verb::users:
+      return "Try again.";
+    case Verb::install:
+      // The system's installer outlives a helper that ends under it.
+      return "It is unknown whether the request was begun. The last lines of /var/log/halvo-install.log say how far it "
+             "came. Wait until no process called installer runs, or restart the Mac, before you install again.";
+    case Verb::prepareRemoval:
+      return "It is unknown whether the request was begun. The last lines of /var/log/halvo-uninstall.log say how far "
+             "it came. What is gone may be removed again: make the request once more.";
+    case Verb::removeBundle:
+      return "It is unknown whether the request was begun. Look whether the folder is still there, and make the "
+             "request once more if it is.";
+    case Verb::finalize:
+      return "It is unknown whether the request was begun. Where \"halvo-app ping\" is still answered, make the "
+             "request once more.";
+  }
+  return {};
+}
+
 }  // namespace
 
 Explanation explainTextReply(const CommandLine& command, const std::string& reply) {
@@ -128,7 +150,7 @@ Explanation explainBoolReply(const CommandLine& command, bool succeeded) {
 
 Explanation explainNoReply(const CommandLine& command) { return explainUnauthorized(command); }
 
-Explanation explainFailure(const ServiceFailure& failure) {
+Explanation explainFailure(const CommandLine& command, const ServiceFailure& failure) {
   const std::string inBrackets = " (" + visibleText(failure.description) + ") ";
   switch (failure.kind) {
     case ServiceFailure::Kind::unreachable:
@@ -138,7 +160,7 @@ Explanation explainFailure(const ServiceFailure& failure) {
                   "Items, and try again."};
     case ServiceFailure::Kind::interrupted:
       return {ExitStatus::interrupted,
-              "The helper ended before it replied." + inBrackets + "Try again: what it was doing may be done in part."};
+              "The helper ended before it replied." + inBrackets + std::string(adviceAfterInterruption(command))};
     case ServiceFailure::Kind::rejected:
       return {ExitStatus::refused, "The helper could not take the request." + inBrackets +
                                        "Application and helper may be of different versions: update both."};

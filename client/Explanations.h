@@ -26,7 +26,8 @@ struct Explanation {
 // The one request that has no reply, finalize of the first generation, has arrived.
 [[nodiscard]] Explanation explainNoReply(const CommandLine& command);
 
-[[nodiscard]] Explanation explainFailure(const ServiceFailure& failure);
+// A change that was cut off may have been done, in part or not at all: the text says where to look.
+[[nodiscard]] Explanation explainFailure(const CommandLine& command, const ServiceFailure& failure);
 
 [[nodiscard]] Explanation explainOldHelper();
 

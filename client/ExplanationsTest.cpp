@@ -192,7 +192,7 @@ struct FailureRow {
 class FailureExplanation : public testing::TestWithParam<FailureRow> {};
 
 TEST_P(FailureExplanation, RepeatsThePlatformsWordsAndSaysWhatToDo) {
-  EXPECT_EQ(explainFailure(GetParam().failure), GetParam().expected);
+  EXPECT_EQ(explainFailure({.verb = Verb::ping}, GetParam().failure), GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -206,13 +206,51 @@ INSTANTIATE_TEST_SUITE_P(
                     "and try again."}},
         FailureRow{"Interrupted",
                    {ServiceFailure::Kind::interrupted, "why"},
-                   {ExitStatus::interrupted,
-                    "The helper ended before it replied. (why) Try again: what it was doing may be done in part."}},
+                   {ExitStatus::interrupted, "The helper ended before it replied. (why) Try again."}},
         FailureRow{"Rejected",
                    {ServiceFailure::Kind::rejected, "w\x1Bhy"},
                    {ExitStatus::refused,
                     "The helper could not take the request. (w\\033hy) Application and helper may be of different "
                     "versions: update both."}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+struct CutOffRow {
+  const char* name;
+  CommandLine command;
+  std::string expected;
+};
+
+class CutOffExplanation : public testing::TestWithParam<CutOffRow> {};
+
+TEST_P(CutOffExplanation, SaysThatItIsUnknownWhetherTheChangeBeganAndWhereToLook) {
+  const ServiceFailure interrupted{ServiceFailure::Kind::interrupted, "why"};
+
+  EXPECT_EQ(explainFailure(GetParam().command, interrupted),
+            (Explanation{ExitStatus::interrupted,
+                         "The helper ended before it replied. (why) It is unknown whether the request was begun. " +
+                             GetParam().expected}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, CutOffExplanation,
+    testing::Values(
+        CutOffRow{"Install",
+                  {.verb = Verb::install},
+                  "The last lines of /var/log/halvo-install.log say how far it came. Wait until no process called "
+                  "installer runs, or restart the Mac, before you install again."},
+        CutOffRow{"PrepareRemoval",
+                  {.verb = Verb::prepareRemoval},
+                  "The last lines of /var/log/halvo-uninstall.log say how far it came. What is gone may be removed "
+                  "again: make the request once more."},
+        CutOffRow{"RemoveBundle",
+                  {.verb = Verb::removeBundle},
+                  "Look whether the folder is still there, and make the request once more if it is."},
+        CutOffRow{"Finalize",
+                  {.verb = Verb::finalize},
+                  "Where \"halvo-app ping\" is still answered, make the request once more."},
+        CutOffRow{"Legacy",
+                  {.verb = Verb::finalize, .legacy = true},
+                  "Where \"halvo-app ping\" is still answered, make the request once more."}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ExplanationsTest, AHelperThatIsTooOldIsReplacedByTheApplication) {

@@ -35,7 +35,7 @@ class ProgramTest : public testing::Test {
   ExitStatus run(const std::vector<std::string>& words) { return runWith(words, out); }
 
   ExitStatus runWith(const std::vector<std::string>& words, std::ostream& output) {
-    const auto connect = [this] { return Conversation(std::make_unique<ScriptedClient>(helper)); };
+    const auto connect = [this] { return Conversation([this] { return std::make_unique<ScriptedClient>(helper); }); };
     return runProgram(words, connect, {output, err});
   }
 

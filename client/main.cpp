@@ -14,7 +14,8 @@ int main(int argc, char* argv[]) {
   halvo::takeClosedStandardStreams();
   halvo::endWithStatusOnInterrupt();
   const auto connect = [] {
-    return halvo::Conversation(halvo::ServiceClient::forMachService(std::string(halvo::kHalvoHelperMachService)));
+    return halvo::Conversation(
+        [] { return halvo::ServiceClient::forMachService(std::string(halvo::kHalvoHelperMachService)); });
   };
   // A caller may leave out even the name of the program.
   const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
