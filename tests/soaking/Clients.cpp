@@ -1,5 +1,5 @@
 // Hostile clients, admitted and not, while a good one is served.
-#include <fstream>
+#include <algorithm>
 #include <functional>
 
 #include "tests/soaking/Soak.h"
@@ -120,10 +120,8 @@ class Clients {
   }
 
   bool runs(const std::string& name) {
-    for (const ProcessFigures& process : soak_.census()) {
-      if (process.name == name && process.threads > 0) return true;
-    }
-    return false;
+    const auto processes = soak_.census();
+    return std::ranges::find(processes, name, &ProcessFigures::name) != processes.end();
   }
 
   void recycleNumber() {

@@ -4,21 +4,14 @@
 #include <thread>
 
 #include "tests/soaking/Leftovers.h"
+#include "tests/soaking/Patient.h"
 #include "tests/soaking/Soak.h"
 
 namespace halvo::soak {
 namespace {
 
-using sim::ProductMachine;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
-
-constexpr const char* kInstalled = R"({"code":"ok","changed":["driver","broker","daemon_agent"]})";
-constexpr const char* kStagingFailed = R"({"code":"untrusted_package","reason":"staging_failed"})";
-constexpr const char* kStagedPackage = "/private/var/db/halvo/install-staging/incoming.pkg";
-constexpr const char* kSnapshots = "/private/var/db/halvo/install-rollback";
-// launchd waits ten seconds between two starts of a helper: a fifth of a second at this rate.
-constexpr const char* kRate = "50\n";
 
 struct Operation {
   const char* name;
@@ -39,16 +32,7 @@ struct ToolRun {
 
 class Kills {
  public:
-  explicit Kills(unsigned seed) : random_(seed) {
-    soak_.mac().writeState("clock-rate", kRate);
-    // The manifest names a high version, so that either may be installed over the other.
-    for (const char* version : {"1.2.0", "1.3.0"}) {
-      packages_.push_back(soak_.machine.package({.name = version, .version = version}));
-      soak_.mac().writeFile(packages_.back().manifest, R"({"driver_version":"9.0"})");
-    }
-    soak_.mac().start();
-    learn();
-  }
+  explicit Kills(unsigned seed) : random_(seed) {}
 
   void atEveryToolCall(const Operation& operation) {
     const std::vector<ToolRun> runs = toolRunsOf(operation);
@@ -64,28 +48,11 @@ class Kills {
          std::to_string(length.count()) + " ms, " + std::to_string(cutOff_) + " times before it was answered");
   }
 
-  void conclude() const {
-    tell(std::to_string(recoveries_) + " installs afterwards made the product whole; " +
-         std::to_string(stagingFailures_) + " of them after the one refusal that clears a staged package away");
-  }
+  void conclude() const { tell(patient_.recoveries()); }
 
  private:
-  // What whole installations of both packages look like, and the machine at rest.
-  void learn() {
-    for (int i = 0; i < 2; ++i) {
-      switchPackages();
-      require(install() == kInstalled, "the first install fails");
-      trees_[fresh_] = soak_.machine.components();
-    }
-    waitForRest("before the first kill");
-    rest_ = restOf(soak_);
-  }
-
-  void switchPackages() { fresh_ = 1 - fresh_; }
-  std::string install() { return soak_.reply(ProductMachine::install(packages_[fresh_])); }
-
   std::vector<std::string> argumentsOf(const Operation& operation) const {
-    return operation.arguments.empty() ? ProductMachine::install(packages_[fresh_]) : operation.arguments;
+    return operation.arguments.empty() ? patient_.installation() : operation.arguments;
   }
 
   bool helperIsGone() { return !soak_.machine.helperProcess(); }
@@ -99,7 +66,7 @@ class Kills {
   }
 
   std::vector<ToolRun> toolRunsOf(const Operation& operation) {
-    switchPackages();
+    patient_.switchPackages();
     runWhole(operation);
     std::vector<ToolRun> runs;
     for (const sim::ToolCall& call : soak_.mac().calls()) {
@@ -107,17 +74,17 @@ class Kills {
       const auto same = [&](const ToolRun& other) { return other.tool == run.tool && other.verb == run.verb; };
       runs.push_back({run.tool, run.verb, 1 + static_cast<int>(std::ranges::count_if(runs, same))});
     }
-    recover(std::string(operation.name) + " without a kill");
+    patient_.recover(std::string(operation.name) + " without a kill");
     return runs;
   }
 
   milliseconds lengthOf(const Operation& operation) {
-    switchPackages();
+    patient_.switchPackages();
     soak_.reply({"ping"});
     const auto begin = Clock::now();
     runWhole(operation);
     const auto length = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
-    recover(std::string(operation.name) + " without a kill");
+    patient_.recover(std::string(operation.name) + " without a kill");
     return length;
   }
 
@@ -128,11 +95,11 @@ class Kills {
   void killAt(const Operation& operation, const ToolRun& run) {
     const std::string where =
         std::string(operation.name) + ", killed at " + run.tool + " " + run.verb + " " + std::to_string(run.number);
-    switchPackages();
+    patient_.switchPackages();
     soak_.mac().writeState("calls.jsonl", "");
     soak_.mac().writeState("faults/" + run.tool, "hang on " + run.verb + " call " + std::to_string(run.number) + "\n");
     auto result = soak_.machine.appAsync(argumentsOf(operation));
-    require(sim::waitUntil([&] { return toolHangs(); }), where + ": the tool is never called");
+    require(sim::waitUntil([&] { return patient_.toolHangs(); }), where + ": the tool is never called");
     const auto helper = soak_.machine.helperProcess();
     // A helper that launchd has let go of already ends by itself.
     if (helper) kill(*helper);
@@ -140,12 +107,7 @@ class Kills {
     soak_.mac().writeState("faults/" + run.tool, "");
     judge(result.get(), operation, where);
     endHungTool(run, where);
-    recover(where);
-  }
-
-  bool toolHangs() {
-    const auto calls = soak_.mac().calls();
-    return !calls.empty() && calls.back().status == -1;
+    patient_.recover(where);
   }
 
   // The tools outlive the helper; one that hangs is ended here, as a person would.
@@ -161,7 +123,7 @@ class Kills {
   }
 
   void killAfter(const Operation& operation, milliseconds length) {
-    switchPackages();
+    patient_.switchPackages();
     soak_.mac().writeState("calls.jsonl", "");
     soak_.reply({"ping"});
     const auto helper = soak_.machine.helperProcess();
@@ -172,8 +134,7 @@ class Kills {
     std::this_thread::sleep_for(std::chrono::microseconds(moment));
     if (helper) kill(*helper);
     judge(result.get(), operation, where);
-    waitForRest(where);
-    recover(where);
+    patient_.recover(where);
   }
 
   // The client either got its answer or was told that it is unknown how far the helper came.
@@ -187,83 +148,13 @@ class Kills {
       require(result.status == 0,
               where + ": the client ended with " + std::to_string(result.status) + ": " + result.out + result.err);
     }
-    judgeComponents(operation, where);
+    patient_.requireNothingHalf(operation.arguments.empty(), where);
   }
 
-  // While the installer still runs, its part of the work is not judged.
-  void judgeComponents(const Operation& operation, const std::string& where) {
-    waitForRest(where, Hung::mayBe);
-    const bool installs = operation.arguments.empty();
-    const sim::TreeSnapshot none;
-    const auto found = standings(soak_.machine.components(), trees_[1 - fresh_], installs ? trees_[fresh_] : none);
-    const auto allowed = [&](Standing standing) {
-      if (installs) return standing == Standing::old || standing == Standing::fresh;
-      return standing == Standing::old || standing == Standing::absent || standing == Standing::partOfOld;
-    };
-    require(std::ranges::all_of(found, allowed), where + ": " + soak::describe(found));
-    // A plain file is removed in one step; only the driver is a folder.
-    require(std::ranges::count(found.begin() + 1, found.end(), Standing::partOfOld) == 0,
-            where + ": " + soak::describe(found));
-  }
-
-  enum class Hung { never, mayBe };
-
-  void waitForRest(const std::string& where, Hung hung = Hung::never) {
-    const auto toolsEnded = [&] {
-      if (hung == Hung::mayBe && toolHangs()) return true;
-      return std::ranges::none_of(soak_.census(), [](const auto& process) { return isTool(process.name); });
-    };
-    require(sim::waitUntil(toolsEnded, std::chrono::seconds(20)), where + ": a tool does not end");
-  }
-
-  void requireService(const std::string& where) {
-    if (soak_.machine.app({"ping"}).status == 0) return;
-    require(soak_.mac().readState("registered-services").empty() || !soak_.machine.job("system", "com.halvo.helper"),
-            where + ": the helper is registered and does not answer");
-    soak_.machine.reinstallApplication();
-    require(soak_.machine.app({"ping"}).status == 0, where + ": the helper that was registered anew does not answer");
-  }
-
-  std::ptrdiff_t snapshots() {
-    std::error_code error;
-    return std::distance(std::filesystem::directory_iterator(soak_.mac().path(kSnapshots), error), {});
-  }
-
-  void recover(const std::string& where) {
-    requireService(where);
-    const std::ptrdiff_t before = snapshots();
-    const bool staged = soak_.stands(kStagedPackage);
-    if (staged) {
-      const std::string refusal = install();
-      require(refusal == kStagingFailed,
-              where + ": with a staged package left over, an install is answered " + refusal);
-      ++stagingFailures_;
-    }
-    const std::string reply = install();
-    require(reply == kInstalled, where + ": the install afterwards is answered " + reply);
-    ++recoveries_;
-    requireWhole(where);
-    require(snapshots() <= before + 1, where + ": one install made more than one snapshot");
-  }
-
-  void requireWhole(const std::string& where) {
-    const auto found = standings(soak_.machine.components(), {}, trees_[fresh_]);
-    require(std::ranges::all_of(found, [](Standing standing) { return standing == Standing::fresh; }),
-            where + ": after the next install: " + soak::describe(found));
-    const auto running = [&] { return restOf(soak_).processes == rest_.processes; };
-    sim::waitUntil(running, std::chrono::seconds(5));
-    requireSame(rest_, restOf(soak_), where);
-  }
-
-  SoakMachine soak_;
+  Patient patient_;
+  SoakMachine& soak_ = patient_.soak();
   std::mt19937 random_;
-  std::vector<sim::PackageFiles> packages_;
-  std::array<sim::TreeSnapshot, 2> trees_;
-  std::size_t fresh_ = 0;  // the package that is installed next
-  Rest rest_;
   int cutOff_ = 0;
-  int recoveries_ = 0;
-  int stagingFailures_ = 0;
 };
 
 }  // namespace
