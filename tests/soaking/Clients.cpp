@@ -221,13 +221,15 @@ class Clients {
     return figures;
   }
 
-  static void compare(const ProcessFigures& before, const ProcessFigures& after) {
+  void compare(const ProcessFigures& before, const ProcessFigures& after) {
     const auto words = [](const ProcessFigures& figures) {
       return std::to_string(figures.descriptors) + " descriptors, " + std::to_string(figures.threads) + " threads, " +
              std::to_string(figures.kilobytes) + " KB";
     };
     const std::string both = "the helper had " + words(before) + " and has " + words(after);
-    require(before.pid == after.pid, "the helper that was attacked has ended");
+    const auto job = soak_.machine.job("system", "com.halvo.helper");
+    require(job && job->starts == 1, "the helper that was attacked was started " + std::to_string(job->starts) +
+                                         " times; it ended with " + std::to_string(job->lastExitStatus.value_or(-1)));
     require(before.descriptors == after.descriptors && before.threads == after.threads, both);
     constexpr int kGrowth = 4096;
     require(after.kilobytes <= before.kilobytes + kGrowth, both);
