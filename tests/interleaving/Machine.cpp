@@ -100,6 +100,7 @@ ProcessResult Machine::checkSignature(const std::string& package) {
 }
 
 ProcessResult Machine::install(const std::string& package) {
+  breaks(Rule::noInstall, "the installer runs");
   const auto found = files.files.find(package);
   if (found == files.files.end()) return {.code = 1, .output = ""};
   const std::string bytes = found->second;

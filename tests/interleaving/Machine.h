@@ -26,6 +26,7 @@ enum class Rule {
   snapshot,       // nor its snapshot
   wholeRuns,      // the process does not end while a run that changes the machine is under way
   authorized,     // who was refused changes nothing
+  noInstall,      // the installer does not run: what good packages break, and evil ones must not
 };
 
 constexpr const char* kGoodPackage = "/Users/ada/good.pkg";

@@ -35,6 +35,7 @@ inline constexpr std::array kEveryRequest = {Request::install,
 
 [[nodiscard]] std::string_view name(Request request);
 
+// What holds whatever is asked for.
 inline const std::set<Rule> kEveryRule = {Rule::verifiedBytes, Rule::staging, Rule::snapshot, Rule::wholeRuns,
                                           Rule::authorized};
 

@@ -29,6 +29,16 @@ std::string groupName(const testing::TestParamInfo<std::vector<Request>>& row) {
   return text;
 }
 
+TEST(WiredRequest, AGoodPackageReachesTheInstaller) {
+  EXPECT_THAT(Explorer(wired({install}, {Rule::noInstall})).run().violation, Eq("the installer runs"));
+}
+
+TEST(WiredRequest, RefusedInstallsNeverReachTheInstaller) {
+  const std::vector<Request> refused = {evilInstall, unstageableInstall, unauthorizedInstall};
+
+  EXPECT_THAT(Explorer(wired(refused, {Rule::noInstall})).run().violation, Eq(std::nullopt));
+}
+
 class WiredRequests : public testing::TestWithParam<std::vector<Request>> {};
 
 TEST_P(WiredRequests, KeepEveryRuleInEverySchedule) {
