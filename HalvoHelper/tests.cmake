@@ -99,7 +99,7 @@ endif()
 set_source_files_properties(
   testing/FaultMatrix.cpp testing/Faults.cpp testing/FileTree.cpp
   testing/InMemoryPrivilegedFS.cpp testing/InstallMachine.cpp
-  PROPERTIES COMPILE_OPTIONS -O2)
+  PROPERTIES COMPILE_OPTIONS -O2 SKIP_PRECOMPILE_HEADERS ON)
 
 # Small programs that the tests start as child processes.
 halvo_executable(halvo_child_report SOURCES testing/ChildReport.cpp)

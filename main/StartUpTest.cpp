@@ -8,10 +8,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "main/MainQueue.h"
+#include "platform/ServiceRegistration.h"
 #include "platform/SystemLog.h"
 #include "platform/SystemUptime.h"
 #include "transport/ServiceListener.h"
@@ -52,6 +54,11 @@ class NotedListener final : public ServiceListener {
 }  // namespace
 
 void halvoSystemLog(std::string_view line) { note("log: " + std::string(line)); }
+
+std::optional<std::string> halvoUnregisterDaemon(std::string_view plistName) {
+  note("unregistered " + std::string(plistName));
+  return std::nullopt;
+}
 
 double halvoSystemUptime() { return fakeSystem().uptime; }
 

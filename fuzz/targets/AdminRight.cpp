@@ -64,7 +64,7 @@ Drawn drawnObject(Input& input) {
       return {numberObject(kCFNumberSInt64Type, number), number};
     }
     case 3:
-      return {numberObject(kCFNumberFloat64Type, 0.5), AdminRightOther{}};
+      return {numberObject(kCFNumberDoubleType, 0.5), AdminRightOther{}};
     case 4:
       return {Object(CFDataCreate(kCFAllocatorDefault, nullptr, 0)), AdminRightOther{}};
     case 5:

@@ -10,12 +10,12 @@
 
 #include "HalvoHelper/security/RealAdminAuthorizer.h"
 #include "HalvoHelper/security/ScopedAuthorization.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "fuzz/support/Input.h"
 #include "fuzz/support/Require.h"
 #include "fuzz/support/Target.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
-#include "sim/support/StateRoot.h"
-#include "sim/support/TemporaryDirectory.h"
+#include "sim/support/MachinePaths.h"
 
 namespace halvo::fuzz {
 namespace {
@@ -40,7 +40,7 @@ class Client {
   [[nodiscard]] const Form& form() const { return form_; }
 
  private:
-  sim::TemporaryDirectory state_;
+  TemporaryDirectory state_;
   ScopedAuthorization reference_;
   Form form_;
 };

@@ -8,8 +8,8 @@
 
 namespace halvo::sim {
 
-// All bytes of the file, or those up to where reading fails; none when it cannot be opened. Never throws for a file: what
-// lies below /proc fails in the middle when its process ends.
+// All bytes of the file, or those up to where reading fails; none when it cannot be opened. Never throws for a file:
+// what lies below /proc fails in the middle when its process ends.
 inline std::string wholeFile(const std::filesystem::path& file) {
   std::ifstream in(file, std::ios::binary);
   std::ostringstream bytes;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/scenario/ProductMachine.h"
+#include "sim/harness/ProductMachine.h"
 
 namespace halvo::soak {
 
@@ -47,7 +47,7 @@ class SoakMachine {
 
   sim::ProductMachine machine;
 
-  sim::SimulatedMac& mac() { return machine.mac(); }
+  sim::Machine& mac() { return machine.mac(); }
 
   // Another copy of the program of clients, with the signature of somebody else.
   std::string stranger(const std::string& name, const std::string& identifier, const std::string& team);

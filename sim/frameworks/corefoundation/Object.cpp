@@ -45,6 +45,12 @@ CFTypeID CFGetTypeID(CFTypeRef cf) {
   return objectOf(cf).type();
 }
 
+CFTypeRef CFRetain(CFTypeRef cf) {
+  if (cf == nullptr) abortWithReason("CFRetain was given a null reference");
+  objectOf(cf).retain();
+  return cf;
+}
+
 void CFRelease(CFTypeRef cf) {
   if (cf == nullptr) abortWithReason("CFRelease was given a null reference");
   objectOf(cf).release();

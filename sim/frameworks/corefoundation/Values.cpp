@@ -31,8 +31,11 @@ std::pair<std::int64_t, bool> asInteger(double value) {
   return {whole, static_cast<double>(whole) == value && whole != std::numeric_limits<std::int64_t>::max()};
 }
 
-void requireInteger(CFNumberType type) {
-  if (type != kCFNumberSInt64Type) abortWithReason("only 64-bit integers are put into numbers or taken out here");
+template <typename T>
+CFNumberRef numberAt(const void* value) {
+  T content{};
+  std::memcpy(&content, value, sizeof content);
+  return new __CFNumber(content);
 }
 
 }  // namespace
@@ -58,14 +61,13 @@ Boolean CFBooleanGetValue(CFBooleanRef boolean) {
 CFTypeID CFNumberGetTypeID(void) { return halvo::sim::kNumberType; }
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void* valuePtr) {
-  requireInteger(theType);
-  std::int64_t value = 0;
-  std::memcpy(&value, valuePtr, sizeof value);
-  return new __CFNumber(value);
+  if (theType == kCFNumberSInt64Type) return numberAt<std::int64_t>(valuePtr);
+  if (theType == kCFNumberDoubleType) return numberAt<double>(valuePtr);
+  abortWithReason("numbers are made here of 64-bit integers and of doubles only");
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void* valuePtr) {
-  requireInteger(theType);
+  if (theType != kCFNumberSInt64Type) abortWithReason("only 64-bit integers are taken out of numbers here");
   const auto* object = objectAs<__CFNumber>(number, halvo::sim::kNumberType);
   if (object == nullptr) abortWithReason("CFNumberGetValue was given something that is not a number");
   const auto [value, exact] = std::visit([](auto content) { return asInteger(content); }, object->value);

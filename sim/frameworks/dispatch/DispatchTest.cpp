@@ -8,7 +8,9 @@
 #include <string>
 #include <thread>
 
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/dispatch/MainQueue.h"
+#include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
 
 namespace halvo::sim {

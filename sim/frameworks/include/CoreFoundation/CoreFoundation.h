@@ -34,7 +34,7 @@ static inline CFRange CFRangeMake(CFIndex location, CFIndex length) { return {lo
 typedef UInt32 CFStringEncoding;
 enum : CFStringEncoding { kCFStringEncodingUTF8 = 0x08000100 };
 
-typedef enum CFNumberType : CFIndex { kCFNumberSInt64Type = 4 } CFNumberType;
+typedef enum CFNumberType : CFIndex { kCFNumberSInt64Type = 4, kCFNumberDoubleType = 13 } CFNumberType;
 
 // Without callbacks a dictionary neither retains nor compares by value.
 typedef struct {
@@ -64,6 +64,7 @@ extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
 
 CFTypeID CFGetTypeID(CFTypeRef cf);
 // A null reference ends the process here as it does on a Mac.
+CFTypeRef CFRetain(CFTypeRef cf);
 void CFRelease(CFTypeRef cf);
 
 CFTypeID CFStringGetTypeID(void);
