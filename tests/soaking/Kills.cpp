@@ -106,8 +106,14 @@ class Kills {
     require(sim::waitUntil([&] { return soak_.machine.helperProcess() != helper || !helper; }), where + ": it lives");
     soak_.mac().writeState("faults/" + run.tool, "");
     judge(result.get(), operation, where);
+    letTheHelperGo(operation);
     endHungTool(run, where);
     patient_.recover(where);
+  }
+
+  // A request that no helper had accepted yet is carried out by the next one, which goes a moment after its answer.
+  void letTheHelperGo(const Operation& operation) {
+    if (operation.endsTheHelper) sim::waitUntil([&] { return helperIsGone(); }, std::chrono::seconds(2));
   }
 
   // The tools outlive the helper; one that hangs is ended here, as a person would.
@@ -134,6 +140,7 @@ class Kills {
     std::this_thread::sleep_for(std::chrono::microseconds(moment));
     if (helper) kill(*helper);
     judge(result.get(), operation, where);
+    letTheHelperGo(operation);
     patient_.recover(where);
   }
 

@@ -30,6 +30,10 @@ Patient::Patient() {
   }
   waitForTools("before the first kill");
   rest_ = restOf(soak_);
+  for (const char* program : {"halvo-helper", "halvo-broker", "halvo-daemon", "coreaudiod"}) {
+    require(std::ranges::count(rest_.processes, program) == 1,
+            std::string(program) + " does not run once in a whole machine");
+  }
 }
 
 std::vector<std::string> Patient::installation() const { return sim::ProductMachine::install(packages_[fresh_]); }
