@@ -27,6 +27,8 @@ struct Rest {
   int helperDescriptors = 0;
   int helperThreads = 0;
   std::vector<std::string> database;  // what lies in /var/db/halvo
+
+  bool operator==(const Rest&) const = default;
 };
 
 // Asks when the tools have ended.
