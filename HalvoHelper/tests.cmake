@@ -91,7 +91,10 @@ else()
 endif()
 set(libraries HalvoHelper)
 if(rapidcheck_FOUND)
-  list(APPEND tests security/PkgSignaturePropertyTest.cpp security/PkgTrustPropertyTest.cpp)
+  list(APPEND tests
+    security/PkgSignaturePropertyTest.cpp
+    security/PkgTrustPropertyTest.cpp
+    text/TextPropertyTest.cpp)
   list(APPEND libraries rapidcheck)
 endif()
 

@@ -9,6 +9,9 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -140,20 +143,26 @@ int spawn(const std::string& tool, const std::vector<std::string>& arguments, in
   return ::posix_spawn(&child, tool.c_str(), descriptors.get(), attributes.get(), argv.data(), environ);
 }
 
-// Everything up to the end of file. Nothing when reading fails: half a report is not a report.
-std::string readToEnd(int descriptor) {
+// Everything up to the end of file, or nothing when that is not UTF-8. Nothing when reading fails either: half a report
+// is not a report.
+std::string readTextToEnd(int descriptor) {
   constexpr std::size_t kChunk = 64UL * 1024;
+  const auto chunk = std::make_unique_for_overwrite<char[]>(kChunk);
   std::string text;
-  std::vector<char> chunk(kChunk);
+  std::size_t checked = 0;
   while (true) {
-    const ssize_t count = ::read(descriptor, chunk.data(), chunk.size());
-    if (count == 0) return text;
+    const ssize_t count = ::read(descriptor, chunk.get(), kChunk);
+    if (count == 0) break;
     if (count > 0) {
-      text.append(chunk.data(), static_cast<std::size_t>(count));
+      text.append(chunk.get(), static_cast<std::size_t>(count));
+      // While the tool goes on writing. What begins in one piece and ends in the next is looked at again then.
+      checked += halvoLeadingUTF8(std::string_view(text).substr(checked));
     } else if (errno != EINTR) {
       return {};
     }
   }
+  if (checked < text.size()) text.clear();
+  return text;
 }
 
 std::int32_t waitForExit(pid_t child) {
@@ -177,10 +186,9 @@ ProcessResult RealProcessRunner::run(const std::string& tool, const std::vector<
 
   // Read to end of file before waiting: a child that fills the pipe would never exit. Nor would one whose output cannot
   // be read, were the pipe not closed then.
-  std::string output = readToEnd(pipe.readEnd.get());
+  std::string output = readTextToEnd(pipe.readEnd.get());
   pipe.readEnd.close();
   const std::int32_t code = waitForExit(child);
-  if (!halvoIsValidUTF8(output)) output.clear();
   return {.code = code, .output = std::move(output)};
 }
 

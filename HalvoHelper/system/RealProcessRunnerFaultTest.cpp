@@ -6,11 +6,14 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
+#include <string>
 
 #include "HalvoHelper/system/InheritedState.h"
 #include "HalvoHelper/system/RealProcessRunner.h"
 #include "HalvoHelper/testing/ProcessState.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
+#include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/frameworks/testing/FrameworkProbe.h"
 
 namespace halvo {
@@ -184,6 +187,48 @@ TEST_F(RunnerFaultTest, AToolWhoseOutputCannotBeReadIsNotWaitedForInVain) {
   EXPECT_EQ(result, (ProcessResult{.code = SIGPIPE, .output = ""}));
   expectNothingLeft();
 }
+
+struct CutRow {
+  const char* name;
+  const char* before;  // what the tool has written, as printf(1) takes it, when the first read returns
+  const char* after;
+  const char* output;
+};
+
+class OutputReadInTwoPieces : public RunnerFaultTest, public testing::WithParamInterface<CutRow> {
+ protected:
+  // The tool writes its second piece once the first has been read.
+  ProcessResult run() const {
+    const std::string fifo = directory_.makeFifo("go");
+    const SystemCallHook secondRead("read", 2, [&] { std::ofstream(fifo) << "go\n"; });
+    return runShell(std::string("printf '") + GetParam().before + "'; read line < '" + fifo + "'; printf '" +
+                    GetParam().after + "'");
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_P(OutputReadInTwoPieces, IsJudgedAsOneText) {
+  EXPECT_EQ(run(), (ProcessResult{.code = 0, .output = GetParam().output}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, OutputReadInTwoPieces,
+                         testing::Values(CutRow{"AfterTheFirstByteOfFour", R"(a\360)", R"(\237\224\212b)",
+                                                "a\xF0\x9F\x94\x8A"
+                                                "b"},
+                                         CutRow{"AfterTheSecondByteOfFour", R"(a\360\237)", R"(\224\212b)",
+                                                "a\xF0\x9F\x94\x8A"
+                                                "b"},
+                                         CutRow{"AfterTheThirdByteOfFour", R"(a\360\237\224)", R"(\212b)",
+                                                "a\xF0\x9F\x94\x8A"
+                                                "b"},
+                                         CutRow{"BetweenTwoCharacters", R"(\303\251)", R"(\303\251)",
+                                                "\xC3\xA9\xC3\xA9"},
+                                         CutRow{"BeforeAByteThatBelongsToNone", "a", R"(\251b)", ""},
+                                         CutRow{"InsideACharacterThatAnotherByteEnds", R"(a\303)", "(", ""},
+                                         CutRow{"BehindAnIllFormedByte", R"(a\377b)", "c", ""},
+                                         CutRow{"BeforeACharacterThatNeverEnds", "a", R"(b\342\202)", ""}),
+                         [](const auto& row) { return row.param.name; });
 
 // Waiting for the tool's end.
 

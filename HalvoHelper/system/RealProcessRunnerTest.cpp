@@ -73,6 +73,23 @@ TEST(RealProcessRunnerTest, OutputThatIsNotUtf8IsDroppedWholeAndTheStatusKept) {
 
 TEST(RealProcessRunnerTest, OutputBeyondAsciiIsKept) { EXPECT_EQ(runShell("printf 'é€😀'").output, "é€😀"); }
 
+// The pieces that such output is read in end anywhere in a character.
+const std::string kManyEuros = "yes '€€€€€€€€€€' | head -n 10000 | tr -d '\\n'";
+
+std::string repeated(const std::string& text, std::size_t times) {
+  std::string whole;
+  for (std::size_t i = 0; i < times; ++i) whole += text;
+  return whole;
+}
+
+TEST(RealProcessRunnerTest, MuchOutputBeyondAsciiIsKept) {
+  EXPECT_TRUE(runShell(kManyEuros).output == repeated("€", 100'000));
+}
+
+TEST(RealProcessRunnerTest, MuchOutputThatEndsInsideACharacterIsDroppedWhole) {
+  EXPECT_TRUE(runShell(kManyEuros + R"(; printf '\342\202')").output.empty());
+}
+
 TEST(RealProcessRunnerTest, AnswersTheExitStatus) {
   EXPECT_EQ(runShell("exit 1").code, 1);
   EXPECT_EQ(runShell("exit 78").code, 78);

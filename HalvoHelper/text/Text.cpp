@@ -4,11 +4,14 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 
 namespace halvo {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+
+bool isASCII(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 struct LeadByte {
   std::size_t length;  // of the whole sequence; 0 when the byte cannot begin one
@@ -39,6 +42,20 @@ std::optional<CodePoint> decode(std::string_view text) {
   return CodePoint{value, text.substr(lead.length)};
 }
 
+// How many bytes at the front are ASCII, eight of them looked at at once.
+std::size_t leadingASCII(std::string_view text) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  std::uint64_t eight = 0;
+  std::size_t count = 0;
+  while (text.size() - count >= sizeof eight) {
+    std::memcpy(&eight, text.data() + count, sizeof eight);
+    if ((eight & kHighBits) != 0) break;
+    count += sizeof eight;
+  }
+  while (count < text.size() && isASCII(text[count])) ++count;
+  return count;
+}
+
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
 }  // namespace
@@ -47,13 +64,15 @@ CodePoint halvoFirstCodePoint(std::string_view text) {
   return decode(text).value_or(CodePoint{kReplacement, text.substr(1)});
 }
 
-bool halvoIsValidUTF8(std::string_view text) {
-  while (!text.empty()) {
-    const auto next = decode(text);
-    if (!next) return false;
-    text = next->rest;
+std::size_t halvoLeadingUTF8(std::string_view text) {
+  std::string_view rest = text;
+  while (true) {
+    rest.remove_prefix(leadingASCII(rest));
+    if (rest.empty()) return text.size();
+    const auto next = decode(rest);
+    if (!next) return text.size() - rest.size();
+    rest = next->rest;
   }
-  return true;
 }
 
 bool halvoIsWhitespace(char32_t c) {

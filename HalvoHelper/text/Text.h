@@ -1,6 +1,7 @@
 // Reading text byte by byte and code point by code point, always the same way: no locale, no tables of the platform.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,7 +17,9 @@ struct CodePoint {
 };
 [[nodiscard]] CodePoint halvoFirstCodePoint(std::string_view text);
 
-[[nodiscard]] bool halvoIsValidUTF8(std::string_view text);
+// How many bytes at the front are well-formed UTF-8: all, or those before the first sequence that is ill-formed or not
+// whole. Of a text that arrives in pieces the count may go on from there when the next piece has come.
+[[nodiscard]] std::size_t halvoLeadingUTF8(std::string_view text);
 
 // The code points with the Unicode property White_Space: blanks, tabs, every line end, no-break spaces and the rest.
 [[nodiscard]] bool halvoIsWhitespace(char32_t codePoint);

@@ -107,7 +107,9 @@ struct Utf8Row {
 
 class Utf8 : public testing::TestWithParam<Utf8Row> {};
 
-TEST_P(Utf8, IsJudgedStrictly) { EXPECT_EQ(halvoIsValidUTF8(GetParam().text), GetParam().valid); }
+TEST_P(Utf8, IsJudgedStrictly) {
+  EXPECT_EQ(halvoLeadingUTF8(GetParam().text) == GetParam().text.size(), GetParam().valid);
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Table, Utf8,
@@ -131,6 +133,31 @@ INSTANTIATE_TEST_SUITE_P(
                     Utf8Row{"Surrogate", "\xED\xA0\x80", false}, Utf8Row{"LastSurrogate", "\xED\xBF\xBF", false},
                     Utf8Row{"BeyondUnicode", "\xF4\x90\x80\x80", false},
                     Utf8Row{"FiveBytes", "\xF8\x88\x80\x80\x80", false}, Utf8Row{"ByteFF", "\xFF", false}),
+    [](const auto& row) { return row.param.name; });
+
+struct LeadingRow {
+  const char* name;
+  std::string_view text;
+  std::size_t bytes;
+};
+
+class LeadingUtf8 : public testing::TestWithParam<LeadingRow> {};
+
+TEST_P(LeadingUtf8, EndsBeforeWhatIsIllFormedOrNotWhole) {
+  EXPECT_EQ(halvoLeadingUTF8(GetParam().text), GetParam().bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, LeadingUtf8,
+    testing::Values(LeadingRow{"IllFormedAtOnce", "\xFFx", 0}, LeadingRow{"IllFormedSeventh", "123456\xFFx", 6},
+                    LeadingRow{"IllFormedEighth", "1234567\xFFx", 7}, LeadingRow{"IllFormedNinth", "12345678\xFFx", 8},
+                    LeadingRow{"IllFormedFirstOfEight", "12345678\xFFxxxxxxx", 8},
+                    LeadingRow{"IllFormedLastOfSixteen", "123456781234567\x80", 15},
+                    LeadingRow{"IllFormedAfterOthers", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x94\x8A\xFE", 9},
+                    LeadingRow{"AsciiAfterwards", "\xC3\xA9 12345678\xC3 and 12345678", 11},
+                    LeadingRow{"CutTwo", "12345678\xC3", 8}, LeadingRow{"CutThree", "12345678\xE2\x82", 8},
+                    LeadingRow{"CutFour", "12345678\xF0\x9F\x94", 8},
+                    LeadingRow{"WholeAroundEightBytes", "1234567\xC3\xA9 1234567", 17}),
     [](const auto& row) { return row.param.name; });
 
 struct CodePointRow {
