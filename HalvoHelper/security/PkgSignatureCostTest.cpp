@@ -1,6 +1,6 @@
-// How much work the report parser does, counted and not timed: the basic blocks that it enters, the bytes that it
-// searches and the bytes that it allocates. The build has the compiler call a hook in every basic block of the parser,
-// and the linker lead its searches here.
+// How much work it is to read a report, counted and not timed: the basic blocks that are entered, the bytes that are
+// searched and the bytes that are allocated. The build has the compiler call a hook in every basic block of the parser
+// and of what it reads text with, and the linker lead their searches here.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -9,6 +9,7 @@
 #include <string>
 
 #include "HalvoHelper/security/PkgSignature.h"
+#include "HalvoHelper/text/Text.h"
 
 namespace {
 
@@ -89,6 +90,15 @@ INSTANTIATE_TEST_SUITE_P(
                     Shape{"ManyDigitsBeforeADot", "", "1"}, Shape{"ManyDots", "1.", "."},
                     Shape{"IllFormedFingerprints", "1. x\nSHA256 Fingerprint:\n", "\xFF\nSHA256 Fingerprint:\n"}),
     [](const auto& shape) { return shape.param.name; });
+
+TEST(BlankReportCost, EndsAtTheFirstCharacterThatIsNotBlank) {
+  const std::string report = reportOf({"", "\n ", "many words "}, 64 * kKibibyte);
+  operations = 0;
+
+  EXPECT_FALSE(halvoIsAllWhitespace(report));
+
+  EXPECT_LE(operations, 8 * kKibibyte);
+}
 
 }  // namespace
 }  // namespace halvo

@@ -128,7 +128,8 @@ INSTANTIATE_TEST_SUITE_P(
         CertificateRow{"BlankBeforeTheDot", "1 . Foo", {}}, CertificateRow{"NoNumber", ". Foo", {}},
         CertificateRow{"NoDot", "1 Foo", {}}, CertificateRow{"Word", "a. Foo", {}},
         CertificateRow{"NumberAfterAWord", "No 1. Foo", {}}, CertificateRow{"TwoSigns", "+-1. Foo", {}},
-        CertificateRow{"OtherDigits", "\xD9\xA1. Foo", {}}),
+        CertificateRow{"SignBehindTheNumber", "1+. Foo", {}}, CertificateRow{"SignInTheNumber", "1+1. Foo", {}},
+        CertificateRow{"SignAlone", "+. Foo", {}}, CertificateRow{"OtherDigits", "\xD9\xA1. Foo", {}}),
     [](const auto& row) { return row.param.name; });
 
 // Lines inside a certificate that look like the beginning of another one.

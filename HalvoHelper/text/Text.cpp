@@ -58,9 +58,22 @@ std::size_t leadingASCII(std::string_view text) {
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
+constexpr char upperHexDigit(std::size_t byte) {
+  if ((byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F')) return static_cast<char>(byte);
+  return byte >= 'a' && byte <= 'f' ? static_cast<char>(byte - 'a' + 'A') : '\0';
+}
+
+// For each byte the digit that it is, in upper case, or 0. Whether a digit is a letter cannot be predicted, so a
+// comparison would cost more than a look-up.
+constexpr auto kUpperHexDigits = [] {
+  std::array<char, 256> digits{};
+  for (std::size_t byte = 0; byte < digits.size(); ++byte) digits[byte] = upperHexDigit(byte);
+  return digits;
+}();
+
 }  // namespace
 
-CodePoint halvoFirstCodePoint(std::string_view text) {
+CodePoint halvoDecodedCodePoint(std::string_view text) {
   return decode(text).value_or(CodePoint{kReplacement, text.substr(1)});
 }
 
@@ -76,8 +89,9 @@ std::size_t halvoLeadingUTF8(std::string_view text) {
 }
 
 bool halvoIsWhitespace(char32_t c) {
-  constexpr std::array<char32_t, 9> single = {0x20, 0x85, 0xA0, 0x1680, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
-  return (c >= 0x09 && c <= 0x0D) || (c >= 0x2000 && c <= 0x200A) || std::ranges::find(single, c) != single.end();
+  if (c < 0x80) return c == ' ' || (c >= 0x09 && c <= 0x0D);
+  constexpr std::array<char32_t, 8> single = {0x85, 0xA0, 0x1680, 0x2028, 0x2029, 0x202F, 0x205F, 0x3000};
+  return (c >= 0x2000 && c <= 0x200A) || std::ranges::find(single, c) != single.end();
 }
 
 std::string_view halvoTrimBlanks(std::string_view text) {
@@ -86,7 +100,14 @@ std::string_view halvoTrimBlanks(std::string_view text) {
   return text;
 }
 
-bool halvoIsAllWhitespace(std::string_view text) { return halvoSplit(text, halvoIsWhitespace).empty(); }
+bool halvoIsAllWhitespace(std::string_view text) {
+  while (!text.empty()) {
+    const CodePoint next = halvoFirstCodePoint(text);
+    if (!halvoIsWhitespace(next.value)) return false;
+    text = next.rest;
+  }
+  return true;
+}
 
 std::vector<std::string_view> halvoSplit(std::string_view text, bool (*isSeparator)(char32_t)) {
   std::vector<std::string_view> pieces;
@@ -116,6 +137,24 @@ std::optional<std::int64_t> halvoParseDecimal(std::string_view text) {
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end) return std::nullopt;
   return value;
+}
+
+bool halvoAppendHexDigits(std::string& digits, std::string_view text) {
+  const std::size_t before = digits.size();
+  while (!text.empty()) {
+    if (const char digit = kUpperHexDigits[static_cast<unsigned char>(text.front())]; digit != '\0') {
+      digits += digit;
+      text.remove_prefix(1);
+      continue;
+    }
+    const CodePoint next = halvoFirstCodePoint(text);
+    if (!halvoIsWhitespace(next.value)) {
+      digits.resize(before);
+      return false;
+    }
+    text = next.rest;
+  }
+  return true;
 }
 
 std::string halvoLowercasedASCII(std::string_view text) {

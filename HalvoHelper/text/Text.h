@@ -15,7 +15,13 @@ struct CodePoint {
   char32_t value;
   std::string_view rest;
 };
-[[nodiscard]] CodePoint halvoFirstCodePoint(std::string_view text);
+[[nodiscard]] CodePoint halvoDecodedCodePoint(std::string_view text);
+
+// The same, and decided in place for ASCII: nearly all of what the system's tools print.
+[[nodiscard]] inline CodePoint halvoFirstCodePoint(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text.front());
+  return first < 0x80 ? CodePoint{first, text.substr(1)} : halvoDecodedCodePoint(text);
+}
 
 // How many bytes at the front are well-formed UTF-8: all, or those before the first sequence that is ill-formed or not
 // whole. Of a text that arrives in pieces the count may go on from there when the next piece has come.
@@ -36,6 +42,10 @@ struct CodePoint {
 // A whole decimal number: an optional single sign, then ASCII digits, nothing else; nothing when it does not fit 64
 // bits. Leading zeros do not matter.
 [[nodiscard]] std::optional<std::int64_t> halvoParseDecimal(std::string_view text);
+
+// Appends to `digits` the hexadecimal digits of a text that holds only those and whitespace, in upper case. Of any
+// other text nothing is appended, and the answer is false.
+[[nodiscard]] bool halvoAppendHexDigits(std::string& digits, std::string_view text);
 
 // Lower-cases A to Z only.
 [[nodiscard]] std::string halvoLowercasedASCII(std::string_view text);

@@ -52,6 +52,22 @@ std::size_t plainLeadingUTF8(std::string_view text) {
   return at;
 }
 
+bool plainAppendHexDigits(std::string& digits, std::string_view text) {
+  std::string found;
+  while (!text.empty()) {
+    const CodePoint next = halvoDecodedCodePoint(text);
+    const std::size_t digit = std::u32string_view(U"0123456789abcdefABCDEF").find(next.value);
+    if (digit != std::u32string_view::npos) {
+      found += "0123456789ABCDEFABCDEF"[digit];
+    } else if (!halvoIsWhitespace(next.value)) {
+      return false;
+    }
+    text = next.rest;
+  }
+  digits += found;
+  return true;
+}
+
 // Runs of ASCII of all lengths around eight bytes, code points of every length, and now and then a byte of any kind.
 rc::Gen<std::string> texts() {
   const auto run =
@@ -59,6 +75,20 @@ rc::Gen<std::string> texts() {
   const auto whole = rc::gen::element<std::string>("\xC3\xA9", "\xE2\x82\xAC", "\xED\x9F\xBF", "\xF0\x9F\x94\x8A");
   const auto byte = rc::gen::map(rc::gen::arbitrary<char>(), [](char c) { return std::string(1, c); });
   const auto piece = rc::gen::weightedOneOf<std::string>({{4, run}, {4, whole}, {1, byte}});
+  return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece), [](const auto& pieces) {
+    std::string text;
+    for (const std::string& next : pieces) text += next;
+    return text;
+  });
+}
+
+// Digits, whitespace of every length, and rarely something else.
+rc::Gen<std::string> digitTexts() {
+  const auto digit = rc::gen::map(rc::gen::element('0', '5', '9', 'a', 'f', 'A', 'C', 'F', ' ', '\t', '\r'),
+                                  [](char c) { return std::string(1, c); });
+  const auto space = rc::gen::element<std::string>("\xC2\xA0", "\xE2\x80\xA8", "\xE3\x80\x80");
+  const auto byte = rc::gen::map(rc::gen::arbitrary<char>(), [](char c) { return std::string(1, c); });
+  const auto piece = rc::gen::weightedOneOf<std::string>({{40, digit}, {4, space}, {1, byte}});
   return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece), [](const auto& pieces) {
     std::string text;
     for (const std::string& next : pieces) text += next;
@@ -100,6 +130,28 @@ RC_GTEST_PROP(LeadingUtf8Property, IsTheSameWhereverATextIsCut, ()) {
 
   RC_ASSERT(countedWithEveryCut(text) == expected);
   RC_ASSERT(countedByteAfterByte(text) == expected.front());
+}
+
+RC_GTEST_PROP(HexDigitsProperty, AreThoseThatThePlainRoadFinds, ()) {
+  const std::string text = *digitTexts();
+  std::string quick = "7F";
+  std::string plain = "7F";
+
+  const bool appended = halvoAppendHexDigits(quick, text);
+
+  RC_CLASSIFY(appended, "appended");
+  RC_ASSERT(appended == plainAppendHexDigits(plain, text));
+  RC_ASSERT(quick == plain);
+}
+
+RC_GTEST_PROP(AllWhitespaceProperty, HoldsWhenATextSplitAtWhitespaceLeavesNothing, ()) {
+  const std::string text = *rc::gen::container<std::string>(
+      rc::gen::weightedElement<char>({{8, ' '}, {4, '\n'}, {2, '\xC2'}, {2, '\xA0'}, {1, 'x'}, {1, '\0'}}));
+
+  const bool blank = halvoIsAllWhitespace(text);
+
+  RC_CLASSIFY(blank, "blank");
+  RC_ASSERT(blank == halvoSplit(text, halvoIsWhitespace).empty());
 }
 
 }  // namespace

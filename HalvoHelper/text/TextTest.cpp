@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <string>
+#include <vector>
 
 namespace halvo {
 namespace {
@@ -205,6 +206,21 @@ TEST(FirstCodePointTest, TakesAnIllFormedByteAloneAsTheReplacementCharacter) {
   EXPECT_EQ(first.rest, "\x82x");
 }
 
+std::vector<int> bytesThatTheQuickRoadReadsDifferently() {
+  std::vector<int> bytes;
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string text = std::string(1, static_cast<char>(byte)) + "\x80x";
+    const CodePoint quick = halvoFirstCodePoint(text);
+    const CodePoint plain = halvoDecodedCodePoint(text);
+    if (quick.value != plain.value || quick.rest != plain.rest) bytes.push_back(byte);
+  }
+  return bytes;
+}
+
+TEST(FirstCodePointTest, IsTheDecodedOneForEveryByte) {
+  EXPECT_THAT(bytesThatTheQuickRoadReadsDifferently(), IsEmpty());
+}
+
 bool isComma(char32_t c) { return c == ','; }
 
 TEST(SplitTest, GivesThePiecesBetweenSeparators) {
@@ -232,6 +248,42 @@ TEST(SplitTest, DoesNotSplitInsideACodePoint) {
   // The second byte of U+012C is 0xAC, and 0x2C is the comma.
   EXPECT_THAT(halvoSplit("\xC4\xAC,x", isComma), ElementsAre("\xC4\xAC", "x"));
 }
+
+struct DigitsRow {
+  const char* name;
+  std::string_view text;
+  bool appended;
+  const char* digits;  // of a text that held "7F"
+};
+
+class HexDigits : public testing::TestWithParam<DigitsRow> {};
+
+TEST_P(HexDigits, AreAppendedAllOrNone) {
+  std::string digits = "7F";
+
+  EXPECT_EQ(halvoAppendHexDigits(digits, GetParam().text), GetParam().appended);
+  EXPECT_EQ(digits, GetParam().digits);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, HexDigits,
+    testing::Values(DigitsRow{"Decimal", "0123456789", true, "7F0123456789"},
+                    DigitsRow{"UpperCase", "ABCDEF", true, "7FABCDEF"},
+                    DigitsRow{"LowerCase", "abcdef", true, "7FABCDEF"}, DigitsRow{"Pairs", "a0 1B", true, "7FA01B"},
+                    DigitsRow{"Empty", "", true, "7F"}, DigitsRow{"Blanks", " \t ", true, "7F"},
+                    DigitsRow{"EveryWhitespace",
+                              "1\r2\v3\f4\xC2\xA0"
+                              "5\xE2\x80\xA8"
+                              "6",
+                              true, "7F123456"},
+                    DigitsRow{"BelowZero", "1/", false, "7F"}, DigitsRow{"AboveNine", "1:", false, "7F"},
+                    DigitsRow{"BelowUpperA", "1@", false, "7F"}, DigitsRow{"AboveUpperF", "1G", false, "7F"},
+                    DigitsRow{"BelowLowerA", "1`", false, "7F"}, DigitsRow{"AboveLowerF", "1g", false, "7F"},
+                    DigitsRow{"OtherTextFirst", "x1", false, "7F"}, DigitsRow{"OtherTextLast", "1 2 x", false, "7F"},
+                    DigitsRow{"FullwidthDigit", "1\xEF\xBC\x91", false, "7F"},
+                    DigitsRow{"IllFormed", "1\xA0", false, "7F"},
+                    DigitsRow{"Nul", std::string_view("1\0", 2), false, "7F"}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(LowercasedTest, TouchesLatinCapitalsOnly) {
   EXPECT_EQ(halvoLowercasedASCII("AZ az @[`{ 09 \xC3\x89 \xE2\x84\xAA"), "az az @[`{ 09 \xC3\x89 \xE2\x84\xAA");
