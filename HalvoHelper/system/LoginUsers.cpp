@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
 
 #include "HalvoHelper/text/Text.h"
 
@@ -18,14 +17,17 @@ bool isLineEnd(char32_t c) { return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c =
 }  // namespace
 
 std::vector<std::int64_t> halvoParseLoginUids(std::string_view dscl) {
-  std::set<std::int64_t> uids;
+  std::vector<std::int64_t> uids;
   for (const std::string_view line : halvoSplit(dscl, isLineEnd)) {
     const auto words = halvoSplit(line, halvoIsWhitespace);
     if (words.empty()) continue;
     const auto uid = halvoParseDecimal(words.back());
-    if (uid && *uid >= kFirstOrdinaryUid) uids.insert(*uid);
+    if (uid && *uid >= kFirstOrdinaryUid) uids.push_back(*uid);
   }
-  return {uids.begin(), uids.end()};
+  std::ranges::sort(uids);
+  const auto repeated = std::ranges::unique(uids);
+  uids.erase(repeated.begin(), repeated.end());
+  return uids;
 }
 
 std::vector<std::int64_t> halvoEnumerateActiveGuiDomains(const Launchctl& launchctl, const ProcessRunner& runner) {
