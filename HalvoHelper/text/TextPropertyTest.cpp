@@ -7,6 +7,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "HalvoHelper/text/Text.h"
@@ -68,13 +69,11 @@ bool plainAppendHexDigits(std::string& digits, std::string_view text) {
   return true;
 }
 
-// Runs of ASCII of all lengths around eight bytes, code points of every length, and now and then a byte of any kind.
-rc::Gen<std::string> texts() {
-  const auto run =
-      rc::gen::map(rc::gen::inRange<std::size_t>(0, 20), [](std::size_t n) { return std::string(n, 'a'); });
-  const auto whole = rc::gen::element<std::string>("\xC3\xA9", "\xE2\x82\xAC", "\xED\x9F\xBF", "\xF0\x9F\x94\x8A");
-  const auto byte = rc::gen::map(rc::gen::arbitrary<char>(), [](char c) { return std::string(1, c); });
-  const auto piece = rc::gen::weightedOneOf<std::string>({{4, run}, {4, whole}, {1, byte}});
+rc::Gen<std::string> byteOf(rc::Gen<char> bytes) {
+  return rc::gen::map(std::move(bytes), [](char c) { return std::string(1, c); });
+}
+
+rc::Gen<std::string> textsOf(const rc::Gen<std::string>& piece) {
   return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece), [](const auto& pieces) {
     std::string text;
     for (const std::string& next : pieces) text += next;
@@ -82,18 +81,23 @@ rc::Gen<std::string> texts() {
   });
 }
 
+// Runs of ASCII of all lengths around eight bytes, code points of every length, and now and then a byte of any kind.
+rc::Gen<std::string> texts() {
+  const auto run =
+      rc::gen::map(rc::gen::inRange<std::size_t>(0, 20), [](std::size_t n) { return std::string(n, 'a'); });
+  const auto whole = rc::gen::element<std::string>("\xC3\xA9", "\xE2\x82\xAC", "\xED\x9F\xBF", "\xF0\x9F\x94\x8A");
+  const auto piece =
+      rc::gen::weightedOneOf<std::string>({{4, run}, {4, whole}, {1, byteOf(rc::gen::arbitrary<char>())}});
+  return textsOf(piece);
+}
+
 // Digits, whitespace of every length, and rarely something else.
 rc::Gen<std::string> digitTexts() {
-  const auto digit = rc::gen::map(rc::gen::element('0', '5', '9', 'a', 'f', 'A', 'C', 'F', ' ', '\t', '\r'),
-                                  [](char c) { return std::string(1, c); });
+  const auto digit = byteOf(rc::gen::element('0', '5', '9', 'a', 'f', 'A', 'C', 'F', ' ', '\t', '\r'));
   const auto space = rc::gen::element<std::string>("\xC2\xA0", "\xE2\x80\xA8", "\xE3\x80\x80");
-  const auto byte = rc::gen::map(rc::gen::arbitrary<char>(), [](char c) { return std::string(1, c); });
-  const auto piece = rc::gen::weightedOneOf<std::string>({{40, digit}, {4, space}, {1, byte}});
-  return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece), [](const auto& pieces) {
-    std::string text;
-    for (const std::string& next : pieces) text += next;
-    return text;
-  });
+  const auto piece =
+      rc::gen::weightedOneOf<std::string>({{40, digit}, {4, space}, {1, byteOf(rc::gen::arbitrary<char>())}});
+  return textsOf(piece);
 }
 
 std::size_t countedInTwoPieces(std::string_view text, std::size_t cut) {
