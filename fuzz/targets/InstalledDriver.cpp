@@ -56,7 +56,7 @@ bool isPrintable(std::string_view text) {
 
 void checkVersion(std::string_view bytes, const std::string& version) {
   require(version.size() <= 2 * bytes.size(), "no more text than UTF-16 grows to in UTF-8");
-  require(halvoIsValidUTF8(version), "the version is UTF-8");
+  require(halvoLeadingUTF8(version) == version.size(), "the version is UTF-8");
   require(versionInList(binaryWith(version)) == version, "what was read is read again from a binary list");
   require(!isPrintable(version) || versionInList(xmlWith(version)) == version, "and from XML");
 }
