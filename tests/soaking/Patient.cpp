@@ -100,9 +100,14 @@ void Patient::requireWhole(const std::string& where) {
   const auto found = standings(soak_.machine.components(), {}, trees_[fresh_]);
   require(std::ranges::all_of(found, [](Standing standing) { return standing == Standing::fresh; }),
           where + ": after the next install: " + describe(found));
-  // A connection that was just closed is let go of a moment later.
-  sim::waitUntil([&] { return restOf(soak_) == rest_; }, std::chrono::seconds(5));
-  requireSame(rest_, restOf(soak_), where);
+  // A connection that was just closed is let go of a moment later, and a timer takes a thread for a moment.
+  Rest found;
+  const auto atRest = [&] {
+    found = restOf(soak_);
+    return found == rest_;
+  };
+  sim::waitUntil(atRest, std::chrono::seconds(5));
+  requireSame(rest_, found, where);
 }
 
 std::string Patient::recoveries() const {
