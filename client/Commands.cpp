@@ -39,13 +39,14 @@ std::string absolutePath(const std::string& path) {
   return error ? path : absolute.string();
 }
 
-void sendPlain(const CommandLine& command, HalvoHelperProtocol& helper, const TextReply& text) {
-  command.verb == Verb::ping ? helper.ping(text) : helper.enumerateActiveGuiDomains(text);
-}
-
-void sendLegacy(const CommandLine& command, const std::string& manifest, HalvoHelperProtocol& helper,
-                const TextReply& text, const BoolReply& boolean) {
+// What needs no approval, or has none to give.
+void sendPlain(const CommandLine& command, const std::string& manifest, HalvoHelperProtocol& helper,
+               const TextReply& text, const BoolReply& boolean) {
   switch (command.verb) {
+    case Verb::ping:
+      return helper.ping(text);
+    case Verb::users:
+      return helper.enumerateActiveGuiDomains(text);
     case Verb::install:
       return helper.installSystemPkg(absolutePath(command.path), manifest, command.acceptAudioInterruption, text);
     case Verb::prepareRemoval:
@@ -54,9 +55,6 @@ void sendLegacy(const CommandLine& command, const std::string& manifest, HalvoHe
       return helper.removeAppBundle(command.path, boolean);
     case Verb::finalize:
       return helper.finalizeRemoval();
-    case Verb::ping:
-    case Verb::users:
-      return sendPlain(command, helper, text);
   }
 }
 
@@ -71,27 +69,24 @@ void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, c
       return helper.removeAppBundle(form, command.path, boolean);
     case Verb::finalize:
       return helper.finalizeRemoval(form, boolean);
+    // Not reached: these change nothing, and no approval is asked for them.
     case Verb::ping:
     case Verb::users:
-      return sendPlain(command, helper, text);
+      return;
   }
 }
 
 bool changesNothing(const CommandLine& command) { return command.verb == Verb::ping || command.verb == Verb::users; }
 
-// Asks what needs no approval, or has none to give.
 Outcome askPlain(const CommandLine& command, const std::string& manifest, Conversation& conversation) {
-  if (changesNothing(command)) {
-    return conversation.askRepeatably([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) {
-      sendPlain(command, helper, text);
-    });
-  }
+  const auto send = [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
+    sendPlain(command, manifest, helper, text, boolean);
+  };
+  if (changesNothing(command)) return conversation.askRepeatably(send);
   if (command.verb == Verb::finalize) {
-    return conversation.tell([](HalvoHelperProtocol& helper) { helper.finalizeRemoval(); });
+    return conversation.tell([&](HalvoHelperProtocol& helper) { send(helper, {}, {}); });
   }
-  return conversation.ask([&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
-    sendLegacy(command, manifest, helper, text, boolean);
-  });
+  return conversation.ask(send);
 }
 
 // Asks the helper for its version; answers why the request cannot be made, if so.
