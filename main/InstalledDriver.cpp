@@ -24,13 +24,14 @@ constexpr std::size_t kMostBytes = std::size_t{16} * 1024 * 1024;
 UniqueDescriptor openFile(const std::string& path) {
   UniqueDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat info {};
-  const bool isFile = ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
+  const bool isFile = file.valid() && ::fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode);
   return isFile ? std::move(file) : UniqueDescriptor();
 }
 
 // The bound is kept while reading: the file may be growing.
 std::optional<std::string> contentsOf(const std::string& path) {
   const UniqueDescriptor file = openFile(path);
+  if (!file.valid()) return std::nullopt;
   std::array<char, 65'536> chunk{};
   std::string bytes;
   while (bytes.size() <= kMostBytes) {
