@@ -137,6 +137,22 @@ TEST_F(ConversationTest, AnswerMayComeFromAnotherThread) {
   EXPECT_EQ(outcome, Outcome("from afar"));
 }
 
+// Passes however the two threads meet: an answer that is there at once is not waited for.
+TEST_F(ConversationTest, SlowAnswerIsWaitedForAlsoWhenNobodyLooks) {
+  helper->answersAtOnce = false;
+  std::thread answering;
+  const Outcome outcome = with({milliseconds(0), milliseconds(0)}).ask([&](auto& proxy, auto& text, auto&) {
+    proxy.ping(text);
+    answering = std::thread([reply = helper->kept] {
+      std::this_thread::sleep_for(milliseconds(20));
+      reply("at last");
+    });
+  });
+  answering.join();
+
+  EXPECT_EQ(outcome, Outcome("at last"));
+}
+
 TEST_F(ConversationTest, ARequestIsMadeOverOneConnection) {
   Conversation conversation = with();
   conversation.ask(ping);

@@ -118,7 +118,7 @@ std::string_view adviceAfterInterruption(const CommandLine& command) {
       return "It is unknown whether the request was begun. Where \"halvo-app ping\" is still answered, make the "
              "request once more.";
   }
-  return {};
+  return {};  // Not reached: there is no other verb.
 }
 
 }  // namespace
@@ -165,7 +165,7 @@ Explanation explainFailure(const CommandLine& command, const ServiceFailure& fai
       return {ExitStatus::refused, "The helper could not take the request." + inBrackets +
                                        "Application and helper may be of different versions: update both."};
   }
-  return {ExitStatus::unreachable, failure.description};
+  return {ExitStatus::unreachable, failure.description};  // Not reached: there is no other kind.
 }
 
 Explanation explainOldHelper() {
@@ -207,7 +207,7 @@ std::string progressLogOf(const CommandLine& command) {
     case Verb::finalize:
       return {};
   }
-  return {};
+  return {};  // Not reached: there is no other verb.
 }
 
 std::string waitingNotice(const CommandLine& command) {

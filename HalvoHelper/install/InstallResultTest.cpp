@@ -61,6 +61,8 @@ TEST(InstallResultTest, EqualityLooksAtOutcomeAndPayload) {
   EXPECT_EQ(InstallResult(InstallDowngrade{"2", "1"}), InstallResult(InstallDowngrade{"2", "1"}));
   EXPECT_NE(InstallResult(InstallDowngrade{"2", "1"}), InstallResult(InstallDowngrade{"1", "2"}));
   EXPECT_NE(InstallResult(InstallOk{{"a", "b"}}), InstallResult(InstallOk{{"b", "a"}}));
+  EXPECT_EQ(InstallResult(InstallFailed{"/log"}), InstallResult(InstallFailed{"/log"}));
+  EXPECT_NE(InstallResult(InstallFailed{"/log"}), InstallResult(InstallFailed{"/other"}));
   EXPECT_NE(InstallResult(InstallFailed{"/log"}), InstallResult(InstallRolledBack{"/log"}));
   EXPECT_NE(InstallResult(InstallUntrustedPackage{HalvoPkgDistrust::wrongTeam}),
             InstallResult(InstallUntrustedPackage{HalvoPkgDistrust::unsigned_}));

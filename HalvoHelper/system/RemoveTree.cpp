@@ -99,7 +99,7 @@ class TreeRemoval {
       case Entering::refused:
         return false;
     }
-    return false;
+    return false;  // Not reached: entering has no other outcome.
   }
 
   // The directory is opened first and judged by its descriptor: whoever swaps a link in for it gets only that link
