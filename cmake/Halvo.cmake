@@ -45,6 +45,16 @@ if(HALVO_SANITIZE)
   target_link_options(halvo_flags INTERFACE -fsanitize=${HALVO_SANITIZE})
 endif()
 
+# Where programs count which of their lines run. They count in files that they map into memory, one for each program, so
+# that the counts of one that is killed, or leaves without its exit handlers, are there as well.
+set(HALVO_COVERAGE "" CACHE PATH "Folder for execution counts; empty to count nothing")
+if(HALVO_COVERAGE)
+  set(coverage_flags "-fprofile-instr-generate=${HALVO_COVERAGE}/%m%c.profraw")
+  target_compile_options(halvo_flags INTERFACE
+    ${coverage_flags} -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation")
+  target_link_options(halvo_flags INTERFACE ${coverage_flags})
+endif()
+
 function(halvo_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})

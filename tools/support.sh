@@ -29,6 +29,12 @@ repositoryFiles() {
   fi | LC_ALL=C sort
 }
 
+# The product's own C++ sources, without tests and what only they use.
+productSources() {
+  repositoryFiles | grep -E '^(HalvoHelperXPC|HalvoHelper|main|platform|transport|client)/.*\.cpp$' |
+    grep -v -E 'Test\.cpp$|/testing/|/contract/'
+}
+
 # Runs a command with the randomisation of addresses switched off where that is allowed. The thread sanitizer of GCC 12
 # refuses to start under kernels that spread mappings wider than it expects.
 withFixedAddresses() {

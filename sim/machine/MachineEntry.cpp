@@ -8,6 +8,8 @@ namespace halvo::sim {
 namespace {
 
 constexpr const char* kBubblewrap = "bwrap";
+// Where the programs of a build for coverage leave their counts, inside the machine as outside; empty in any other.
+const std::string kCounts = HALVO_COVERAGE;
 
 std::vector<std::string> namespaces(EntryWay way) {
   switch (way) {
@@ -52,6 +54,7 @@ std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path&
     append(words, {"--dev-bind", device, device});
   }
   append(words, namespaces(way));
+  if (!kCounts.empty()) append(words, {"--bind", kCounts, kCounts});
   append(words, {"--chdir", "/", "--"});
   append(words, command);
   return words;
