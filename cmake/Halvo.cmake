@@ -7,10 +7,22 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 option(BUILD_TESTING "Build the tests" ON)
+# The presets switch this on. Who builds with a compiler that nobody has tried yet gets to see its warnings, and a program.
+option(HALVO_WERROR "Warnings are errors" OFF)
 
-# A compiler cache, where there is one. It is told that a precompiled header may be judged by its content.
+# A compiler cache, where there is one and its folder can be written: inside a sandbox it often cannot, and then the cache
+# would fail every call. It is told that a precompiled header may be judged by its content.
 find_program(CCACHE ccache)
 if(CCACHE)
+  execute_process(COMMAND "${CCACHE}" --get-config cache_dir
+    OUTPUT_VARIABLE ccache_folder OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E make_directory "${ccache_folder}" OUTPUT_QUIET ERROR_QUIET)
+  # Tried, since root passes every test of permissions and still cannot write to a file system that is read-only.
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E touch "${ccache_folder}/halvo-helper.tried"
+    RESULT_VARIABLE ccache_unwritable OUTPUT_QUIET ERROR_QUIET)
+  file(REMOVE "${ccache_folder}/halvo-helper.tried")
+endif()
+if(CCACHE AND NOT ccache_unwritable)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
     CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime "${CCACHE}")
 endif()
@@ -19,7 +31,7 @@ find_package(Threads REQUIRED)
 
 add_library(halvo_flags INTERFACE)
 target_compile_options(halvo_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Werror)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor $<$<BOOL:${HALVO_WERROR}>:-Werror>)
 # GCC 12 takes the concatenation of a literal and a string for an overlapping copy once it optimises.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(halvo_flags INTERFACE -Wno-restrict)
@@ -107,18 +119,22 @@ function(halvo_list_test_programs)
   file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/test-programs.txt" CONTENT "${programs}")
 endfunction()
 
-# One test program per module.
+# One test program per module. DEPENDS names targets that the tests run.
 function(halvo_test name)
   if(NOT BUILD_TESTING)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;PRIVATE;DEFINITIONS;DEPENDS" ${ARGN})
   if(NOT ARG_SHARDS)
     set(ARG_SHARDS 1)
   endif()
   find_package(GTest REQUIRED)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE halvo_flags ${ARG_PRIVATE} GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE ${ARG_DEFINITIONS})
+  if(ARG_DEPENDS)
+    add_dependencies(${name} ${ARG_DEPENDS})
+  endif()
   halvo_precompile_test_headers(${name})
   halvo_register_tests(${name} ${ARG_SHARDS})
 endfunction()
