@@ -10,6 +10,8 @@ option(BUILD_TESTING "Build the tests" ON)
 # The presets switch this on. Who builds with a compiler that nobody has tried yet gets to see its warnings, and a program.
 option(HALVO_WERROR "Warnings are errors" OFF)
 
+include(GNUInstallDirs)
+
 # A compiler cache, where there is one and its folder can be written: inside a sandbox it often cannot, and then the cache
 # would fail every call. It is told that a precompiled header may be judged by its content.
 find_program(CCACHE ccache)
@@ -70,8 +72,9 @@ endif()
 function(halvo_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
-  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE halvo_flags ${ARG_PRIVATE})
-  target_include_directories(${name} PUBLIC "${PROJECT_SOURCE_DIR}")
+  # How a library was built is no business of who links the installed one.
+  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE $<BUILD_INTERFACE:halvo_flags> ${ARG_PRIVATE})
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 endfunction()
 
 function(halvo_executable name)
@@ -146,4 +149,20 @@ function(halvo_reference_counting name)
   endif()
   target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)
   set_target_properties(${name} PROPERTIES OBJCXX_STANDARD 20 OBJCXX_STANDARD_REQUIRED ON OBJCXX_EXTENSIONS OFF)
+endfunction()
+
+# Makes `cmake --install` say a reason instead of doing half of its work or none.
+function(halvo_refuse_install reason)
+  install(CODE "message(FATAL_ERROR \"Nothing was installed: ${reason}.\")" ALL_COMPONENTS)
+endfunction()
+
+# Comes before every other rule, so that nothing is installed when a program is missing.
+function(halvo_refuse_install_until_built)
+  foreach(program ${ARGN})
+    install(CODE "
+      if(NOT EXISTS \"$<TARGET_FILE:${program}>\")
+        message(FATAL_ERROR
+          \"Nothing was installed: ${program} is not built yet; first: cmake --build ${CMAKE_BINARY_DIR}\")
+      endif()")
+  endforeach()
 endfunction()
