@@ -101,13 +101,13 @@ void Patient::requireWhole(const std::string& where) {
   require(std::ranges::all_of(found, [](Standing standing) { return standing == Standing::fresh; }),
           where + ": after the next install: " + describe(found));
   // A connection that was just closed is let go of a moment later, and a timer takes a thread for a moment.
-  Rest found;
+  Rest rest;
   const auto atRest = [&] {
-    found = restOf(soak_);
-    return found == rest_;
+    rest = restOf(soak_);
+    return rest == rest_;
   };
   sim::waitUntil(atRest, std::chrono::seconds(5));
-  requireSame(rest_, found, where);
+  requireSame(rest_, rest, where);
 }
 
 std::string Patient::recoveries() const {
