@@ -3,7 +3,6 @@
 #include <exception>
 #include <iostream>
 #include <string>
-#include <string_view>
 
 #include "sim/demo/Stage.h"
 #include "sim/demo/Steps.h"
@@ -11,14 +10,6 @@
 namespace {
 
 constexpr int kUsageError = 64;
-
-constexpr std::string_view kUsage =
-    "usage: ./demo\n\n"
-    "Boots a simulated Mac and walks through the life of the product: start on demand, installs, refusals, a "
-    "rollback.\n"
-    "Each step shows the request, the reply, the tools that ran and what changed on disk. Exit status 0 when every "
-    "step\n"
-    "went as expected, 1 when one did not, 70 when the simulated Mac itself cannot run.\n";
 
 bool walk() {
   using namespace halvo::sim;
@@ -40,12 +31,11 @@ bool walk() {
 
 }  // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char* /*argv*/[]) {
   constexpr int kMachineUnavailable = 70;
   if (argc > 1) {
-    const bool help = std::string_view(argv[1]) == "--help";
-    (help ? std::cout : std::cerr) << kUsage;
-    return help ? EXIT_SUCCESS : kUsageError;
+    std::cerr << "demo: takes no arguments; see ./demo --help\n";
+    return kUsageError;
   }
   try {
     return walk() ? EXIT_SUCCESS : EXIT_FAILURE;
