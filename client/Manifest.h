@@ -12,8 +12,9 @@ struct UnreadableManifest {
   bool operator==(const UnreadableManifest&) const = default;
 };
 
-// The whole file as it is; whether it is a manifest, the helper judges. Refuses what is no regular file, what is larger
-// than a mebibyte, which no manifest is, and what changes while it is read.
+// The whole manifest as it is; whether it is one, the helper judges. "-" is standard input, which is read to its end,
+// as a FIFO is. Refuses what is neither that nor a regular file, what is larger than a mebibyte, which no manifest is,
+// and a file that changes while it is read.
 [[nodiscard]] std::variant<std::string, UnreadableManifest> readManifest(const std::string& path);
 
 }  // namespace halvo

@@ -3,6 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <thread>
+
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 
 namespace halvo {
@@ -39,6 +45,69 @@ TEST_F(ManifestTest, LargestIsRead) {
   EXPECT_THAT(readManifest(directory.makeFile("m.json", text)), VariantWith<std::string>(text));
 }
 
+// A FIFO that somebody writes this text into.
+class WrittenFifo {
+ public:
+  WrittenFifo(const std::string& path, const std::string& text)
+      : writer_([path, text] { std::ofstream(path) << text; }) {}
+  ~WrittenFifo() { writer_.join(); }
+
+ private:
+  std::thread writer_;
+};
+
+TEST_F(ManifestTest, AFifoIsReadToItsEnd) {
+  const std::string fifo = directory.makeFifo("m.json");
+  const WrittenFifo written(fifo, std::string(10'000, 'x'));
+
+  EXPECT_THAT(readManifest(fifo), VariantWith<std::string>(std::string(10'000, 'x')));
+}
+
+TEST_F(ManifestTest, AFifoMayHoldTheLargestAndNoMore) {
+  const std::string fifo = directory.makeFifo("m.json");
+  {
+    const WrittenFifo written(fifo, std::string(kMebibyte, 'x'));
+    EXPECT_THAT(readManifest(fifo), VariantWith<std::string>(std::string(kMebibyte, 'x')));
+  }
+  const WrittenFifo written(fifo, std::string(kMebibyte + 1, 'x'));
+  EXPECT_THAT(
+      readManifest(fifo),
+      VariantWith<UnreadableManifest>(testing::Field(
+          &UnreadableManifest::reason,
+          testing::EndsWith("/m.json cannot be read. It is larger than 1 MiB: check that it is the manifest."))));
+}
+
+// Standard input leads to this path for as long as the object lives.
+class StandardInput {
+ public:
+  explicit StandardInput(const std::string& path) : saved_(::dup(STDIN_FILENO)) {
+    const int other = ::open(path.c_str(), O_RDONLY);
+    ::dup2(other, STDIN_FILENO);
+    ::close(other);
+  }
+  ~StandardInput() {
+    ::dup2(saved_, STDIN_FILENO);
+    ::close(saved_);
+  }
+
+ private:
+  int saved_;
+};
+
+TEST_F(ManifestTest, ADashIsStandardInputWhichStaysOpen) {
+  const StandardInput input(directory.makeFile("m.json", "{}"));
+
+  EXPECT_THAT(readManifest("-"), VariantWith<std::string>("{}"));
+  EXPECT_THAT(readManifest("-"), VariantWith<std::string>(""));
+}
+
+TEST_F(ManifestTest, StandardInputThatCannotBeReadIsNamed) {
+  const StandardInput input(directory.path());
+
+  EXPECT_THAT(readManifest("-"), VariantWith<UnreadableManifest>(UnreadableManifest{
+                                     "The manifest on standard input cannot be read. Is a directory: try again."}));
+}
+
 struct UnreadableRow {
   const char* name;
   std::string (*make)(const TemporaryDirectory&);
@@ -64,11 +133,9 @@ INSTANTIATE_TEST_SUITE_P(
         UnreadableRow{"LinkInACircle", [](const TemporaryDirectory& in) { return in.makeLink("m.json", "m.json"); },
                       "/m.json cannot be read. Too many levels of symbolic links: check the path."},
         UnreadableRow{"Directory", [](const TemporaryDirectory& in) { return in.makeDirectory("m.json"); },
-                      "/m.json cannot be read. It is no regular file: check the path."},
-        UnreadableRow{"PipeWithoutAWriter", [](const TemporaryDirectory& in) { return in.makeFifo("m.json"); },
-                      "/m.json cannot be read. It is no regular file: check the path."},
+                      "/m.json cannot be read. It is neither a regular file nor a FIFO: check the path."},
         UnreadableRow{"Device", [](const TemporaryDirectory& in) { return in.makeLink("m.json", "/dev/null"); },
-                      "/m.json cannot be read. It is no regular file: check the path."},
+                      "/m.json cannot be read. It is neither a regular file nor a FIFO: check the path."},
         UnreadableRow{"TooLarge",
                       [](const TemporaryDirectory& in) { return in.makeSparseFile("m.json", kMebibyte + 1); },
                       "/m.json cannot be read. It is larger than 1 MiB: check that it is the manifest."},

@@ -28,12 +28,14 @@ struct stat {
 #define st_mtime st_mtimespec.tv_sec
 
 #define S_IFMT 0170000
+#define S_IFIFO 0010000
 #define S_IFDIR 0040000
 #define S_IFREG 0100000
 #define S_IFLNK 0120000
 
 #define S_ISDIR(mode) (((mode)&S_IFMT) == S_IFDIR)
 #define S_ISREG(mode) (((mode)&S_IFMT) == S_IFREG)
+#define S_ISFIFO(mode) (((mode)&S_IFMT) == S_IFIFO)
 #define S_ISLNK(mode) (((mode)&S_IFMT) == S_IFLNK)
 
 // Flags of a file: those of its owner, then those of the system.
