@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
-#include <optional>
+
+#include "client/NearestWord.h"
+#include "client/Options.h"
 
 namespace halvo {
 namespace {
@@ -25,6 +28,16 @@ constexpr std::array<VerbRow, 6> kVerbs = {{
     {"finalize", Verb::finalize, "", false, true},
 }};
 
+constexpr std::string_view kLegacy = "legacy";
+
+// The names of the rows, and the word before them.
+constexpr auto kRequestNames = [] {
+  std::array<std::string_view, kVerbs.size() + 1> names;
+  std::ranges::transform(kVerbs, names.begin(), &VerbRow::name);
+  names.back() = kLegacy;
+  return names;
+}();
+
 const VerbRow* rowNamed(std::string_view name) {
   const auto* found = std::ranges::find(kVerbs, name, &VerbRow::name);
   return found == kVerbs.end() ? nullptr : found;
@@ -32,23 +45,47 @@ const VerbRow* rowNamed(std::string_view name) {
 
 std::string quoted(std::string_view word) { return "'" + std::string(word) + "'"; }
 
-// Takes the words behind the verb; answers what is wrong with them.
-std::optional<std::string> takeWords(const VerbRow& row, const std::vector<std::string>& words, CommandLine& line) {
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    const std::string& word = words[i];
-    if (word == "--accept-audio-interruption" && row.takesAudioOption) {
-      line.acceptAudioInterruption = true;
-    } else if (word == "--without-grant" && row.changesTheMachine && !line.legacy) {
-      line.withoutGrant = true;
-    } else if (word == "--manifest" && row.verb == Verb::install) {
-      if (++i == words.size()) return "--manifest needs the path of a file";
-      line.manifestPath = words[i];
-    } else if (word.starts_with("--") || row.operand.empty() || !line.path.empty()) {
-      return std::string(row.name) + " does not take " + quoted(word);
-    } else {
-      line.path = word;
-    }
+bool takes(const VerbRow& row, bool legacy, Option option) {
+  switch (option) {
+    case Option::acceptAudioInterruption:
+      return row.takesAudioOption;
+    case Option::withoutGrant:
+      return row.changesTheMachine && !legacy;
+    case Option::manifest:
+      return row.verb == Verb::install;
+    case Option::timeout:
+    case Option::help:
+    case Option::version:
+      return true;
   }
+  return false;
+}
+
+std::optional<std::chrono::seconds> secondsIn(std::string_view text) {
+  constexpr int kDay = 24 * 60 * 60;
+  int seconds = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  if (error != std::errc() || end != text.data() + text.size() || seconds < 1 || seconds > kDay) return std::nullopt;
+  return std::chrono::seconds(seconds);
+}
+
+// The three functions answer what is wrong.
+std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& given, CommandLine& line) {
+  if (!takes(row, line.legacy, given.option))
+    return std::string(row.name) + " does not take " + quoted(nameOf(given.option));
+  if (given.option == Option::acceptAudioInterruption) line.acceptAudioInterruption = true;
+  if (given.option == Option::withoutGrant) line.withoutGrant = true;
+  if (given.option == Option::manifest) line.manifestPath = given.value;
+  if (given.option != Option::timeout) return std::nullopt;
+  line.timeout = secondsIn(given.value);
+  if (!line.timeout) return "--timeout needs a whole number of seconds from 1 to 86400";
+  return std::nullopt;
+}
+
+std::optional<std::string> takeOperands(const VerbRow& row, std::span<const std::string> operands, CommandLine& line) {
+  const std::size_t wanted = row.operand.empty() ? 0 : 1;
+  if (operands.size() > wanted) return std::string(row.name) + " does not take " + quoted(operands[wanted]);
+  if (!operands.empty()) line.path = operands.front();
   return std::nullopt;
 }
 
@@ -58,33 +95,43 @@ std::optional<std::string> missingFrom(const VerbRow& row, const CommandLine& li
   return std::nullopt;
 }
 
-}  // namespace
-
-std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseCommandLine(
-    const std::vector<std::string>& arguments) {
-  std::vector<std::string> words = arguments;
-  if (std::ranges::find(words, "--help") != words.end()) return HelpWanted{};
-  if (words.empty()) return UsageError{"say what to do"};
-  if (words.front() == "--version") return VersionWanted{};
-
+std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseRequest(const TypedWords& typed) {
+  std::span<const std::string> operands = typed.operands;
   CommandLine line;
-  line.legacy = words.front() == "legacy";
-  if (line.legacy) words.erase(words.begin());
-  const VerbRow* row = words.empty() ? nullptr : rowNamed(words.front());
+  line.legacy = operands.front() == kLegacy;
+  if (line.legacy) operands = operands.subspan(1);
+  if (operands.empty()) return UsageError{"legacy needs a request"};
+  const VerbRow* row = rowNamed(operands.front());
   if (row == nullptr) {
-    return UsageError{words.empty() ? "legacy needs a request" : quoted(words.front()) + " is not a request"};
+    return UsageError{quoted(operands.front()) + " is not a request" + suggestionFor(operands.front(), kRequestNames)};
   }
   if (line.legacy && !row->changesTheMachine) return UsageError{std::string(row->name) + " has no legacy form"};
 
   line.verb = row->verb;
-  words.erase(words.begin());
-  if (auto problem = takeWords(*row, words, line)) return UsageError{std::move(*problem)};
+  for (const GivenOption& given : typed.options) {
+    if (auto problem = takeOption(*row, given, line)) return UsageError{std::move(*problem)};
+  }
+  if (auto problem = takeOperands(*row, operands.subspan(1), line)) return UsageError{std::move(*problem)};
   if (auto problem = missingFrom(*row, line)) return UsageError{std::move(*problem)};
   return line;
 }
 
+}  // namespace
+
+std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseCommandLine(
+    const std::vector<std::string>& arguments) {
+  const TypedWords typed = takeApart(arguments);
+  if (typed.has(Option::help)) return HelpWanted{};
+  if (typed.problem) return UsageError{*typed.problem};
+  if (typed.has(Option::version)) return VersionWanted{};
+  if (typed.operands.empty()) return UsageError{"say what to do"};
+  return parseRequest(typed);
+}
+
+std::span<const std::string_view> requestNames() { return kRequestNames; }
+
 std::string_view helpText() {
-  return R"(usage: halvo-app REQUEST
+  return R"(usage: halvo-app REQUEST [OPTION...]
 
 Asks the privileged helper of the Halvo audio product for one thing and prints its reply.
 
@@ -97,24 +144,15 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   legacy install|prepare-removal|remove-bundle|finalize ...
                                          the same without authorization, as old applications ask; always refused
 
+  --manifest FILE                        the package's manifest; - is standard input (install)
   --accept-audio-interruption            go on although audio is running (install, prepare-removal)
+  --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
-  --help, --version
+  -h, --help, --version
 
-Requests that change the machine ask an administrator for approval first. The reply goes to standard output as it came,
-everything else to standard error.
-
-Exit status:
-   0  the request succeeded
-   1  the helper refused the request or could not complete it
-   2  an administrator's approval is missing
-   3  the helper cannot be reached, or does not take this program for the application
-   4  the helper ended before it replied
-   5  the installed helper is too old for this request
-  64  wrong usage
-  66  the manifest cannot be read
-  74  the request succeeded, but its reply could not be written
- 130  interrupted; what the helper has begun, it finishes
+Options may stand anywhere; what follows -- is none. Requests that change the machine ask an administrator for approval
+first. The reply goes to standard output as it came, everything else to standard error. The exit status is 0 when the
+request succeeded; halvo-app(1) lists the others.
 )";
 }
 

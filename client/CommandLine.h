@@ -1,6 +1,9 @@
 // What a person typed after "halvo-app".
 #pragma once
 
+#include <chrono>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -15,8 +18,9 @@ struct CommandLine {
   bool legacy = false;        // use the first generation of the protocol, which carries no authorization
   bool withoutGrant = false;  // send an authorization that never obtained the right
   bool acceptAudioInterruption = false;
-  std::string path = {};          // of the package or the bundle, as typed
-  std::string manifestPath = {};  // for an install
+  std::string path = {};                             // of the package or the bundle, as typed
+  std::string manifestPath = {};                     // for an install; "-" is standard input
+  std::optional<std::chrono::seconds> timeout = {};  // how long to wait for each reply; without it, until it comes
 
   bool operator==(const CommandLine&) const = default;
 };
@@ -33,8 +37,12 @@ struct UsageError {
   bool operator==(const UsageError&) const = default;
 };
 
+// Help is given wherever it is asked for, whatever else is wrong.
 [[nodiscard]] std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseCommandLine(
     const std::vector<std::string>& arguments);
+
+// The requests, and "legacy", which stands before some of them.
+[[nodiscard]] std::span<const std::string_view> requestNames();
 
 // The text of --help.
 [[nodiscard]] std::string_view helpText();

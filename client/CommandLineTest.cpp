@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 namespace halvo {
 namespace {
 
@@ -59,9 +61,33 @@ INSTANTIATE_TEST_SUITE_P(
         AcceptedRow{"ManifestNamedLikeAnOption",
                     {"install", "a.pkg", "--manifest", "--without-grant"},
                     {.verb = Verb::install, .path = "a.pkg", .manifestPath = "--without-grant"}},
-        AcceptedRow{"PackageWithOneDash",
-                    {"install", "-x.pkg", "--manifest", "m"},
-                    {.verb = Verb::install, .path = "-x.pkg", .manifestPath = "m"}},
+        AcceptedRow{"BeforeTheRequest",
+                    {"--manifest", "m", "--without-grant", "install", "a.pkg"},
+                    {.verb = Verb::install, .withoutGrant = true, .path = "a.pkg", .manifestPath = "m"}},
+        AcceptedRow{"BetweenLegacyAndItsRequest",
+                    {"legacy", "--accept-audio-interruption", "prepare-removal"},
+                    {.verb = Verb::prepareRemoval, .legacy = true, .acceptAudioInterruption = true}},
+        AcceptedRow{"ValueBehindAnEqualsSign",
+                    {"install", "--manifest=a=b.json", "a.pkg"},
+                    {.verb = Verb::install, .path = "a.pkg", .manifestPath = "a=b.json"}},
+        AcceptedRow{"Shortened",
+                    {"prepare-removal", "--accept"},
+                    {.verb = Verb::prepareRemoval, .acceptAudioInterruption = true}},
+        AcceptedRow{"TheLastOfTwoCounts",
+                    {"install", "a.pkg", "--manifest", "m", "--manifest", "n"},
+                    {.verb = Verb::install, .path = "a.pkg", .manifestPath = "n"}},
+        AcceptedRow{"ManifestFromStandardInput",
+                    {"install", "a.pkg", "--manifest", "-"},
+                    {.verb = Verb::install, .path = "a.pkg", .manifestPath = "-"}},
+        AcceptedRow{"PackageNamedLikeAnOption",
+                    {"install", "--manifest", "m", "--", "--help"},
+                    {.verb = Verb::install, .path = "--help", .manifestPath = "m"}},
+        AcceptedRow{"PackageCalledADash",
+                    {"install", "-", "--manifest", "m"},
+                    {.verb = Verb::install, .path = "-", .manifestPath = "m"}},
+        AcceptedRow{"ASecondOfTime", {"ping", "--timeout", "1"}, {.timeout = std::chrono::seconds(1)}},
+        AcceptedRow{
+            "ADayOfTime", {"--timeout=86400", "users"}, {.verb = Verb::users, .timeout = std::chrono::seconds(86400)}},
         AcceptedRow{"PrepareRemovalAudio",
                     {"prepare-removal", "--accept-audio-interruption"},
                     {.verb = Verb::prepareRemoval, .acceptAudioInterruption = true}},
@@ -94,7 +120,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(RefusedRow{"None", {}, "say what to do"},
                     RefusedRow{"Unknown", {"explode"}, "'explode' is not a request"},
                     RefusedRow{"Empty", {""}, "'' is not a request"},
-                    RefusedRow{"OptionFirst", {"--without-grant", "finalize"}, "'--without-grant' is not a request"},
+                    RefusedRow{"OptionOnly", {"--without-grant"}, "say what to do"},
+                    RefusedRow{"Mistyped", {"instal", "a.pkg"}, "'instal' is not a request (did you mean 'install'?)"},
+                    RefusedRow{
+                        "LegacyMistyped", {"legasy", "finalize"}, "'legasy' is not a request (did you mean 'legacy'?)"},
                     RefusedRow{"LegacyAlone", {"legacy"}, "legacy needs a request"},
                     RefusedRow{"LegacyUnknown", {"legacy", "explode"}, "'explode' is not a request"},
                     RefusedRow{"LegacyTwice", {"legacy", "legacy", "finalize"}, "'legacy' is not a request"},
@@ -133,20 +162,19 @@ INSTANTIATE_TEST_SUITE_P(
                    "users does not take '--accept-audio-interruption'"},
         RefusedRow{"UsersGrant", {"users", "--without-grant"}, "users does not take '--without-grant'"},
         RefusedRow{"UsersManifest", {"users", "--manifest", "m"}, "users does not take '--manifest'"},
-        RefusedRow{"InstallUnknown", {"install", "--force", "a.pkg"}, "install does not take '--force'"},
+        RefusedRow{"InstallUnknown", {"install", "--force", "a.pkg"}, "'--force' is not an option"},
         RefusedRow{"LegacyInstallGrant",
                    {"legacy", "install", "a.pkg", "--without-grant"},
                    "install does not take '--without-grant'"},
         RefusedRow{"PrepareRemovalManifest",
                    {"prepare-removal", "--manifest", "m"},
                    "prepare-removal does not take '--manifest'"},
-        RefusedRow{"PrepareRemovalUnknown", {"prepare-removal", "--force"}, "prepare-removal does not take '--force'"},
+        RefusedRow{"PrepareRemovalUnknown", {"prepare-removal", "--force"}, "'--force' is not an option"},
         RefusedRow{"RemoveBundleAudio",
                    {"remove-bundle", "/x", "--accept-audio-interruption"},
                    "remove-bundle does not take '--accept-audio-interruption'"},
         RefusedRow{
             "RemoveBundleManifest", {"remove-bundle", "--manifest", "m"}, "remove-bundle does not take '--manifest'"},
-        RefusedRow{"RemoveBundleVersion", {"remove-bundle", "--version"}, "remove-bundle does not take '--version'"},
         RefusedRow{"FinalizeAudio",
                    {"finalize", "--accept-audio-interruption"},
                    "finalize does not take '--accept-audio-interruption'"},
@@ -156,17 +184,62 @@ INSTANTIATE_TEST_SUITE_P(
                    "finalize does not take '--without-grant'"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+INSTANTIATE_TEST_SUITE_P(
+    WordsThatAreNoOptions, RefusedCommand,
+    testing::Values(RefusedRow{"Mistyped",
+                               {"install", "a.pkg", "--manifets", "m"},
+                               "'--manifets' is not an option (did you mean '--manifest'?)"},
+                    RefusedRow{"MistypedWithAValue",
+                               {"install", "a.pkg", "--manifets=m"},
+                               "'--manifets' is not an option (did you mean '--manifest'?)"},
+                    RefusedRow{"OneLetter", {"ping", "-x"}, "'-x' is not an option"},
+                    RefusedRow{"OneLetterOfSeveral", {"ping", "-xy"}, "'-x' is not an option"},
+                    RefusedRow{"TheFirstOfTwo", {"ping", "--red", "--blue"}, "'--red' is not an option"},
+                    RefusedRow{
+                        "ValueForNothing", {"finalize", "--without-grant=yes"}, "--without-grant takes no value"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Timeouts, RefusedCommand,
+    testing::Values(
+        RefusedRow{"Missing", {"ping", "--timeout"}, "--timeout needs a number of seconds"},
+        RefusedRow{"Empty", {"ping", "--timeout="}, "--timeout needs a whole number of seconds from 1 to 86400"},
+        RefusedRow{"Zero", {"ping", "--timeout", "0"}, "--timeout needs a whole number of seconds from 1 to 86400"},
+        RefusedRow{
+            "Negative", {"ping", "--timeout", "-1"}, "--timeout needs a whole number of seconds from 1 to 86400"},
+        RefusedRow{"MoreThanADay",
+                   {"ping", "--timeout", "86401"},
+                   "--timeout needs a whole number of seconds from 1 to 86400"},
+        RefusedRow{"MoreThanANumberHolds",
+                   {"ping", "--timeout", "99999999999999999999"},
+                   "--timeout needs a whole number of seconds from 1 to 86400"},
+        RefusedRow{
+            "WithAUnit", {"ping", "--timeout", "5s"}, "--timeout needs a whole number of seconds from 1 to 86400"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 TEST(CommandLineTest, HelpIsGivenWhereverItIsAskedFor) {
   EXPECT_TRUE(std::holds_alternative<HelpWanted>(parseCommandLine({"--help"})));
+  EXPECT_TRUE(std::holds_alternative<HelpWanted>(parseCommandLine({"-h"})));
   EXPECT_TRUE(std::holds_alternative<HelpWanted>(parseCommandLine({"install", "--help"})));
+  EXPECT_TRUE(std::holds_alternative<HelpWanted>(parseCommandLine({"explode", "--red", "-h"})));
+}
+
+TEST(CommandLineTest, OptionsBehindTheRequestDoNotDependOnTheEnvironment) {
+  ::setenv("POSIXLY_CORRECT", "1", 1);
+  const auto parsed = parseCommandLine({"finalize", "--without-grant"});
+  ::unsetenv("POSIXLY_CORRECT");
+
+  ASSERT_TRUE(std::holds_alternative<CommandLine>(parsed));
+  EXPECT_EQ(std::get<CommandLine>(parsed), (CommandLine{.verb = Verb::finalize, .withoutGrant = true}));
 }
 
 TEST(CommandLineTest, TheVersionCanBeAskedFor) {
   EXPECT_TRUE(std::holds_alternative<VersionWanted>(parseCommandLine({"--version"})));
+  EXPECT_TRUE(std::holds_alternative<VersionWanted>(parseCommandLine({"ping", "--version"})));
 }
 
-TEST(CommandLineTest, TheHelpTellsRequestsOptionsAndExitStatuses) {
-  EXPECT_EQ(helpText(), R"(usage: halvo-app REQUEST
+TEST(CommandLineTest, TheHelpTellsRequestsAndOptions) {
+  EXPECT_EQ(helpText(), R"(usage: halvo-app REQUEST [OPTION...]
 
 Asks the privileged helper of the Halvo audio product for one thing and prints its reply.
 
@@ -179,24 +252,15 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   legacy install|prepare-removal|remove-bundle|finalize ...
                                          the same without authorization, as old applications ask; always refused
 
+  --manifest FILE                        the package's manifest; - is standard input (install)
   --accept-audio-interruption            go on although audio is running (install, prepare-removal)
+  --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
-  --help, --version
+  -h, --help, --version
 
-Requests that change the machine ask an administrator for approval first. The reply goes to standard output as it came,
-everything else to standard error.
-
-Exit status:
-   0  the request succeeded
-   1  the helper refused the request or could not complete it
-   2  an administrator's approval is missing
-   3  the helper cannot be reached, or does not take this program for the application
-   4  the helper ended before it replied
-   5  the installed helper is too old for this request
-  64  wrong usage
-  66  the manifest cannot be read
-  74  the request succeeded, but its reply could not be written
- 130  interrupted; what the helper has begun, it finishes
+Options may stand anywhere; what follows -- is none. Requests that change the machine ask an administrator for approval
+first. The reply goes to standard output as it came, everything else to standard error. The exit status is 0 when the
+request succeeded; halvo-app(1) lists the others.
 )");
 }
 

@@ -7,9 +7,9 @@
 
 #include "HalvoHelperXPC/ReplyParsers.h"
 #include "client/AdminGrant.h"
-#include "client/LogFollower.h"
 #include "client/Manifest.h"
 #include "client/Message.h"
+#include "client/WaitingDisplay.h"
 
 namespace halvo {
 namespace {
@@ -29,6 +29,7 @@ ExitStatus report(const CommandLine& command, const Outcome& outcome, const Surr
     return tell(explainBoolReply(command, *flag), surroundings);
   }
   if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(command), surroundings);
+  if (std::holds_alternative<TimedOut>(outcome)) return tell(explainTimeOut(command), surroundings);
   return tell(explainFailure(command, std::get<ServiceFailure>(outcome)), surroundings);
 }
 
@@ -90,10 +91,11 @@ Outcome askPlain(const CommandLine& command, const std::string& manifest, Conver
 }
 
 // Asks the helper for its version; answers why the request cannot be made, if so.
-std::optional<Explanation> helperCannotDoIt(Conversation& conversation) {
+std::optional<Explanation> helperCannotDoIt(const CommandLine& command, Conversation& conversation) {
   const Outcome ping = conversation.askRepeatably(
       [](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); });
   if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure({.verb = Verb::ping}, *failure);
+  if (std::holds_alternative<TimedOut>(ping)) return explainTimeOut({.verb = Verb::ping, .timeout = command.timeout});
   if (halvoHelperSupportsAuthorization(halvoParseHelperVersion(std::get<std::string>(ping)))) return std::nullopt;
   return explainOldHelper();
 }
@@ -105,30 +107,31 @@ Outcome ofAnAdmittedClient(const Outcome& outcome) {
   return ServiceFailure{ServiceFailure::Kind::interrupted, failure->description};
 }
 
+Outcome askAndShow(const CommandLine& command, const AdminGrant& grant, const std::string& manifest,
+                   Conversation& conversation, const Surroundings& surroundings) {
+  WaitingDisplay display(command, surroundings);
+  return conversation.ask(
+      [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
+        sendAuthorized(command, grant.externalForm(), manifest, helper, text, boolean);
+      },
+      [&] { display.look(); });
+}
+
 ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
                          const Surroundings& surroundings) {
-  if (const auto problem = helperCannotDoIt(conversation)) return tell(*problem, surroundings);
+  if (const auto problem = helperCannotDoIt(command, conversation)) return tell(*problem, surroundings);
   const auto grant = command.withoutGrant ? AdminGrant::empty() : AdminGrant::obtain();
   if (const auto* refusal = std::get_if<AdminGrant::Refusal>(&grant)) {
     return tell(explainMissingApproval(refusal->status), surroundings);
   }
-  LogFollower log(surroundings.logOf(command));
-  bool saidSo = false;
-  const auto whileWaiting = [&] {
-    if (!std::exchange(saidSo, true)) say(surroundings.err, waitingNotice(command));
-    log.printNewLines(surroundings.err);
-  };
-  const Outcome outcome = conversation.ask(
-      [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
-        sendAuthorized(command, std::get<AdminGrant>(grant).externalForm(), manifest, helper, text, boolean);
-      },
-      whileWaiting);
+  const Outcome outcome = askAndShow(command, std::get<AdminGrant>(grant), manifest, conversation, surroundings);
   return report(command, ofAnAdmittedClient(outcome), surroundings);
 }
 
 }  // namespace
 
 ExitStatus runCommand(const CommandLine& command, Conversation& conversation, const Surroundings& surroundings) {
+  if (command.timeout) conversation.waitAtMost(*command.timeout);
   std::string manifest;
   if (command.verb == Verb::install) {
     auto text = readManifest(command.manifestPath);

@@ -1,6 +1,7 @@
 // Carries out what the command line asks for.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <ostream>
 #include <string>
@@ -17,6 +18,8 @@ struct Surroundings {
   std::ostream& out;                                                     // the helper's reply, as it came
   std::ostream& err;                                                     // everything meant for people
   std::function<std::string(const CommandLine&)> logOf = progressLogOf;  // the log to show while a request runs
+  bool errIsTerminal = false;                                            // there the time that passes is shown
+  std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };
 
 // Blocks until the reply. Whether the reply could be written, the stream itself knows.

@@ -258,6 +258,29 @@ TEST_F(CommandsTest, AChangeThatTheHelperCouldNotTakeIsExplainedAsThat) {
   EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper could not take the request. "));
 }
 
+TEST_F(CommandsTest, AReplyThatDoesNotComeInTimeIsNotWaitedFor) {
+  helper->answersAtOnce = false;
+
+  EXPECT_EQ(run({.verb = Verb::finalize, .withoutGrant = true, .timeout = std::chrono::seconds(1)}),
+            ExitStatus::noReplyInTime);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "finalizeRemoval 32 bytes"));
+  EXPECT_EQ(out.str(), "");
+  EXPECT_EQ(err.str(),
+            "halvo-app: The helper did not reply within the 1 s that --timeout gives it. What it has begun, it "
+            "finishes: look whether \"halvo-app ping\" is still answered.\n");
+}
+
+TEST_F(CommandsTest, AHelperWhosePingIsNotAnsweredInTimeIsNotAskedForAChange) {
+  helper->pingsAreAnswered = false;
+
+  EXPECT_EQ(run({.verb = Verb::finalize, .timeout = std::chrono::seconds(1)}), ExitStatus::noReplyInTime);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+  EXPECT_EQ(err.str(),
+            "halvo-app: The helper did not reply within the 1 s that --timeout gives it. Try again, or wait longer.\n");
+}
+
 TEST_F(CommandsTest, AListOfUsersThatIsCutOffIsAskedForOnceMore) {
   helper->requestFailure = {ServiceFailure::Kind::interrupted, "gone"};
 
@@ -379,9 +402,10 @@ TEST_F(CommandsTest, WhatTakesLongIsSaidOnceAndTheNewLinesOfItsLogAreShown) {
                                        {out, watched, [&](const auto&) { return log; }});
 
   EXPECT_EQ(status, ExitStatus::success);
-  EXPECT_EQ(shown.str(),
-            "halvo-app: Waiting for the helper; interrupting this does not stop it. New lines of "
-            "/var/log/halvo-uninstall.log:\n  begun\n  ended\n");
+  EXPECT_EQ(
+      shown.str(),
+      "halvo-app: Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and "
+      "does not tell whether another one comes first. New lines of /var/log/halvo-uninstall.log:\n  begun\n  ended\n");
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 #include "client/Conversation.h"
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <utility>
 
 namespace halvo {
 namespace {
+
+using std::chrono::milliseconds;
 
 // Where the first of several possible answers goes. A message without reply and the one behind it may both fail.
 class FirstAnswer {
@@ -18,6 +21,25 @@ class FirstAnswer {
  private:
   std::promise<Outcome> promise_;
   std::atomic<bool> given_ = false;
+};
+
+// What is left of a time that may have no limit.
+class TimeLeft {
+ public:
+  explicit TimeLeft(std::optional<milliseconds> limit) : limit_(limit) {}
+
+  // As long as that, or what is left when that is less.
+  [[nodiscard]] milliseconds of(milliseconds wanted) const { return limit_ ? std::min(wanted, rest()) : wanted; }
+  [[nodiscard]] bool isNone() const { return limit_ && rest() <= milliseconds::zero(); }
+
+ private:
+  // Rounded up: what has not passed whole is not over.
+  [[nodiscard]] milliseconds rest() const {
+    return std::chrono::ceil<milliseconds>(begun_ + *limit_ - std::chrono::steady_clock::now());
+  }
+
+  const std::optional<milliseconds> limit_;
+  const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace
@@ -33,12 +55,15 @@ Outcome Conversation::ask(const Request& request, const std::function<void()>& w
       *helper, [answer](const std::string& reply) { answer->give(reply); },
       [answer](bool reply) { answer->give(reply); });
 
-  if (outcome.wait_for(pace_.patience) != std::future_status::ready) {
-    do {
-      whileWaiting();
-    } while (outcome.wait_for(pace_.betweenLooks) != std::future_status::ready);
+  const TimeLeft left(limit_);
+  bool waited = false;
+  for (auto wait = pace_.patience; outcome.wait_for(left.of(wait)) != std::future_status::ready;
+       wait = pace_.betweenLooks) {
+    if (left.isNone()) return TimedOut{};
+    waited = true;
     whileWaiting();
   }
+  if (waited) whileWaiting();
   return outcome.get();
 }
 
@@ -57,8 +82,8 @@ Outcome Conversation::tell(const std::function<void(HalvoHelperProtocol& helper)
     message(helper);
     helper.ping(text);
   });
-  if (std::holds_alternative<ServiceFailure>(outcome)) return outcome;
-  return NoReply{};
+  if (std::holds_alternative<std::string>(outcome)) return NoReply{};
+  return outcome;
 }
 
 }  // namespace halvo

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -17,7 +18,12 @@ struct NoReply {
   bool operator==(const NoReply&) const = default;
 };
 
-using Outcome = std::variant<std::string, bool, NoReply, ServiceFailure>;
+// No reply came in the time that there was for it. It may still be worked on.
+struct TimedOut {
+  bool operator==(const TimedOut&) const = default;
+};
+
+using Outcome = std::variant<std::string, bool, NoReply, TimedOut, ServiceFailure>;
 
 // When a person is told that the request takes its time, and how often there is something new.
 struct Pace {
@@ -35,8 +41,11 @@ class Conversation {
 
   explicit Conversation(Connect connect, const Pace& pace = {});
 
-  // Blocks until the helper has answered, however long that takes. When that is longer than the patience,
-  // `whileWaiting` is called again and again on this thread, the last time when the answer is there.
+  // From here on no reply is waited for longer than this.
+  void waitAtMost(std::chrono::milliseconds limit) { limit_ = limit; }
+
+  // Blocks until the helper has answered, without a limit however long that takes. When that is longer than the
+  // patience, `whileWaiting` is called again and again on this thread, the last time when the answer is there.
   Outcome ask(
       const Request& request, const std::function<void()>& whileWaiting = [] {});
 
@@ -51,6 +60,7 @@ class Conversation {
   const Connect connect_;
   std::unique_ptr<ServiceClient> client_;
   const Pace pace_;
+  std::optional<std::chrono::milliseconds> limit_;
 };
 
 }  // namespace halvo

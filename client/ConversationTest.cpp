@@ -125,6 +125,43 @@ TEST_F(ConversationTest, SlowAnswerIsWaitedForAndTheLastLookComesAfterIt) {
   EXPECT_THAT(looks, ElementsAre("look 0", "look 1", "look 2", "look 3"));
 }
 
+TEST_F(ConversationTest, AnAnswerThatDoesNotComeInTimeIsNotWaitedForLonger) {
+  helper->answersAtOnce = false;
+  int looks = 0;
+  Conversation conversation = with({milliseconds(0), milliseconds(1)});
+  conversation.waitAtMost(milliseconds(20));
+
+  EXPECT_EQ(conversation.ask(ping, [&] { ++looks; }), Outcome(TimedOut{}));
+  EXPECT_GT(looks, 0);
+}
+
+TEST_F(ConversationTest, ALimitShorterThanThePatienceHoldsAsWell) {
+  helper->answersAtOnce = false;
+  int looks = 0;
+  Conversation conversation = with({std::chrono::hours(1), milliseconds(1)});
+  conversation.waitAtMost(milliseconds(1));
+
+  EXPECT_EQ(conversation.ask(ping, [&] { ++looks; }), Outcome(TimedOut{}));
+  EXPECT_EQ(looks, 0);
+}
+
+TEST_F(ConversationTest, AnAnswerInTimeIsTheOutcome) {
+  Conversation conversation = with();
+  conversation.waitAtMost(std::chrono::hours(1));
+
+  EXPECT_EQ(conversation.ask(ping), Outcome("pong"));
+}
+
+TEST_F(ConversationTest, WhatDoesNotComeInTimeIsNotAskedForAgain) {
+  helper->answersAtOnce = false;
+  Conversation conversation = with();
+  conversation.waitAtMost(milliseconds(1));
+
+  EXPECT_EQ(conversation.askRepeatably(ping), Outcome(TimedOut{}));
+  EXPECT_EQ(conversation.tell([](HalvoHelperProtocol& proxy) { proxy.finalizeRemoval(); }), Outcome(TimedOut{}));
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "legacy finalizeRemoval", "ping"));
+}
+
 TEST_F(ConversationTest, AnswerMayComeFromAnotherThread) {
   helper->answersAtOnce = false;
   std::thread answering;

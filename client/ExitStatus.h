@@ -1,4 +1,4 @@
-// The exit statuses of halvo-app, as its help text and manual page list them.
+// The exit statuses of halvo-app, as its manual page lists them.
 #pragma once
 
 namespace halvo {
@@ -13,6 +13,7 @@ enum class ExitStatus {
   usage = 64,
   unreadableManifest = 66,
   unwritableOutput = 74,
+  noReplyInTime = 75,
   interruptedByUser = 130,
 };
 

@@ -121,6 +121,23 @@ std::string_view adviceAfterInterruption(const CommandLine& command) {
   return {};  // Not reached: there is no other verb.
 }
 
+std::string_view adviceAfterTimeOut(const CommandLine& command) {
+  switch (command.verb) {
+    case Verb::ping:
+    case Verb::users:
+      return "Try again, or wait longer.";
+    case Verb::install:
+      return "What it has begun, it finishes: the last lines of /var/log/halvo-install.log say how far it is.";
+    case Verb::prepareRemoval:
+      return "What it has begun, it finishes: the last lines of /var/log/halvo-uninstall.log say how far it is.";
+    case Verb::removeBundle:
+      return "What it has begun, it finishes: look whether the folder is still there.";
+    case Verb::finalize:
+      return "What it has begun, it finishes: look whether \"halvo-app ping\" is still answered.";
+  }
+  return {};
+}
+
 }  // namespace
 
 Explanation explainTextReply(const CommandLine& command, const std::string& reply) {
@@ -168,6 +185,12 @@ Explanation explainFailure(const CommandLine& command, const ServiceFailure& fai
   return {ExitStatus::unreachable, failure.description};  // Not reached: there is no other kind.
 }
 
+Explanation explainTimeOut(const CommandLine& command) {
+  const auto seconds = command.timeout.value_or(std::chrono::seconds::zero()).count();
+  return {ExitStatus::noReplyInTime, "The helper did not reply within the " + std::to_string(seconds) +
+                                         " s that --timeout gives it. " + std::string(adviceAfterTimeOut(command))};
+}
+
 Explanation explainOldHelper() {
   return {ExitStatus::helperTooOld,
           "The installed helper is too old for this request. Open the new application, which registers its own helper, "
@@ -212,7 +235,10 @@ std::string progressLogOf(const CommandLine& command) {
 
 std::string waitingNotice(const CommandLine& command) {
   const std::string log = progressLogOf(command);
-  const std::string notice = "Waiting for the helper; interrupting this does not stop it.";
+  // The helper holds a change back while another one runs, and neither tells so nor writes a log meanwhile.
+  const std::string notice =
+      "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not tell "
+      "whether another one comes first.";
   return log.empty() ? notice : notice + " New lines of " + log + ":";
 }
 

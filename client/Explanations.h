@@ -29,6 +29,9 @@ struct Explanation {
 // A change that was cut off may have been done, in part or not at all: the text says where to look.
 [[nodiscard]] Explanation explainFailure(const CommandLine& command, const ServiceFailure& failure);
 
+// No reply came in the time that the command line gives.
+[[nodiscard]] Explanation explainTimeOut(const CommandLine& command);
+
 [[nodiscard]] Explanation explainOldHelper();
 
 // There is no administrator's approval to send; the status is that of Authorization Services.

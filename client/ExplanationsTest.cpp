@@ -253,6 +253,36 @@ INSTANTIATE_TEST_SUITE_P(
                   "Where \"halvo-app ping\" is still answered, make the request once more."}),
     [](const auto& row) { return std::string(row.param.name); });
 
+class TimeOutExplanation : public testing::TestWithParam<CutOffRow> {};
+
+TEST_P(TimeOutExplanation, SaysHowLongItWasWaitedForAndWhereToLook) {
+  CommandLine command = GetParam().command;
+  command.timeout = std::chrono::seconds(30);
+
+  EXPECT_EQ(explainTimeOut(command),
+            (Explanation{ExitStatus::noReplyInTime,
+                         "The helper did not reply within the 30 s that --timeout gives it. " + GetParam().expected}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, TimeOutExplanation,
+    testing::Values(
+        CutOffRow{"Ping", {.verb = Verb::ping}, "Try again, or wait longer."},
+        CutOffRow{"Users", {.verb = Verb::users}, "Try again, or wait longer."},
+        CutOffRow{"Install",
+                  {.verb = Verb::install},
+                  "What it has begun, it finishes: the last lines of /var/log/halvo-install.log say how far it is."},
+        CutOffRow{"PrepareRemoval",
+                  {.verb = Verb::prepareRemoval},
+                  "What it has begun, it finishes: the last lines of /var/log/halvo-uninstall.log say how far it is."},
+        CutOffRow{"RemoveBundle",
+                  {.verb = Verb::removeBundle},
+                  "What it has begun, it finishes: look whether the folder is still there."},
+        CutOffRow{"Finalize",
+                  {.verb = Verb::finalize},
+                  "What it has begun, it finishes: look whether \"halvo-app ping\" is still answered."}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 TEST(ExplanationsTest, AHelperThatIsTooOldIsReplacedByTheApplication) {
   EXPECT_EQ(explainOldHelper(),
             (Explanation{ExitStatus::helperTooOld,
@@ -306,16 +336,30 @@ TEST_P(WaitingNotice, NamesTheLogThatFollows) {
 INSTANTIATE_TEST_SUITE_P(
     Table, WaitingNotice,
     testing::Values(
-        LogRow{"Install", Verb::install, "/var/log/halvo-install.log",
-               "Waiting for the helper; interrupting this does not stop it. New lines of "
-               "/var/log/halvo-install.log:"},
-        LogRow{"PrepareRemoval", Verb::prepareRemoval, "/var/log/halvo-uninstall.log",
-               "Waiting for the helper; interrupting this does not stop it. New lines of "
-               "/var/log/halvo-uninstall.log:"},
-        LogRow{"RemoveBundle", Verb::removeBundle, "", "Waiting for the helper; interrupting this does not stop it."},
-        LogRow{"Finalize", Verb::finalize, "", "Waiting for the helper; interrupting this does not stop it."},
-        LogRow{"Ping", Verb::ping, "", "Waiting for the helper; interrupting this does not stop it."},
-        LogRow{"Users", Verb::users, "", "Waiting for the helper; interrupting this does not stop it."}),
+        LogRow{
+            "Install", Verb::install, "/var/log/halvo-install.log",
+            "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not "
+            "tell whether another one comes first. New lines of /var/log/halvo-install.log:"},
+        LogRow{
+            "PrepareRemoval", Verb::prepareRemoval, "/var/log/halvo-uninstall.log",
+            "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not "
+            "tell whether another one comes first. New lines of /var/log/halvo-uninstall.log:"},
+        LogRow{
+            "RemoveBundle", Verb::removeBundle, "",
+            "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not "
+            "tell whether another one comes first."},
+        LogRow{
+            "Finalize", Verb::finalize, "",
+            "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not "
+            "tell whether another one comes first."},
+        LogRow{
+            "Ping", Verb::ping, "",
+            "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not "
+            "tell whether another one comes first."},
+        LogRow{
+            "Users", Verb::users, "",
+            "Waiting for the helper; interrupting this does not stop it. It makes one change at a time, and does not "
+            "tell whether another one comes first."}),
     [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

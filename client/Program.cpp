@@ -22,7 +22,7 @@ ExitStatus carryOut(const std::vector<std::string>& arguments, const std::functi
     return ExitStatus::success;
   }
   if (std::holds_alternative<VersionWanted>(parsed)) {
-    surroundings.out << "halvo-app, protocol version " << kHalvoHelperXPCVersion << "\n";
+    surroundings.out << "halvo-app " << HALVO_VERSION << ", protocol version " << kHalvoHelperXPCVersion << "\n";
     return ExitStatus::success;
   }
   Conversation conversation = connect();

@@ -51,10 +51,10 @@ TEST_F(ProgramTest, ARequestIsMadeAndItsReplyPrinted) {
   EXPECT_EQ(err.str(), "");
 }
 
-TEST_F(ProgramTest, TheVersionIsThatOfTheProtocol) {
+TEST_F(ProgramTest, TheVersionIsThatOfTheBuildAndOfTheProtocol) {
   EXPECT_EQ(run({"--version"}), ExitStatus::success);
 
-  EXPECT_EQ(out.str(), "halvo-app, protocol version 6\n");
+  EXPECT_EQ(out.str(), "halvo-app " HALVO_VERSION ", protocol version 6\n");
   EXPECT_EQ(err.str(), "");
   EXPECT_THAT(helper->requests, IsEmpty());
 }
@@ -135,6 +135,7 @@ INSTANTIATE_TEST_SUITE_P(Table, ExitStatusNumber,
                                          StatusRow{"Usage", ExitStatus::usage, 64},
                                          StatusRow{"UnreadableManifest", ExitStatus::unreadableManifest, 66},
                                          StatusRow{"UnwritableOutput", ExitStatus::unwritableOutput, 74},
+                                         StatusRow{"NoReplyInTime", ExitStatus::noReplyInTime, 75},
                                          StatusRow{"InterruptedByUser", ExitStatus::interruptedByUser, 130}),
                          [](const auto& row) { return std::string(row.param.name); });
 

@@ -1,4 +1,6 @@
 // halvo-app: the application's side of the helper's protocol as a command line program.
+#include <unistd.h>
+
 #include <algorithm>
 #include <iostream>
 #include <string>
@@ -19,5 +21,7 @@ int main(int argc, char* argv[]) {
   };
   // A caller may leave out even the name of the program.
   const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
-  return static_cast<int>(halvo::runProgram(arguments, connect, {std::cout, std::cerr}));
+  const halvo::Surroundings surroundings{
+      .out = std::cout, .err = std::cerr, .errIsTerminal = ::isatty(STDERR_FILENO) == 1};
+  return static_cast<int>(halvo::runProgram(arguments, connect, surroundings));
 }

@@ -40,8 +40,9 @@ TEST_F(ClientOutputScenario, AnInstallThatTakesLongerThanAPersonExpectsShowsItsL
       machine.app(ProductMachine::install(machine.package({.extra = {"--postinstall", mac().path(kScript).string()}})));
 
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.err, StartsWith("halvo-app: Waiting for the helper; interrupting this does not stop it. New lines "
-                                     "of /var/log/halvo-install.log:\n  "));
+  EXPECT_THAT(result.err, StartsWith("halvo-app: Waiting for the helper; interrupting this does not stop it. It makes "
+                                     "one change at a time, and does not tell whether another one comes first. New "
+                                     "lines of /var/log/halvo-install.log:\n  "));
   EXPECT_THAT(result.err, HasSubstr(": package trusted: Developer ID Installer: "));
   EXPECT_THAT(result.err, HasSubstr(": daemon bootstrap gui/501 rc=0\n"));
 }

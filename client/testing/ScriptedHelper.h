@@ -16,7 +16,8 @@ namespace halvo {
 class ScriptedHelper final : public HalvoHelperProtocol {
  public:
   void ping(const TextReply& reply) override {
-    note("ping"), give(pingFailure, [this, reply] { reply(pingReply); });
+    note("ping");
+    if (pingsAreAnswered) give(pingFailure, [this, reply] { reply(pingReply); });
   }
   void enumerateActiveGuiDomains(const TextReply& reply) override { take("users", reply); }
   void prepareForRemoval(bool accept, const TextReply& reply) override {
@@ -49,7 +50,8 @@ class ScriptedHelper final : public HalvoHelperProtocol {
   bool boolReply = true;
   std::optional<ServiceFailure> pingFailure;
   std::optional<ServiceFailure> requestFailure;  // of everything but ping
-  bool answersAtOnce = true;                     // else when the test calls answer(); ping always does
+  bool pingsAreAnswered = true;
+  bool answersAtOnce = true;  // what is no ping; else when the test calls answer()
 
   std::vector<std::string> requests;
   std::function<void()> answer;
