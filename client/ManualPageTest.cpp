@@ -1,0 +1,70 @@
+// The manual page tells what the program does.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+
+#include "client/CommandLine.h"
+#include "client/ExitStatus.h"
+#include "client/Options.h"
+
+namespace halvo {
+namespace {
+
+std::string manualPage() {
+  std::ostringstream text;
+  text << std::ifstream(HALVO_MANUAL_PAGE).rdbuf();
+  return text.str();
+}
+
+// Between the heading of a section and the next one.
+std::string section(const std::string& heading) {
+  const std::string page = manualPage();
+  const std::size_t begin = page.find(".Sh " + heading + "\n");
+  return page.substr(begin, page.find("\n.Sh ", begin + 1) - begin);
+}
+
+std::vector<std::string> itemsOf(const std::string& text) {
+  const std::regex item("\n\\.It ([^\n]*)");
+  std::vector<std::string> items;
+  std::transform(std::sregex_iterator(text.begin(), text.end(), item), std::sregex_iterator(),
+                 std::back_inserter(items), [](const std::smatch& match) { return match.str(1); });
+  return items;
+}
+
+// Every status of the program has a case: the compiler tells of one that is missing here.
+std::string number(ExitStatus status) {
+  switch (status) {
+    case ExitStatus::success:
+    case ExitStatus::refused:
+    case ExitStatus::unauthorized:
+    case ExitStatus::unreachable:
+    case ExitStatus::interrupted:
+    case ExitStatus::helperTooOld:
+    case ExitStatus::usage:
+    case ExitStatus::unreadableManifest:
+    case ExitStatus::unwritableOutput:
+    case ExitStatus::noReplyInTime:
+    case ExitStatus::interruptedByUser:
+      return std::to_string(static_cast<int>(status));
+  }
+  return {};
+}
+
+TEST(ManualPageTest, ListsEveryExitStatusAndNoOther) {
+  EXPECT_THAT(itemsOf(section("EXIT STATUS")),
+              testing::ElementsAre(
+                  number(ExitStatus::success), number(ExitStatus::refused), number(ExitStatus::unauthorized),
+                  number(ExitStatus::unreachable), number(ExitStatus::interrupted), number(ExitStatus::helperTooOld),
+                  number(ExitStatus::usage), number(ExitStatus::unreadableManifest), number(ExitStatus::unwritableOutput),
+                  number(ExitStatus::noReplyInTime), number(ExitStatus::interruptedByUser)));
+}
+
+TEST(ManualPageTest, AloneListsThem) { EXPECT_THAT(std::string(helpText()), testing::Not(testing::HasSubstr(" 130"))); }
+
+}  // namespace
+}  // namespace halvo
