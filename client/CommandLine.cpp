@@ -51,6 +51,8 @@ bool takes(const VerbRow& row, bool legacy, Option option) {
       return row.takesAudioOption;
     case Option::withoutGrant:
       return row.changesTheMachine && !legacy;
+    case Option::withoutChecks:
+      return !row.operand.empty() && !legacy;
     case Option::manifest:
       return row.verb == Verb::install;
     case Option::timeout:
@@ -75,6 +77,7 @@ std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& giv
     return std::string(row.name) + " does not take " + quoted(nameOf(given.option));
   if (given.option == Option::acceptAudioInterruption) line.acceptAudioInterruption = true;
   if (given.option == Option::withoutGrant) line.withoutGrant = true;
+  if (given.option == Option::withoutChecks) line.withoutChecks = true;
   if (given.option == Option::manifest) line.manifestPath = given.value;
   if (given.option != Option::timeout) return std::nullopt;
   line.timeout = secondsIn(given.value);
@@ -148,6 +151,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   --accept-audio-interruption            go on although audio is running (install, prepare-removal)
   --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
+  --without-checks                       send what this program would refuse itself (install, remove-bundle)
   -h, --help, --version
 
 Options may stand anywhere; what follows -- is none. Requests that change the machine ask an administrator for approval

@@ -15,8 +15,9 @@ enum class Verb { ping, users, install, prepareRemoval, removeBundle, finalize }
 
 struct CommandLine {
   Verb verb = Verb::ping;
-  bool legacy = false;        // use the first generation of the protocol, which carries no authorization
-  bool withoutGrant = false;  // send an authorization that never obtained the right
+  bool legacy = false;         // use the first generation of the protocol, which carries no authorization
+  bool withoutGrant = false;   // send an authorization that never obtained the right
+  bool withoutChecks = false;  // send what this program would refuse itself
   bool acceptAudioInterruption = false;
   std::string path = {};                             // of the package or the bundle, as typed
   std::string manifestPath = {};                     // for an install; "-" is standard input

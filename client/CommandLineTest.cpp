@@ -97,6 +97,12 @@ INSTANTIATE_TEST_SUITE_P(
         AcceptedRow{"RemoveBundleGrant",
                     {"remove-bundle", "/x", "--without-grant"},
                     {.verb = Verb::removeBundle, .withoutGrant = true, .path = "/x"}},
+        AcceptedRow{"InstallUnchecked",
+                    {"install", "a.pkg", "--manifest", "m", "--without-checks"},
+                    {.verb = Verb::install, .withoutChecks = true, .path = "a.pkg", .manifestPath = "m"}},
+        AcceptedRow{"RemoveBundleUnchecked",
+                    {"remove-bundle", "/x", "--without-checks"},
+                    {.verb = Verb::removeBundle, .withoutChecks = true, .path = "/x"}},
         AcceptedRow{"FinalizeGrant", {"finalize", "--without-grant"}, {.verb = Verb::finalize, .withoutGrant = true}}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -175,6 +181,10 @@ INSTANTIATE_TEST_SUITE_P(
                    "remove-bundle does not take '--accept-audio-interruption'"},
         RefusedRow{
             "RemoveBundleManifest", {"remove-bundle", "--manifest", "m"}, "remove-bundle does not take '--manifest'"},
+        RefusedRow{"FinalizeUnchecked", {"finalize", "--without-checks"}, "finalize does not take '--without-checks'"},
+        RefusedRow{"LegacyUnchecked",
+                   {"legacy", "remove-bundle", "/x", "--without-checks"},
+                   "remove-bundle does not take '--without-checks'"},
         RefusedRow{"FinalizeAudio",
                    {"finalize", "--accept-audio-interruption"},
                    "finalize does not take '--accept-audio-interruption'"},
@@ -256,6 +266,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   --accept-audio-interruption            go on although audio is running (install, prepare-removal)
   --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
+  --without-checks                       send what this program would refuse itself (install, remove-bundle)
   -h, --help, --version
 
 Options may stand anywhere; what follows -- is none. Requests that change the machine ask an administrator for approval

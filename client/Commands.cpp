@@ -9,6 +9,7 @@
 #include "client/AdminGrant.h"
 #include "client/Manifest.h"
 #include "client/Message.h"
+#include "client/VisibleFaults.h"
 #include "client/WaitingDisplay.h"
 
 namespace halvo {
@@ -19,14 +20,15 @@ ExitStatus tell(const Explanation& explanation, const Surroundings& surroundings
   return explanation.status;
 }
 
-ExitStatus report(const CommandLine& command, const Outcome& outcome, const Surroundings& surroundings) {
+ExitStatus report(const CommandLine& command, const Outcome& outcome, const Surroundings& surroundings,
+                  const Seen& seen = {}) {
   if (const auto* text = std::get_if<std::string>(&outcome)) {
     surroundings.out << *text << '\n' << std::flush;
-    return tell(explainTextReply(command, *text), surroundings);
+    return tell(explainTextReply(command, *text, seen), surroundings);
   }
   if (const bool* flag = std::get_if<bool>(&outcome)) {
     surroundings.out << (*flag ? "true" : "false") << '\n' << std::flush;
-    return tell(explainBoolReply(command, *flag), surroundings);
+    return tell(explainBoolReply(command, *flag, seen), surroundings);
   }
   if (std::holds_alternative<NoReply>(outcome)) return tell(explainNoReply(command), surroundings);
   if (std::holds_alternative<TimedOut>(outcome)) return tell(explainTimeOut(command), surroundings);
@@ -79,11 +81,20 @@ void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, c
 
 bool changesNothing(const CommandLine& command) { return command.verb == Verb::ping || command.verb == Verb::users; }
 
+// A connection that is cut off twice before an answer: the helper may have refused it, or ended. Which of both shows is
+// a matter of moments, so that it is told in one way.
+Outcome ofAClientThatMayBeRefused(const Outcome& outcome) {
+  const auto* failure = std::get_if<ServiceFailure>(&outcome);
+  if (failure == nullptr || failure->kind != ServiceFailure::Kind::interrupted) return outcome;
+  return ServiceFailure{ServiceFailure::Kind::unreachable, failure->description};
+}
+
+// Asks what needs no approval, or has none to give.
 Outcome askPlain(const CommandLine& command, const std::string& manifest, Conversation& conversation) {
   const auto send = [&](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply& boolean) {
     sendPlain(command, manifest, helper, text, boolean);
   };
-  if (changesNothing(command)) return conversation.askRepeatably(send);
+  if (changesNothing(command)) return ofAClientThatMayBeRefused(conversation.askRepeatably(send));
   if (command.verb == Verb::finalize) {
     return conversation.tell([&](HalvoHelperProtocol& helper) { send(helper, {}, {}); });
   }
@@ -92,8 +103,8 @@ Outcome askPlain(const CommandLine& command, const std::string& manifest, Conver
 
 // Asks the helper for its version; answers why the request cannot be made, if so.
 std::optional<Explanation> helperCannotDoIt(const CommandLine& command, Conversation& conversation) {
-  const Outcome ping = conversation.askRepeatably(
-      [](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); });
+  const Outcome ping = ofAClientThatMayBeRefused(conversation.askRepeatably(
+      [](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); }));
   if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure({.verb = Verb::ping}, *failure);
   if (std::holds_alternative<TimedOut>(ping)) return explainTimeOut({.verb = Verb::ping, .timeout = command.timeout});
   if (halvoHelperSupportsAuthorization(halvoParseHelperVersion(std::get<std::string>(ping)))) return std::nullopt;
@@ -117,15 +128,36 @@ Outcome askAndShow(const CommandLine& command, const AdminGrant& grant, const st
       [&] { display.look(); });
 }
 
+// What there is to see before a request changes it.
+Seen lookAround(const CommandLine& command, const std::string& manifest, const LocalView& view) {
+  Seen seen{.manifestNamesVersion = namesVersion(manifest),
+            .productWasInstalled = view.productIsInstalled(),
+            .stagingWasLeft = view.stagingIsLeft()};
+  if (command.verb == Verb::removeBundle) seen.faultOfBundle = faultOfBundle(command.path);
+  return seen;
+}
+
 ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
                          const Surroundings& surroundings) {
   if (const auto problem = helperCannotDoIt(command, conversation)) return tell(*problem, surroundings);
+  Seen seen = lookAround(command, manifest, surroundings.view);
   const auto grant = command.withoutGrant ? AdminGrant::empty() : AdminGrant::obtain();
   if (const auto* refusal = std::get_if<AdminGrant::Refusal>(&grant)) {
-    return tell(explainMissingApproval(refusal->status), surroundings);
+    seen.diskIsFull = surroundings.view.diskIsFull();
+    return tell(explainMissingApproval(refusal->status, seen), surroundings);
   }
   const Outcome outcome = askAndShow(command, std::get<AdminGrant>(grant), manifest, conversation, surroundings);
-  return report(command, ofAnAdmittedClient(outcome), surroundings);
+  seen.diskIsFull = surroundings.view.diskIsFull();
+  return report(command, ofAnAdmittedClient(outcome), surroundings, seen);
+}
+
+// What this program can see to be wrong with a request for which a password would be asked.
+std::optional<std::string> visibleFault(const CommandLine& command, const std::string& manifest) {
+  if (command.legacy || command.withoutChecks) return std::nullopt;
+  if (command.verb == Verb::removeBundle) return faultOfBundle(command.path);
+  if (command.verb != Verb::install) return std::nullopt;
+  auto fault = faultOfManifest(manifest);
+  return fault ? fault : faultOfPackage(command.path);
 }
 
 }  // namespace
@@ -136,9 +168,12 @@ ExitStatus runCommand(const CommandLine& command, Conversation& conversation, co
   if (command.verb == Verb::install) {
     auto text = readManifest(command.manifestPath);
     if (const auto* problem = std::get_if<UnreadableManifest>(&text)) {
-      return tell({ExitStatus::unreadableManifest, problem->reason}, surroundings);
+      return tell({ExitStatus::unusableInput, problem->reason}, surroundings);
     }
     manifest = std::move(std::get<std::string>(text));
+  }
+  if (const auto fault = visibleFault(command, manifest)) {
+    return tell({ExitStatus::unusableInput, *fault}, surroundings);
   }
   if (!command.legacy && !changesNothing(command)) return askAuthorized(command, manifest, conversation, surroundings);
   return report(command, askPlain(command, manifest, conversation), surroundings);

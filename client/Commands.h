@@ -10,6 +10,7 @@
 #include "client/Conversation.h"
 #include "client/ExitStatus.h"
 #include "client/Explanations.h"
+#include "client/LocalView.h"
 
 namespace halvo {
 
@@ -18,6 +19,7 @@ struct Surroundings {
   std::ostream& out;                                                     // the helper's reply, as it came
   std::ostream& err;                                                     // everything meant for people
   std::function<std::string(const CommandLine&)> logOf = progressLogOf;  // the log to show while a request runs
+  LocalView view = LocalView();                                          // of the Mac that this program runs on
   bool errIsTerminal = false;                                            // there the time that passes is shown
   std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };

@@ -57,6 +57,7 @@ class RequestOfCommand : public CommandsTest, public testing::WithParamInterface
 TEST_P(RequestOfCommand, IsMadeOnce) {
   CommandLine command = GetParam().command;
   command.manifestPath = manifest;
+  command.withoutChecks = true;
 
   run(command);
 
@@ -188,7 +189,11 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(CommandsTest, ARelativePackageIsMadeAbsolute) {
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path(state.path());
-  run({.verb = Verb::install, .withoutGrant = true, .path = "below/a.pkg", .manifestPath = manifest});
+  run({.verb = Verb::install,
+       .withoutGrant = true,
+       .withoutChecks = true,
+       .path = "below/a.pkg",
+       .manifestPath = manifest});
   std::filesystem::current_path(before);
 
   EXPECT_THAT(helper->requests, ElementsAre("ping", "install 32 bytes " + state.path("below/a.pkg") + " {} false"));
@@ -198,7 +203,7 @@ TEST_F(CommandsTest, InAFolderThatIsGoneARelativePackageStaysAsItWasTyped) {
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path(state.makeDirectory("gone"));
   std::filesystem::remove(state.path("gone"));
-  run({.verb = Verb::install, .withoutGrant = true, .path = "a.pkg", .manifestPath = manifest});
+  run({.verb = Verb::install, .withoutGrant = true, .withoutChecks = true, .path = "a.pkg", .manifestPath = manifest});
   std::filesystem::current_path(before);
 
   EXPECT_THAT(helper->requests, ElementsAre("ping", "install 32 bytes a.pkg {} false"));
@@ -206,7 +211,7 @@ TEST_F(CommandsTest, InAFolderThatIsGoneARelativePackageStaysAsItWasTyped) {
 
 TEST_F(CommandsTest, AManifestThatCannotBeReadEndsItBeforeAnythingElse) {
   EXPECT_EQ(run({.verb = Verb::install, .path = "/tmp/a.pkg", .manifestPath = "/nowhere/m.json"}),
-            ExitStatus::unreadableManifest);
+            ExitStatus::unusableInput);
 
   EXPECT_THAT(helper->requests, IsEmpty());
   EXPECT_EQ(err.str(),
@@ -284,10 +289,83 @@ TEST_F(CommandsTest, AHelperWhosePingIsNotAnsweredInTimeIsNotAskedForAChange) {
 TEST_F(CommandsTest, AListOfUsersThatIsCutOffIsAskedForOnceMore) {
   helper->requestFailure = {ServiceFailure::Kind::interrupted, "gone"};
 
-  EXPECT_EQ(run({.verb = Verb::users}), ExitStatus::interrupted);
+  EXPECT_EQ(run({.verb = Verb::users}), ExitStatus::unreachable);
 
   EXPECT_THAT(helper->requests, ElementsAre("users", "users"));
-  EXPECT_EQ(err.str(), "halvo-app: The helper ended before it replied. (gone) Try again.\n");
+}
+
+class ClientThatMayBeRefused : public CommandsTest, public testing::WithParamInterface<ServiceFailure::Kind> {};
+
+// Which of the two shows depends on whether the connection was closed before or after the message went out.
+TEST_P(ClientThatMayBeRefused, IsToldSoInOneWay) {
+  helper->pingFailure = {GetParam(), "gone"};
+
+  EXPECT_EQ(run({.verb = Verb::ping}), ExitStatus::unreachable);
+  EXPECT_EQ(run({.verb = Verb::finalize}), ExitStatus::unreachable);
+
+  const std::string text =
+      "halvo-app: The helper cannot be reached, does not take this program for the application, or ended before it "
+      "replied. Open the Halvo application, which registers its helper, allow the helper in System Settings, Login "
+      "Items, and try again.\n";
+  EXPECT_EQ(err.str(), text + text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ClientThatMayBeRefused,
+                         testing::Values(ServiceFailure::Kind::interrupted, ServiceFailure::Kind::unreachable));
+
+struct VisibleFaultRow {
+  const char* name;
+  CommandLine command;
+  const char* manifest;
+  const char* err;
+};
+
+class VisibleFault : public CommandsTest, public testing::WithParamInterface<VisibleFaultRow> {};
+
+TEST_P(VisibleFault, IsRefusedBeforeAnybodyIsAsked) {
+  CommandLine command = GetParam().command;
+  command.manifestPath = state.makeFile("n.json", GetParam().manifest);
+
+  EXPECT_EQ(run(command), ExitStatus::unusableInput);
+
+  EXPECT_THAT(helper->requests, IsEmpty());
+  EXPECT_FALSE(isNamed(state.path("authorization-prompts")));
+  EXPECT_EQ(err.str(), GetParam().err);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, VisibleFault,
+    testing::Values(VisibleFaultRow{"Package",
+                                    {.verb = Verb::install, .path = "/nowhere/a.pkg"},
+                                    "{}",
+                                    "halvo-app: The package /nowhere/a.pkg is not there: check the path.\n"},
+                    VisibleFaultRow{"Manifest",
+                                    {.verb = Verb::install, .path = "/nowhere/a.pkg"},
+                                    "9",
+                                    "halvo-app: The manifest is no JSON object: use the one that came with the "
+                                    "package.\n"},
+                    VisibleFaultRow{"Bundle",
+                                    {.verb = Verb::removeBundle, .path = "Halvo.app"},
+                                    "",
+                                    "halvo-app: The path Halvo.app is not absolute: begin it with a slash.\n"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(CommandsTest, ALegacyRequestIsSentAsItIs) {
+  run({.verb = Verb::removeBundle, .legacy = true, .path = "Halvo.app"});
+
+  EXPECT_THAT(helper->requests, ElementsAre("legacy removeAppBundle Halvo.app"));
+}
+
+TEST_F(CommandsTest, WhatWasThereBeforeTheRequestExplainsTheReply) {
+  state.makeDirectory("var/db/halvo/install-staging");
+  helper->textReply = R"({"code":"untrusted_package","reason":"staging_failed"})";
+  Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); });
+  const CommandLine install{
+      .verb = Verb::install, .withoutGrant = true, .path = state.makeFile("a.pkg"), .manifestPath = manifest};
+
+  runCommand(install, conversation, {.out = out, .err = err, .view = LocalView(state.path())});
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: An install that was broken off had left its copy "));
 }
 
 TEST_F(CommandsTest, ALegacyRequestThatIsCutOffIsNotRepeatedSinceAnOldHelperActsOnIt) {
@@ -302,9 +380,11 @@ TEST_F(CommandsTest, AChangeCarriesTheApprovalOfAnAdministrator) {
   knowTheRight();
   letTheAdministrator("allow");
 
-  EXPECT_EQ(run({.verb = Verb::removeBundle, .path = "/Applications/Halvo.app"}), ExitStatus::success);
+  state.makeFile("Halvo.app/Contents/MacOS/halvo-app");
 
-  EXPECT_THAT(helper->requests, ElementsAre("ping", "removeAppBundle 32 bytes /Applications/Halvo.app"));
+  EXPECT_EQ(run({.verb = Verb::removeBundle, .path = state.path("Halvo.app")}), ExitStatus::success);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "removeAppBundle 32 bytes " + state.path("Halvo.app")));
   EXPECT_TRUE(isNamed(state.path("authorization-prompts")));
 }
 

@@ -11,7 +11,7 @@ enum class ExitStatus {
   interrupted = 4,
   helperTooOld = 5,
   usage = 64,
-  unreadableManifest = 66,
+  unusableInput = 66,
   unwritableOutput = 74,
   noReplyInTime = 75,
   interruptedByUser = 130,

@@ -6,6 +6,7 @@
 
 #include "client/CommandLine.h"
 #include "client/ExitStatus.h"
+#include "client/LocalView.h"
 #include "transport/ServiceClient.h"
 
 namespace halvo {
@@ -18,10 +19,10 @@ struct Explanation {
 
 // A reply that is a JSON text. The outcome is its first member, which the helper always writes itself: later members
 // may hold text that came from a manifest.
-[[nodiscard]] Explanation explainTextReply(const CommandLine& command, const std::string& reply);
+[[nodiscard]] Explanation explainTextReply(const CommandLine& command, const std::string& reply, const Seen& seen = {});
 
 // A reply to remove-bundle or finalize, or to a legacy form of them.
-[[nodiscard]] Explanation explainBoolReply(const CommandLine& command, bool succeeded);
+[[nodiscard]] Explanation explainBoolReply(const CommandLine& command, bool succeeded, const Seen& seen = {});
 
 // The one request that has no reply, finalize of the first generation, has arrived.
 [[nodiscard]] Explanation explainNoReply(const CommandLine& command);
@@ -35,7 +36,7 @@ struct Explanation {
 [[nodiscard]] Explanation explainOldHelper();
 
 // There is no administrator's approval to send; the status is that of Authorization Services.
-[[nodiscard]] Explanation explainMissingApproval(std::int32_t status);
+[[nodiscard]] Explanation explainMissingApproval(std::int32_t status, const Seen& seen = {});
 
 // Which log the request writes its progress to; empty when it writes none.
 [[nodiscard]] std::string progressLogOf(const CommandLine& command);

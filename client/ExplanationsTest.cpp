@@ -31,9 +31,9 @@ INSTANTIATE_TEST_SUITE_P(
         ReplyRow{"Downgrade", R"({"code":"downgrade","installed":"2.1","incoming":"2.0"})",
                  "The manifest names an older driver than the installed one. Nothing was changed. "
                  "Installed: 2.1; in the manifest: 2.0."},
-        ReplyRow{"DowngradeToNoVersion", R"({"code":"downgrade","installed":"2.1","incoming":"0"})",
+        ReplyRow{"DowngradeToZero", R"({"code":"downgrade","installed":"2.1","incoming":"0"})",
                  "The manifest names an older driver than the installed one. Nothing was changed. "
-                 "Installed: 2.1; in the manifest: 0. A manifest that names no \"driver_version\" counts as 0."},
+                 "Installed: 2.1; in the manifest: 0."},
         ReplyRow{"RolledBack", R"({"code":"rolled_back","log_path":"/var/log/x.log"})",
                  "The installer failed, and what had been saved of the previous installation was copied back. "
                  "/var/log/install.log says why it failed. The helper's log: /var/log/x.log"},
@@ -67,10 +67,11 @@ INSTANTIATE_TEST_SUITE_P(
         ReplyRow{"UnknownAuthority", R"({"code":"untrusted_package","reason":"unknown_authority"})",
                  "The package was refused and nothing was changed. The package's certificates do not come from Apple. "
                  "Use a package from the maker."},
-        ReplyRow{"StagingFailed", R"({"code":"untrusted_package","reason":"staging_failed"})",
-                 "The package was refused and nothing was changed. The helper could not take the package in: it must "
-                 "be a regular file, no link, of at most 256 MiB, and the disk must have room for a copy. Check the "
-                 "path and try again."},
+        ReplyRow{
+            "StagingFailed", R"({"code":"untrusted_package","reason":"staging_failed"})",
+            "The package was refused and nothing was changed. The helper could not take the package in: it must be a "
+            "regular file, no link, of at most 256 MiB, in a folder that the helper may read, and the disk must "
+            "have room for a copy. Put it into another folder than Downloads, Desktop or Documents and try again."},
         ReplyRow{"NewReason", R"({"code":"untrusted_package","reason":"too_blue"})",
                  "The package was refused and nothing was changed. The reason is too_blue."}),
     nameOf);
@@ -156,15 +157,87 @@ INSTANTIATE_TEST_SUITE_P(
                         "\"legacy\"."}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(ExplanationsTest, ABundleThatStaysIsARefusal) {
+struct CauseRow {
+  const char* name;
+  Seen seen;
+  const char* reply;
+  const char* text;
+};
+
+class CloserCause : public testing::TestWithParam<CauseRow> {};
+
+TEST_P(CloserCause, IsWhatThisProgramSawItself) {
+  EXPECT_EQ(explainTextReply(kInstall, GetParam().reply, GetParam().seen),
+            (Explanation{ExitStatus::refused, GetParam().text}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, CloserCause,
+    testing::Values(
+        CauseRow{"ManifestWithoutAVersion",
+                 {.manifestNamesVersion = false},
+                 R"({"code":"downgrade","installed":"2.1","incoming":"0"})",
+                 "The manifest names no \"driver_version\", and version 2.1 is installed. Nothing was changed. Use the "
+                 "manifest that came with the package."},
+        CauseRow{
+            "NothingToCopyBack",
+            {.productWasInstalled = false},
+            R"({"code":"rolled_back","log_path":"/x.log"})",
+            "The installer failed. Nothing of the product had been installed, so nothing was copied back; what the "
+            "installer left, \"halvo-app prepare-removal\" removes. /var/log/install.log says why it failed. The "
+            "helper's log: /x.log"},
+        CauseRow{"StagingLeft",
+                 {.stagingWasLeft = true},
+                 R"({"code":"untrusted_package","reason":"staging_failed"})",
+                 "An install that was broken off had left its copy of a package behind, which this attempt removed. "
+                 "Nothing else was changed. Try again."},
+        CauseRow{"FullDisk",
+                 {.stagingWasLeft = true, .diskIsFull = true},
+                 R"({"code":"untrusted_package","reason":"staging_failed"})",
+                 "The disk is full: it has no room for a copy of the package. Nothing was changed. Make room and try "
+                 "again."}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+// What was seen explains no refusal that has a cause of its own.
+INSTANTIATE_TEST_SUITE_P(
+    OtherRefusals, CloserCause,
+    testing::Values(CauseRow{
+        "WrongTeam",
+        {.manifestNamesVersion = false, .productWasInstalled = false, .stagingWasLeft = true, .diskIsFull = true},
+        R"({"code":"untrusted_package","reason":"wrong_team"})",
+        "The package was refused and nothing was changed. The package is signed by somebody else. "
+        "Use a package from the maker."}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ExplanationsTest, OnAFullDiskAnApprovalThatIsNotFoundIsTheDisksFault) {
+  const Explanation expected{
+      ExitStatus::unauthorized,
+      "The disk is full, and the system needs room to check an approval: the helper did nothing. "
+      "Make room and try again."};
+
+  EXPECT_EQ(explainTextReply(kInstall, R"({"code":"unauthorized"})", {.diskIsFull = true}), expected);
+  EXPECT_EQ(explainBoolReply(kRemoveBundle, false, {.diskIsFull = true}), expected);
+}
+
+TEST(ExplanationsTest, ABundleThatStaysIsLockedOrTheApprovalTooOld) {
+  EXPECT_EQ(explainBoolReply(kRemoveBundle, false),
+            (Explanation{ExitStatus::refused,
+                         "The helper did not remove it, or not all of it: something in the folder is locked, which "
+                         "\"ls -lOR\" shows, or more than five minutes had passed since the approval when the turn of "
+                         "this request came. Unlock what is locked and try again."}));
+}
+
+TEST(ExplanationsTest, ABundleWhoseFaultIsSeenStaysForThat) {
   EXPECT_EQ(
-      explainBoolReply(kRemoveBundle, false),
-      (Explanation{
-          ExitStatus::refused,
-          "The helper did not remove it, or not all of it. The path must be absolute, without \"..\", and lead to a "
-          "Halvo.app that holds the product's programs: the system log names a path that was refused. Without such a "
-          "line the approval was missing or older than five minutes, or something in the folder could not be "
-          "removed."}));
+      explainBoolReply(kRemoveBundle, false, {.faultOfBundle = "The path /x leads to nothing: check it."}),
+      (Explanation{ExitStatus::refused, "The helper did not remove it. The path /x leads to nothing: check it."}));
+}
+
+TEST(ExplanationsTest, ABundleRemovalThatNobodyApprovedLacksApproval) {
+  const CommandLine command{.verb = Verb::removeBundle, .withoutGrant = true, .path = "/x"};
+
+  EXPECT_EQ(explainBoolReply(command, false, {.faultOfBundle = "wrong"}),
+            explainTextReply(command, R"({"code":"unauthorized"})"));
 }
 
 TEST(ExplanationsTest, AFinalRemovalAnsweredFalseLacksApproval) {
@@ -201,8 +274,9 @@ INSTANTIATE_TEST_SUITE_P(
         FailureRow{"Unreachable",
                    {ServiceFailure::Kind::unreachable, "why"},
                    {ExitStatus::unreachable,
-                    "The helper cannot be reached, or does not take this program for the application. (why) Open the "
-                    "Halvo application, which registers its helper, allow the helper in System Settings, Login Items, "
+                    "The helper cannot be reached, does not take this program for the application, or ended before it "
+                    "replied. Open the Halvo application, which registers its helper, allow the helper in System "
+                    "Settings, Login Items, "
                     "and try again."}},
         FailureRow{"Interrupted",
                    {ServiceFailure::Kind::interrupted, "why"},
@@ -317,6 +391,23 @@ INSTANTIATE_TEST_SUITE_P(
         ApprovalRow{"NoService", -60008,
                     "The system's authorization service could not be used (status -60008). Nothing was changed. Try "
                     "again; if that does not help, restart the Mac."}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+class ApprovalOnAFullDisk : public testing::TestWithParam<ApprovalRow> {};
+
+TEST_P(ApprovalOnAFullDisk, IsMissingForThatUnlessAPersonCancelled) {
+  EXPECT_EQ(explainMissingApproval(GetParam().status, {.diskIsFull = true}),
+            (Explanation{ExitStatus::unauthorized, GetParam().text}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, ApprovalOnAFullDisk,
+    testing::Values(ApprovalRow{"Denied", -60005,
+                                "The disk is full, and the system needs room to ask for an administrator's approval "
+                                "(status -60005). Nothing was changed. Make room and try again."},
+                    ApprovalRow{"Cancelled", -60006,
+                                "The question for an administrator's approval was cancelled (status -60006). Nothing "
+                                "was changed. Try again and approve when the system asks."}),
     [](const auto& row) { return std::string(row.param.name); });
 
 struct LogRow {

@@ -46,7 +46,7 @@ std::string number(ExitStatus status) {
     case ExitStatus::interrupted:
     case ExitStatus::helperTooOld:
     case ExitStatus::usage:
-    case ExitStatus::unreadableManifest:
+    case ExitStatus::unusableInput:
     case ExitStatus::unwritableOutput:
     case ExitStatus::noReplyInTime:
     case ExitStatus::interruptedByUser:
@@ -60,7 +60,7 @@ TEST(ManualPageTest, ListsEveryExitStatusAndNoOther) {
               testing::ElementsAre(
                   number(ExitStatus::success), number(ExitStatus::refused), number(ExitStatus::unauthorized),
                   number(ExitStatus::unreachable), number(ExitStatus::interrupted), number(ExitStatus::helperTooOld),
-                  number(ExitStatus::usage), number(ExitStatus::unreadableManifest), number(ExitStatus::unwritableOutput),
+                  number(ExitStatus::usage), number(ExitStatus::unusableInput), number(ExitStatus::unwritableOutput),
                   number(ExitStatus::noReplyInTime), number(ExitStatus::interruptedByUser)));
 }
 

@@ -12,12 +12,13 @@ namespace halvo {
 namespace {
 
 // In the order of the enumeration.
-constexpr std::array<std::string_view, 6> kNames = {
-    "--help", "--version", "--manifest", "--timeout", "--accept-audio-interruption", "--without-grant",
+constexpr std::array<std::string_view, 7> kNames = {
+    "--help",          "--version",        "--manifest", "--timeout", "--accept-audio-interruption",
+    "--without-grant", "--without-checks",
 };
 
 // What an option's value is; empty for one that takes none.
-constexpr std::array<std::string_view, 6> kValues = {"", "", "the path of a file", "a number of seconds", "", ""};
+constexpr std::array<std::string_view, 7> kValues = {"", "", "the path of a file", "a number of seconds", "", "", ""};
 
 // Numbers that no character has.
 constexpr int kFirstNumber = 256;

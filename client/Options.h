@@ -9,7 +9,7 @@
 
 namespace halvo {
 
-enum class Option { help, version, manifest, timeout, acceptAudioInterruption, withoutGrant };
+enum class Option { help, version, manifest, timeout, acceptAudioInterruption, withoutGrant, withoutChecks };
 
 struct GivenOption {
   Option option;

@@ -130,7 +130,8 @@ TEST_F(AttackReplay, APathWithALineFeedForgesALineOfTheInstallLog) {
   const std::string forged = "2026-01-01 00:00:00 +0000: package trusted: nobody";
   const PackageFiles package = machine.package({});
 
-  EXPECT_EQ(reply({"install", "/nowhere\n" + forged, "--manifest", package.manifest}), kStagingFailedReply);
+  EXPECT_EQ(reply({"install", "/nowhere\n" + forged, "--manifest", package.manifest, "--without-checks"}),
+            kStagingFailedReply);
 
   EXPECT_THAT(mac().readFile(kInstallLog),
               HasSubstr("\n" + forged + " -> /var/db/halvo/install-staging/incoming.pkg\n"));

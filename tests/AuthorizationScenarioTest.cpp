@@ -158,7 +158,7 @@ TEST_P(RequestUnderAWeakRight, IsRefusedThoughTheRightGrantsIt) {
 INSTANTIATE_TEST_SUITE_P(Table, RequestUnderAWeakRight,
                          testing::Values(Request{"Install",
                                                  {"install", "/Users/user501/Downloads/Halvo.pkg", "--manifest",
-                                                  "/Users/user501/Downloads/Halvo.json"},
+                                                  "/Users/user501/Downloads/Halvo.json", "--without-checks"},
                                                  kUnauthorizedReply},
                                          Request{"PrepareRemoval", {"prepare-removal"}, kUnauthorizedReply},
                                          Request{"RemoveBundle", {"remove-bundle", "/Applications/Halvo.app"}, "false"},

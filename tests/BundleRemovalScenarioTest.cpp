@@ -50,7 +50,7 @@ TEST_F(BundleScenario, ALinkToAFolderOfAnotherNameIsRefused) {
   makeBundle("/Library/Victim");
   std::filesystem::create_symlink("/Library/Victim", mac().path("/tmp") / "Halvo.app");
 
-  EXPECT_EQ(reply({"remove-bundle", "/tmp/Halvo.app"}), "false");
+  EXPECT_EQ(reply({"remove-bundle", "/tmp/Halvo.app", "--without-checks"}), "false");
 
   EXPECT_TRUE(stands("/Library/Victim/Contents/MacOS/halvo-daemon"));
   EXPECT_THAT(helperLog(), Contains("halvo-helper: refused to remove (failed realpath re-validation) /tmp/Halvo.app"));
@@ -101,7 +101,7 @@ TEST_F(BundleScenario, AFileThatTheSystemLocksStaysWithTheFoldersAroundItAndTheA
   const LockedItem locked(mac().path("/Users/user501/Halvo.app/Contents/locked"), SF_IMMUTABLE);
   if (!locked.taken()) GTEST_SKIP() << kNoFlags;
 
-  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "false");
+  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app", "--without-checks"}), "false");
 
   EXPECT_EQ(mac().readFile("/Users/user501/Halvo.app/Contents/locked"), "stays");
   EXPECT_FALSE(stands("/Users/user501/Halvo.app/Contents/Info.plist"));
@@ -122,7 +122,7 @@ TEST_F(BundleScenario, ALinkToNowhereInPlaceOfAnExecutableDoesNot) {
   std::filesystem::create_directories(programs);
   std::filesystem::create_symlink("/gone", programs / "halvo-daemon");
 
-  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app"}), "false");
+  EXPECT_EQ(reply({"remove-bundle", "/Users/user501/Halvo.app", "--without-checks"}), "false");
 
   EXPECT_TRUE(stands("/Users/user501/Halvo.app/Contents/MacOS"));
 }
@@ -142,7 +142,7 @@ struct RefusedPath {
 class RefusedBundlePath : public BundleScenario, public testing::WithParamInterface<RefusedPath> {};
 
 TEST_P(RefusedBundlePath, IsAnsweredFalseAndLoggedAsGiven) {
-  EXPECT_EQ(reply({"remove-bundle", GetParam().path}), "false");
+  EXPECT_EQ(reply({"remove-bundle", GetParam().path, "--without-checks"}), "false");
 
   EXPECT_TRUE(stands("/Applications/Halvo.app/Contents/MacOS/halvo-app"));
   EXPECT_THAT(helperLog(), Contains(StartsWith("halvo-helper: refused to remove non-Halvo path")));

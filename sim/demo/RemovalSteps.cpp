@@ -21,7 +21,7 @@ std::string jobTable(Stage& stage) {
 }
 
 void refuseBundle(Stage& stage, Step& step, const std::string& path) {
-  stage.request(step, {"remove-bundle", path}, "false");
+  stage.request(step, {"remove-bundle", path, "--without-checks"}, "false");
   step.remarks.push_back("log: " + stage.mac().systemLog().back());
 }
 
