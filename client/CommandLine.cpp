@@ -14,18 +14,21 @@ namespace {
 struct VerbRow {
   std::string_view name;
   Verb verb;
-  std::string_view operand;  // what has to follow; empty when nothing does
+  std::string_view operand;  // what follows; empty when nothing does
+  bool needsOperand;
   bool takesAudioOption;
   bool changesTheMachine;
+  bool hasLegacyForm;
 };
 
-constexpr std::array<VerbRow, 6> kVerbs = {{
-    {"ping", Verb::ping, "", false, false},
-    {"users", Verb::users, "", false, false},
-    {"install", Verb::install, "a package", true, true},
-    {"prepare-removal", Verb::prepareRemoval, "", true, true},
-    {"remove-bundle", Verb::removeBundle, "the path of the application", false, true},
-    {"finalize", Verb::finalize, "", false, true},
+constexpr std::array<VerbRow, 7> kVerbs = {{
+    {"ping", Verb::ping, "", false, false, false, false},
+    {"users", Verb::users, "", false, false, false, false},
+    {"install", Verb::install, "a package", true, true, true, true},
+    {"prepare-removal", Verb::prepareRemoval, "", false, true, true, true},
+    {"remove-bundle", Verb::removeBundle, "the path of the application", true, false, true, true},
+    {"finalize", Verb::finalize, "", false, false, true, true},
+    {"uninstall", Verb::uninstall, "the path of the application", false, true, true, false},
 }};
 
 constexpr std::string_view kLegacy = "legacy";
@@ -93,7 +96,7 @@ std::optional<std::string> takeOperands(const VerbRow& row, std::span<const std:
 }
 
 std::optional<std::string> missingFrom(const VerbRow& row, const CommandLine& line) {
-  if (!row.operand.empty() && line.path.empty()) return std::string(row.name) + " needs " + std::string(row.operand);
+  if (row.needsOperand && line.path.empty()) return std::string(row.name) + " needs " + std::string(row.operand);
   if (row.verb == Verb::install && line.manifestPath.empty()) return "install needs --manifest and a file";
   return std::nullopt;
 }
@@ -108,7 +111,7 @@ std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseRequest(co
   if (row == nullptr) {
     return UsageError{quoted(operands.front()) + " is not a request" + suggestionFor(operands.front(), kRequestNames)};
   }
-  if (line.legacy && !row->changesTheMachine) return UsageError{std::string(row->name) + " has no legacy form"};
+  if (line.legacy && !row->hasLegacyForm) return UsageError{std::string(row->name) + " has no legacy form"};
 
   line.verb = row->verb;
   for (const GivenOption& given : typed.options) {
@@ -141,6 +144,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   ping                                   the helper's version
   users                                  the users with a graphical login session
   install PKG --manifest FILE            install a signed system package
+  uninstall [PATH]                       remove the system parts, the application and the helper, in this order
   prepare-removal                        remove the product's system parts
   remove-bundle PATH                     remove the application bundle
   finalize                               unregister the helper and stop it
@@ -148,10 +152,12 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
                                          the same without authorization, as old applications ask; always refused
 
   --manifest FILE                        the package's manifest; - is standard input (install)
-  --accept-audio-interruption            go on although audio is running (install, prepare-removal)
+  --accept-audio-interruption            go on although audio is running (install, uninstall,
+                                         prepare-removal)
   --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
-  --without-checks                       send what this program would refuse itself (install, remove-bundle)
+  --without-checks                       send what this program would refuse itself (install, uninstall,
+                                         remove-bundle)
   -h, --help, --version
 
 Options may stand anywhere; what follows -- is none. Requests that change the machine ask an administrator for approval

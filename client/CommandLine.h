@@ -11,7 +11,7 @@
 
 namespace halvo {
 
-enum class Verb { ping, users, install, prepareRemoval, removeBundle, finalize };
+enum class Verb { ping, users, install, prepareRemoval, removeBundle, finalize, uninstall };
 
 struct CommandLine {
   Verb verb = Verb::ping;
@@ -19,8 +19,8 @@ struct CommandLine {
   bool withoutGrant = false;   // send an authorization that never obtained the right
   bool withoutChecks = false;  // send what this program would refuse itself
   bool acceptAudioInterruption = false;
-  std::string path = {};                             // of the package or the bundle, as typed
-  std::string manifestPath = {};                     // for an install; "-" is standard input
+  std::string path = {};          // of the package or the bundle, as typed; may be empty for an uninstall
+  std::string manifestPath = {};  // for an install; "-" is standard input
   std::optional<std::chrono::seconds> timeout = {};  // how long to wait for each reply; without it, until it comes
 
   bool operator==(const CommandLine&) const = default;

@@ -36,6 +36,11 @@ INSTANTIATE_TEST_SUITE_P(
                                 {"remove-bundle", "relative/Halvo.app"},
                                 {.verb = Verb::removeBundle, .path = "relative/Halvo.app"}},
                     AcceptedRow{"Finalize", {"finalize"}, {.verb = Verb::finalize}},
+                    AcceptedRow{"Uninstall", {"uninstall"}, {.verb = Verb::uninstall}},
+                    AcceptedRow{
+                        "UninstallOfAPath",
+                        {"uninstall", "/x", "--accept-audio-interruption", "--without-grant"},
+                        {.verb = Verb::uninstall, .withoutGrant = true, .acceptAudioInterruption = true, .path = "/x"}},
                     AcceptedRow{"LegacyInstall",
                                 {"legacy", "install", "a.pkg", "--manifest", "m"},
                                 {.verb = Verb::install, .legacy = true, .path = "a.pkg", .manifestPath = "m"}},
@@ -134,6 +139,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedRow{"LegacyUnknown", {"legacy", "explode"}, "'explode' is not a request"},
                     RefusedRow{"LegacyTwice", {"legacy", "legacy", "finalize"}, "'legacy' is not a request"},
                     RefusedRow{"LegacyPing", {"legacy", "ping"}, "ping has no legacy form"},
+                    RefusedRow{"LegacyUninstall", {"legacy", "uninstall"}, "uninstall has no legacy form"},
                     RefusedRow{"LegacyUsers", {"legacy", "users"}, "users has no legacy form"}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -150,6 +156,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRow{"LegacyInstallAlone", {"legacy", "install"}, "install needs a package"},
         RefusedRow{"BundleWithoutPath", {"remove-bundle"}, "remove-bundle needs the path of the application"},
         RefusedRow{"TwoBundles", {"remove-bundle", "/a", "/b"}, "remove-bundle does not take '/b'"},
+        RefusedRow{"UninstallOfTwo", {"uninstall", "/a", "/b"}, "uninstall does not take '/b'"},
         RefusedRow{"PingWithOne", {"ping", "x"}, "ping does not take 'x'"},
         RefusedRow{"UsersWithOne", {"users", "x"}, "users does not take 'x'"},
         RefusedRow{"PrepareRemovalWithOne", {"prepare-removal", "x"}, "prepare-removal does not take 'x'"},
@@ -256,6 +263,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   ping                                   the helper's version
   users                                  the users with a graphical login session
   install PKG --manifest FILE            install a signed system package
+  uninstall [PATH]                       remove the system parts, the application and the helper, in this order
   prepare-removal                        remove the product's system parts
   remove-bundle PATH                     remove the application bundle
   finalize                               unregister the helper and stop it
@@ -263,10 +271,12 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
                                          the same without authorization, as old applications ask; always refused
 
   --manifest FILE                        the package's manifest; - is standard input (install)
-  --accept-audio-interruption            go on although audio is running (install, prepare-removal)
+  --accept-audio-interruption            go on although audio is running (install, uninstall,
+                                         prepare-removal)
   --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
-  --without-checks                       send what this program would refuse itself (install, remove-bundle)
+  --without-checks                       send what this program would refuse itself (install, uninstall,
+                                         remove-bundle)
   -h, --help, --version
 
 Options may stand anywhere; what follows -- is none. Requests that change the machine ask an administrator for approval

@@ -11,6 +11,7 @@
 #include "client/Message.h"
 #include "client/VisibleFaults.h"
 #include "client/WaitingDisplay.h"
+#include "platform/JSONObject.h"
 
 namespace halvo {
 namespace {
@@ -58,6 +59,9 @@ void sendPlain(const CommandLine& command, const std::string& manifest, HalvoHel
       return helper.removeAppBundle(command.path, boolean);
     case Verb::finalize:
       return helper.finalizeRemoval();
+    // Not reached: it is made of the three removals.
+    case Verb::uninstall:
+      return;
   }
 }
 
@@ -72,9 +76,10 @@ void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, c
       return helper.removeAppBundle(form, command.path, boolean);
     case Verb::finalize:
       return helper.finalizeRemoval(form, boolean);
-    // Not reached: these change nothing, and no approval is asked for them.
+    // Not reached: no approval is asked for the first two, and the third is made of the three removals.
     case Verb::ping:
     case Verb::users:
+    case Verb::uninstall:
       return;
   }
 }
@@ -137,24 +142,67 @@ Seen lookAround(const CommandLine& command, const std::string& manifest, const L
   return seen;
 }
 
+// One authorized request and what came of it, shown.
+struct Answered {
+  ExitStatus status;
+  Outcome outcome;
+};
+
+Answered request(const CommandLine& command, const AdminGrant& grant, const std::string& manifest,
+                 Conversation& conversation, const Surroundings& surroundings) {
+  Seen seen = lookAround(command, manifest, surroundings.view);
+  const Outcome outcome = ofAnAdmittedClient(askAndShow(command, grant, manifest, conversation, surroundings));
+  seen.diskIsFull = surroundings.view.diskIsFull();
+  return {report(command, outcome, surroundings, seen), outcome};
+}
+
+// Where the application lies: as typed, else as the helper says in its reply to the first step.
+std::string bundleOf(const CommandLine& command, const Outcome& firstReply) {
+  if (!command.path.empty()) return command.path;
+  const auto* reply = std::get_if<std::string>(&firstReply);
+  const auto object = reply == nullptr ? std::nullopt : halvoReadJSONObject(*reply);
+  const auto found = object ? object->find("gui_app_path") : JSONObject::const_iterator();
+  const auto* path = !object || found == object->end() ? nullptr : std::get_if<std::string>(&found->second);
+  return path == nullptr ? std::string() : *path;
+}
+
+// The helper goes last, since it removes the rest; the program that asks may lie in the bundle that goes second. From
+// then on a Mac would neither admit it on a new connection nor take a new approval from it: all three requests go over
+// one connection and carry one approval.
+ExitStatus uninstall(const CommandLine& command, const AdminGrant& grant, Conversation& conversation,
+                     const Surroundings& surroundings) {
+  CommandLine step = command;
+  Outcome first;
+  for (const Verb verb : {Verb::prepareRemoval, Verb::removeBundle, Verb::finalize}) {
+    step.verb = verb;
+    if (verb == Verb::removeBundle) step.path = bundleOf(command, first);
+    const Answered answered = request(step, grant, {}, conversation, surroundings);
+    if (answered.status != ExitStatus::success) {
+      say(surroundings.err, explainEndOfUninstall(step));
+      return answered.status;
+    }
+    if (verb == Verb::prepareRemoval) first = answered.outcome;
+  }
+  return ExitStatus::success;
+}
+
 ExitStatus askAuthorized(const CommandLine& command, const std::string& manifest, Conversation& conversation,
                          const Surroundings& surroundings) {
   if (const auto problem = helperCannotDoIt(command, conversation)) return tell(*problem, surroundings);
-  Seen seen = lookAround(command, manifest, surroundings.view);
   const auto grant = command.withoutGrant ? AdminGrant::empty() : AdminGrant::obtain();
   if (const auto* refusal = std::get_if<AdminGrant::Refusal>(&grant)) {
-    seen.diskIsFull = surroundings.view.diskIsFull();
-    return tell(explainMissingApproval(refusal->status, seen), surroundings);
+    return tell(explainMissingApproval(refusal->status, {.diskIsFull = surroundings.view.diskIsFull()}), surroundings);
   }
-  const Outcome outcome = askAndShow(command, std::get<AdminGrant>(grant), manifest, conversation, surroundings);
-  seen.diskIsFull = surroundings.view.diskIsFull();
-  return report(command, ofAnAdmittedClient(outcome), surroundings, seen);
+  const auto& approval = std::get<AdminGrant>(grant);
+  if (command.verb == Verb::uninstall) return uninstall(command, approval, conversation, surroundings);
+  return request(command, approval, manifest, conversation, surroundings).status;
 }
 
 // What this program can see to be wrong with a request for which a password would be asked.
 std::optional<std::string> visibleFault(const CommandLine& command, const std::string& manifest) {
   if (command.legacy || command.withoutChecks) return std::nullopt;
-  if (command.verb == Verb::removeBundle) return faultOfBundle(command.path);
+  const bool namesBundle = command.verb == Verb::removeBundle || command.verb == Verb::uninstall;
+  if (namesBundle && !command.path.empty()) return faultOfBundle(command.path);
   if (command.verb != Verb::install) return std::nullopt;
   auto fault = faultOfManifest(manifest);
   return fault ? fault : faultOfPackage(command.path);

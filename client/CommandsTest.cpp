@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -87,7 +88,12 @@ INSTANTIATE_TEST_SUITE_P(
         RequestRow{"RemoveBundle",
                    {.verb = Verb::removeBundle, .withoutGrant = true, .path = "relative/Halvo.app"},
                    {"ping", "removeAppBundle 32 bytes relative/Halvo.app"}},
-        RequestRow{"Finalize", {.verb = Verb::finalize, .withoutGrant = true}, {"ping", "finalizeRemoval 32 bytes"}}),
+        RequestRow{"Finalize", {.verb = Verb::finalize, .withoutGrant = true}, {"ping", "finalizeRemoval 32 bytes"}},
+        RequestRow{
+            "Uninstall",
+            {.verb = Verb::uninstall, .withoutGrant = true, .acceptAudioInterruption = true, .path = "/Halvo.app"},
+            {"ping", "prepareForRemoval 32 bytes true", "removeAppBundle 32 bytes /Halvo.app",
+             "finalizeRemoval 32 bytes"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(
@@ -436,6 +442,78 @@ INSTANTIATE_TEST_SUITE_P(
                     "halvo-app: The system's authorization service could not be used (status -60009). Nothing was "
                     "changed. Try again; if that does not help, restart the Mac.\n"}),
     [](const auto& row) { return std::string(row.param.name); });
+
+class UninstallCommand : public CommandsTest {
+ protected:
+  UninstallCommand() { helper->textReply = kDone; }
+
+  static constexpr const char* kDone = R"({"code":"ok","gui_app_path":"/Applications/Halvo.app"})";
+  const CommandLine uninstall{.verb = Verb::uninstall};
+  const CommandLine unapproved{.verb = Verb::uninstall, .withoutGrant = true};
+};
+
+TEST_F(UninstallCommand, AsksOnceForApprovalOverOneConnectionAndShowsEveryAnswer) {
+  knowTheRight();
+  letTheAdministrator("allow");
+  sim::FrameworkProbe probe;
+  int connections = 0;
+  Conversation conversation([&] {
+    ++connections;
+    return std::make_unique<ScriptedClient>(helper);
+  });
+
+  EXPECT_EQ(runCommand(uninstall, conversation, {.out = out, .err = err}), ExitStatus::success);
+
+  EXPECT_THAT(helper->requests,
+              ElementsAre("ping", "prepareForRemoval 32 bytes false",
+                          "removeAppBundle 32 bytes /Applications/Halvo.app", "finalizeRemoval 32 bytes"));
+  EXPECT_EQ(out.str(), std::string(kDone) + "\ntrue\ntrue\n");
+  EXPECT_EQ(err.str(), "");
+  EXPECT_EQ(connections, 1);
+  EXPECT_EQ(std::ranges::count(probe.calls(), "AuthorizationCreate flags=0 rights="), 1);
+}
+
+TEST_F(UninstallCommand, EndsWhereThePartsStay) {
+  helper->textReply = R"({"code":"audio_active"})";
+
+  EXPECT_EQ(run(unapproved), ExitStatus::refused);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "prepareForRemoval 32 bytes false"));
+  EXPECT_THAT(err.str(),
+              testing::EndsWith("\nhalvo-app: The uninstall ends here. The application and its helper stay as they "
+                                "are.\n"));
+}
+
+TEST_F(UninstallCommand, EndsWhereTheApplicationStays) {
+  helper->boolReply = false;
+
+  EXPECT_EQ(run({.verb = Verb::uninstall, .withoutGrant = true}), ExitStatus::unauthorized);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "prepareForRemoval 32 bytes false",
+                                            "removeAppBundle 32 bytes /Applications/Halvo.app"));
+  EXPECT_EQ(out.str(), std::string(kDone) + "\nfalse\n");
+  EXPECT_THAT(err.str(),
+              testing::EndsWith("\nhalvo-app: The uninstall ends here. The system parts are removed; the application "
+                                "and its helper are not.\n"));
+}
+
+TEST_F(UninstallCommand, SaysThatTheHelperStaysWhereItDoes) {
+  helper->finalReply = false;
+
+  EXPECT_EQ(run(unapproved), ExitStatus::unauthorized);
+
+  EXPECT_EQ(out.str(), std::string(kDone) + "\ntrue\nfalse\n");
+  EXPECT_THAT(err.str(),
+              testing::EndsWith("\nhalvo-app: The uninstall ends here. The system parts and the application are "
+                                "removed; the helper stays registered. It goes when the application is put back and "
+                                "\"halvo-app finalize\" succeeds.\n"));
+}
+
+TEST_F(UninstallCommand, OfAPathThatIsWrongAsksNobody) {
+  EXPECT_EQ(run({.verb = Verb::uninstall, .path = "Halvo.app"}), ExitStatus::unusableInput);
+
+  EXPECT_THAT(helper->requests, IsEmpty());
+}
 
 TEST_F(CommandsTest, EveryAuthorizationReferenceIsFreed) {
   knowTheRight();

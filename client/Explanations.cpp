@@ -52,6 +52,7 @@ std::string_view adviceAfterInterruption(const CommandLine& command) {
       return "It is unknown whether the request was begun. The last lines of /var/log/halvo-install.log say how far it "
              "came. Wait until no process called installer runs, or restart the Mac, before you install again.";
     case Verb::prepareRemoval:
+    case Verb::uninstall:
       return "It is unknown whether the request was begun. The last lines of /var/log/halvo-uninstall.log say how far "
              "it came. What is gone may be removed again: make the request once more.";
     case Verb::removeBundle:
@@ -72,6 +73,7 @@ std::string_view adviceAfterTimeOut(const CommandLine& command) {
     case Verb::install:
       return "What it has begun, it finishes: the last lines of /var/log/halvo-install.log say how far it is.";
     case Verb::prepareRemoval:
+    case Verb::uninstall:
       return "What it has begun, it finishes: the last lines of /var/log/halvo-uninstall.log say how far it is.";
     case Verb::removeBundle:
       return "What it has begun, it finishes: look whether the folder is still there.";
@@ -136,6 +138,24 @@ Explanation explainTimeOut(const CommandLine& command) {
                                          " s that --timeout gives it. " + std::string(adviceAfterTimeOut(command))};
 }
 
+std::string explainEndOfUninstall(const CommandLine& step) {
+  switch (step.verb) {
+    case Verb::removeBundle:
+      return "The uninstall ends here. The system parts are removed; the application and its helper are not.";
+    case Verb::finalize:
+      return "The uninstall ends here. The system parts and the application are removed; the helper stays registered. "
+             "It "
+             "goes when the application is put back and \"halvo-app finalize\" succeeds.";
+    case Verb::ping:
+    case Verb::users:
+    case Verb::install:
+    case Verb::prepareRemoval:
+    case Verb::uninstall:
+      return "The uninstall ends here. The application and its helper stay as they are.";
+  }
+  return {};
+}
+
 Explanation explainOldHelper() {
   return {ExitStatus::helperTooOld,
           "The installed helper is too old for this request. Open the new application, which registers its own helper, "
@@ -172,6 +192,7 @@ std::string progressLogOf(const CommandLine& command) {
     case Verb::install:
       return "/var/log/halvo-install.log";
     case Verb::prepareRemoval:
+    case Verb::uninstall:
       return "/var/log/halvo-uninstall.log";
     case Verb::ping:
     case Verb::users:

@@ -33,6 +33,9 @@ struct Explanation {
 // No reply came in the time that the command line gives.
 [[nodiscard]] Explanation explainTimeOut(const CommandLine& command);
 
+// An uninstall ends with this step, which did not succeed: the sentence says what stays.
+[[nodiscard]] std::string explainEndOfUninstall(const CommandLine& step);
+
 [[nodiscard]] Explanation explainOldHelper();
 
 // There is no administrator's approval to send; the status is that of Authorization Services.

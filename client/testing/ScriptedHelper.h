@@ -38,7 +38,8 @@ class ScriptedHelper final : public HalvoHelperProtocol {
     take("removeAppBundle " + size(form) + " " + path, reply);
   }
   void finalizeRemoval(const AuthorizationBlob& form, const BoolReply& reply) override {
-    take("finalizeRemoval " + size(form), reply);
+    const bool last = finalReply.value_or(boolReply);
+    takeWith("finalizeRemoval " + size(form), [last, reply] { reply(last); });
   }
   void installSystemPkg(const AuthorizationBlob& form, const std::string& path, const std::string& manifest,
                         bool accept, const TextReply& reply) override {
@@ -50,6 +51,7 @@ class ScriptedHelper final : public HalvoHelperProtocol {
   bool boolReply = true;
   std::optional<ServiceFailure> pingFailure;
   std::optional<ServiceFailure> requestFailure;  // of everything but ping
+  std::optional<bool> finalReply;                // where finalizeRemoval is answered otherwise
   bool pingsAreAnswered = true;
   bool answersAtOnce = true;  // what is no ping; else when the test calls answer()
 
