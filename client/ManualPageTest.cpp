@@ -1,4 +1,4 @@
-// The manual page tells what the program does.
+// The manual page and the completions know what the program does.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,11 +15,13 @@
 namespace halvo {
 namespace {
 
-std::string manualPage() {
+std::string contentsOf(const char* path) {
   std::ostringstream text;
-  text << std::ifstream(HALVO_MANUAL_PAGE).rdbuf();
+  text << std::ifstream(path).rdbuf();
   return text.str();
 }
+
+std::string manualPage() { return contentsOf(HALVO_MANUAL_PAGE); }
 
 // Between the heading of a section and the next one.
 std::string section(const std::string& heading) {
@@ -63,6 +65,40 @@ TEST(ManualPageTest, ListsEveryExitStatusAndNoOther) {
                   number(ExitStatus::usage), number(ExitStatus::unusableInput), number(ExitStatus::unwritableOutput),
                   number(ExitStatus::noReplyInTime), number(ExitStatus::interruptedByUser)));
 }
+
+// In the page a word of its own, in the completions among others.
+class KnownWord : public testing::TestWithParam<std::string_view> {
+ protected:
+  static testing::Matcher<std::string> holdsIt() {
+    return testing::ContainsRegex("(^|[^a-z-])" + std::string(GetParam()) + "([^a-z-]|$)");
+  }
+};
+
+TEST_P(KnownWord, IsInBothCompletions) {
+  EXPECT_THAT(contentsOf(HALVO_COMPLETIONS "/halvo-app.bash"), holdsIt());
+  EXPECT_THAT(contentsOf(HALVO_COMPLETIONS "/_halvo-app"), holdsIt());
+}
+
+INSTANTIATE_TEST_SUITE_P(Requests, KnownWord, testing::ValuesIn(requestNames().begin(), requestNames().end()));
+INSTANTIATE_TEST_SUITE_P(Options, KnownWord, testing::ValuesIn(optionNames().begin(), optionNames().end()));
+
+class DocumentedRequest : public testing::TestWithParam<std::string_view> {};
+
+TEST_P(DocumentedRequest, HasAnItemOfTheManualPage) {
+  EXPECT_THAT(manualPage(), testing::ContainsRegex("\n\\.It Cm " + std::string(GetParam()) + "[ \n]"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, DocumentedRequest, testing::ValuesIn(requestNames().begin(), requestNames().end()));
+
+class DocumentedOption : public testing::TestWithParam<std::string_view> {};
+
+// The page writes the second dash only.
+TEST_P(DocumentedOption, HasAnItemOfTheManualPage) {
+  EXPECT_THAT(manualPage(),
+              testing::ContainsRegex("\n\\.It (Fl h , )?Fl " + std::string(GetParam().substr(1)) + "[ \n]"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, DocumentedOption, testing::ValuesIn(optionNames().begin(), optionNames().end()));
 
 TEST(ManualPageTest, AloneListsThem) { EXPECT_THAT(std::string(helpText()), testing::Not(testing::HasSubstr(" 130"))); }
 
