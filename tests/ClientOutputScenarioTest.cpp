@@ -47,5 +47,57 @@ TEST_F(ClientOutputScenario, AnInstallThatTakesLongerThanAPersonExpectsShowsItsL
   EXPECT_THAT(result.err, HasSubstr(": daemon bootstrap gui/501 rc=0\n"));
 }
 
+TEST_F(ClientOutputScenario, AnInstallThatIsNotWaitedForIsFinishedByTheHelper) {
+  start();
+  const PackageFiles package = machine.package({.extra = {"--postinstall", waitingScript(mac())}});
+
+  const CommandResult result = machine.app(ProductMachine::install(package, {"--timeout", "1"}));
+
+  EXPECT_EQ(result.status, 75);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(
+      result.err,
+      "halvo-app: The helper did not reply within the 1 s that --timeout gives it. What it has begun, it finishes: "
+      "the last lines of /var/log/halvo-install.log say how far it is.\n");
+  letItGo(mac());
+  EXPECT_TRUE(waitUntil([&] { return machine.job("gui/501", "com.halvo.daemon").has_value(); }));
+}
+
+TEST_F(ClientOutputScenario, AManifestMayComeThroughAPipe) {
+  start();
+  const PackageFiles package = machine.package({});
+
+  const CommandResult result = mac().run(
+      machine.user(),
+      {"/bin/sh", "-c",
+       "cat " + package.manifest + " | " + ProductMachine::kAppProgram + " install " + package.path + " --manifest -"});
+
+  EXPECT_EQ(result.out, std::string(kInstalledReply) + "\n") << result.err;
+}
+
+TEST_F(ClientOutputScenario, AMissingPackageIsToldBeforeAnybodyIsAskedForAPassword) {
+  start();
+  PackageFiles package = machine.package({});
+  package.path = "/Users/user501/missing.pkg";
+
+  const CommandResult result = machine.app(ProductMachine::install(package));
+
+  EXPECT_EQ(result.status, 66);
+  EXPECT_EQ(result.err, "halvo-app: The package /Users/user501/missing.pkg is not there: check the path.\n");
+  EXPECT_EQ(mac().readState("authorization-prompts"), "");
+  EXPECT_FALSE(machine.helperProcess().has_value());
+}
+
+TEST_F(ClientOutputScenario, WhereNothingWasInstalledNothingWasCopiedBack) {
+  start();
+
+  const CommandResult result =
+      machine.app(ProductMachine::install(machine.package({.extra = {"--truncate-payload", "60000"}})));
+
+  EXPECT_THAT(result.out, StartsWith(R"({"code":"rolled_back")"));
+  EXPECT_THAT(result.err, StartsWith("halvo-app: The installer failed. Nothing of the product had been installed, so "
+                                     "nothing was copied back; "));
+}
+
 }  // namespace
 }  // namespace halvo::sim
