@@ -76,8 +76,9 @@ std::optional<std::chrono::seconds> secondsIn(std::string_view text) {
 
 // The three functions answer what is wrong.
 std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& given, CommandLine& line) {
-  if (!takes(row, line.legacy, given.option))
+  if (!takes(row, line.legacy, given.option)) {
     return std::string(row.name) + " does not take " + quoted(nameOf(given.option));
+  }
   if (given.option == Option::acceptAudioInterruption) line.acceptAudioInterruption = true;
   if (given.option == Option::withoutGrant) line.withoutGrant = true;
   if (given.option == Option::withoutChecks) line.withoutChecks = true;

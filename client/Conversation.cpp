@@ -26,20 +26,23 @@ class FirstAnswer {
 // What is left of a time that may have no limit.
 class TimeLeft {
  public:
-  explicit TimeLeft(std::optional<milliseconds> limit) : limit_(limit) {}
-
-  // As long as that, or what is left when that is less.
-  [[nodiscard]] milliseconds of(milliseconds wanted) const { return limit_ ? std::min(wanted, rest()) : wanted; }
-  [[nodiscard]] bool isNone() const { return limit_ && rest() <= milliseconds::zero(); }
-
- private:
-  // Rounded up: what has not passed whole is not over.
-  [[nodiscard]] milliseconds rest() const {
-    return std::chrono::ceil<milliseconds>(begun_ + *limit_ - std::chrono::steady_clock::now());
+  explicit TimeLeft(std::optional<milliseconds> limit) {
+    if (limit) end_ = std::chrono::steady_clock::now() + *limit;
   }
 
-  const std::optional<milliseconds> limit_;
-  const std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
+  // As long as that, or what is left when that is less.
+  [[nodiscard]] milliseconds of(milliseconds wanted) const { return end_ ? std::min(wanted, until(*end_)) : wanted; }
+  [[nodiscard]] bool isNone() const { return end_ && until(*end_) <= milliseconds::zero(); }
+
+ private:
+  using Moment = std::chrono::steady_clock::time_point;
+
+  // Rounded up: what has not passed whole is not over.
+  static milliseconds until(Moment end) {
+    return std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
+  }
+
+  std::optional<Moment> end_;
 };
 
 }  // namespace
