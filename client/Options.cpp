@@ -28,6 +28,7 @@ constexpr int kOperand = 1;
 
 std::vector<option> tableForGetopt() {
   std::vector<option> table;
+  table.reserve(kNames.size() + 1);
   for (std::size_t i = 0; i < kNames.size(); ++i) {
     table.push_back({kNames[i].data() + 2, kValues[i].empty() ? no_argument : required_argument, nullptr,
                      kFirstNumber + static_cast<int>(i)});
@@ -64,6 +65,7 @@ TypedWords takeApart(const std::vector<std::string>& arguments) {
   std::vector<std::string> words = {"halvo-app"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   const int argc = static_cast<int>(argv.size());
   argv.push_back(nullptr);

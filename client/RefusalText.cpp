@@ -74,18 +74,17 @@ std::string detailFor(std::string_view code, const std::string& reply) {
 // The cause where the reply stands for several and what was seen tells which one it is; otherwise empty.
 std::string closerCause(std::string_view code, const std::string& reply, const Seen& seen) {
   const bool notTakenIn = code == "untrusted_package" && member(reply, "reason") == "staging_failed";
-  if (notTakenIn && seen.diskIsFull)
+  if (notTakenIn && seen.diskIsFull) {
     return "The disk is full: it has no room for a copy of the package. Nothing was changed. Make room and try again.";
+  }
   if (notTakenIn && seen.stagingWasLeft) {
     return "An install that was broken off had left its copy of a package behind, which this attempt removed. Nothing "
-           "else "
-           "was changed. Try again.";
+           "else was changed. Try again.";
   }
   if (code == "rolled_back" && !seen.productWasInstalled) {
     return "The installer failed. Nothing of the product had been installed, so nothing was copied back; what the "
            "installer left, \"halvo-app prepare-removal\" removes. /var/log/install.log says why it failed. The "
-           "helper's "
-           "log: " +
+           "helper's log: " +
            member(reply, "log_path");
   }
   if (code == "downgrade" && !seen.manifestNamesVersion) {
@@ -98,7 +97,7 @@ std::string closerCause(std::string_view code, const std::string& reply, const S
 }  // namespace
 
 std::string refusalText(std::string_view code, const std::string& reply, const Seen& seen) {
-  const std::string closer = closerCause(code, reply, seen);
+  std::string closer = closerCause(code, reply, seen);
   if (!closer.empty()) return closer;
   const std::string_view known = textFor(kCodes, code);
   return known.empty() ? std::string() : std::string(known) + detailFor(code, reply);
