@@ -3,6 +3,7 @@
 #include <variant>
 
 #include "HalvoHelperXPC/Constants.h"
+#include "HalvoHelperXPC/Version.h"
 #include "client/CommandLine.h"
 #include "client/Message.h"
 #include "client/VisibleText.h"
@@ -22,7 +23,7 @@ ExitStatus carryOut(const std::vector<std::string>& arguments, const std::functi
     return ExitStatus::success;
   }
   if (std::holds_alternative<VersionWanted>(parsed)) {
-    surroundings.out << "halvo-app " << HALVO_VERSION << ", protocol version " << kHalvoHelperXPCVersion << "\n";
+    surroundings.out << "halvo-app " << kHalvoVersion << ", protocol version " << kHalvoHelperXPCVersion << "\n";
     return ExitStatus::success;
   }
   Conversation conversation = connect();

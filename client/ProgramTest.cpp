@@ -54,7 +54,7 @@ TEST_F(ProgramTest, ARequestIsMadeAndItsReplyPrinted) {
 TEST_F(ProgramTest, TheVersionIsThatOfTheBuildAndOfTheProtocol) {
   EXPECT_EQ(run({"--version"}), ExitStatus::success);
 
-  EXPECT_EQ(out.str(), "halvo-app " HALVO_VERSION ", protocol version 6\n");
+  EXPECT_EQ(out.str(), "halvo-app " + std::string(kHalvoVersion) + ", protocol version 6\n");
   EXPECT_EQ(err.str(), "");
   EXPECT_THAT(helper->requests, IsEmpty());
 }
