@@ -5,7 +5,9 @@
 
 #include <memory>
 #include <sstream>
+#include <string>
 
+#include "HalvoHelperXPC/Version.h"
 #include "client/testing/ScriptedHelper.h"
 
 namespace halvo {
