@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <memory>
@@ -26,8 +27,8 @@ bool writeAll(int descriptor, std::span<const std::byte> bytes) {
 
 bool halvoCopyBounded(int from, int to, std::int64_t max) {
   // Not filled: nothing is written that was not read, and a small file touches one page of it.
-  const auto memory = std::make_unique_for_overwrite<std::byte[]>(kBufferBytes);
-  const std::span buffer(memory.get(), kBufferBytes);
+  const auto memory = std::make_unique_for_overwrite<std::array<std::byte, kBufferBytes>>();
+  const std::span buffer(*memory);
   std::int64_t total = 0;
   while (true) {
     const ssize_t count = ::read(from, buffer.data(), buffer.size());

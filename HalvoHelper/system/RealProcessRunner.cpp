@@ -147,14 +147,14 @@ int spawn(const std::string& tool, const std::vector<std::string>& arguments, in
 // is not a report.
 std::string readTextToEnd(int descriptor) {
   constexpr std::size_t kChunk = 64UL * 1024;
-  const auto chunk = std::make_unique_for_overwrite<char[]>(kChunk);
+  const auto chunk = std::make_unique_for_overwrite<std::array<char, kChunk>>();
   std::string text;
   std::size_t checked = 0;
   while (true) {
-    const ssize_t count = ::read(descriptor, chunk.get(), kChunk);
+    const ssize_t count = ::read(descriptor, chunk->data(), chunk->size());
     if (count == 0) break;
     if (count > 0) {
-      text.append(chunk.get(), static_cast<std::size_t>(count));
+      text.append(chunk->data(), static_cast<std::size_t>(count));
       // While the tool goes on writing. What begins in one piece and ends in the next is looked at again then.
       checked += halvoLeadingUTF8(std::string_view(text).substr(checked));
     } else if (errno != EINTR) {
