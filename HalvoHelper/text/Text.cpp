@@ -63,13 +63,15 @@ constexpr char upperHexDigit(std::size_t byte) {
   return byte >= 'a' && byte <= 'f' ? static_cast<char>(byte - 'a' + 'A') : '\0';
 }
 
-// For each byte the digit that it is, in upper case, or 0. Whether a digit is a letter cannot be predicted, so a
-// comparison would cost more than a look-up.
-constexpr auto kUpperHexDigits = [] {
+constexpr std::array<char, 256> upperHexDigits() {
   std::array<char, 256> digits{};
   for (std::size_t byte = 0; byte < digits.size(); ++byte) digits[byte] = upperHexDigit(byte);
   return digits;
-}();
+}
+
+// For each byte the digit that it is, in upper case, or 0. Whether a digit is a letter cannot be predicted, so a
+// comparison would cost more than a look-up.
+constexpr std::array<char, 256> kUpperHexDigits = upperHexDigits();
 
 }  // namespace
 
