@@ -53,12 +53,13 @@ bool runAgainstSwap(const std::function<void()>& work, const std::vector<std::st
 
 }  // namespace
 
-SwapOutcome removeWhileSwapping(const TemporaryDirectory& directory, int rounds,
+SwapOutcome removeWhileSwapping(const TemporaryDirectory& directory, int swapsWanted,
                                 const std::function<void(const std::string& tree)>& removeTree) {
+  constexpr int kMostRounds = 10'000;
   const std::string outside = directory.makeDirectory("outside");
   const std::string canary = directory.makeFile("outside/file");
   SwapOutcome outcome;
-  for (int round = 0; round < rounds; ++round) {
+  for (int round = 0; round < kMostRounds && outcome.swaps < swapsWanted; ++round) {
     const std::string tree = directory.makeDirectory("tree" + std::to_string(round));
     const std::string victim = tree + "/victim";
     std::vector<std::string> files = makeFiles(tree + "/before");
