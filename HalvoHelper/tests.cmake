@@ -1,4 +1,35 @@
 # The core logic's tests, with the doubles and small programs that they need.
+
+# Doubles and whatever else tests of every module share.
+halvo_library(halvo_testing
+  SOURCES
+    testing/DeepTree.cpp
+    testing/FaultJudge.cpp
+    testing/FaultMatrix.cpp
+    testing/Faults.cpp
+    testing/FifoEnds.cpp
+    testing/FileState.cpp
+    testing/FileTree.cpp
+    testing/FixedAudioDevices.cpp
+    testing/InMemoryPrivilegedFS.cpp
+    testing/InstallBench.cpp
+    testing/InstallFaultJudge.cpp
+    testing/InstallMachine.cpp
+    testing/LockedItem.cpp
+    testing/ProcessState.cpp
+    testing/ScriptedPrivilegedFS.cpp
+    testing/ScriptedProcessRunner.cpp
+    testing/TemporaryDirectory.cpp
+    testing/TreeSwapper.cpp
+    testing/UninstallFaultJudge.cpp
+  PUBLIC HalvoHelper)
+
+# The matrix of faults runs thousands of installs in memory, and the interleavings more.
+set_source_files_properties(
+  testing/FaultMatrix.cpp testing/Faults.cpp testing/FileTree.cpp testing/InMemoryPrivilegedFS.cpp
+  testing/InstallMachine.cpp testing/ScriptedPrivilegedFS.cpp testing/TemporaryDirectory.cpp
+  PROPERTIES COMPILE_OPTIONS -O2)
+
 set(tests
   install/InstallFaultMatrixTest.cpp
   install/InstallPruningTest.cpp
@@ -41,25 +72,6 @@ set(tests
   system/RemoveLockedTreeTest.cpp
   system/RemoveTreeTest.cpp
   system/StageFileTest.cpp
-  testing/DeepTree.cpp
-  testing/FifoEnds.cpp
-  testing/FileState.cpp
-  testing/FaultJudge.cpp
-  testing/FaultMatrix.cpp
-  testing/Faults.cpp
-  testing/FileTree.cpp
-  testing/FixedAudioDevices.cpp
-  testing/InMemoryPrivilegedFS.cpp
-  testing/InstallBench.cpp
-  testing/InstallFaultJudge.cpp
-  testing/InstallMachine.cpp
-  testing/LockedItem.cpp
-  testing/ProcessState.cpp
-  testing/ScriptedPrivilegedFS.cpp
-  testing/ScriptedProcessRunner.cpp
-  testing/TemporaryDirectory.cpp
-  testing/TreeSwapper.cpp
-  testing/UninstallFaultJudge.cpp
   text/TextTest.cpp)
 
 # Where the system's frameworks are simulated, their answers can be scripted, and small disks can be mounted.
@@ -89,7 +101,7 @@ if(APPLE)
 else()
   find_package(rapidcheck REQUIRED)
 endif()
-set(libraries HalvoHelper)
+set(libraries halvo_testing)
 if(rapidcheck_FOUND)
   list(APPEND tests
     security/PkgSignaturePropertyTest.cpp
@@ -98,42 +110,11 @@ if(rapidcheck_FOUND)
   list(APPEND libraries rapidcheck)
 endif()
 
-# The matrix of faults runs thousands of installs in memory.
-set_source_files_properties(
-  testing/FaultMatrix.cpp testing/Faults.cpp testing/FileTree.cpp
-  testing/InMemoryPrivilegedFS.cpp testing/InstallMachine.cpp
-  PROPERTIES COMPILE_OPTIONS -O2 SKIP_PRECOMPILE_HEADERS ON)
-
 # Small programs that the tests start as child processes.
 halvo_executable(halvo_child_report SOURCES testing/ChildReport.cpp)
-halvo_executable(halvo_fault_matrix
-  SOURCES
-    testing/FaultJudge.cpp
-    testing/FaultMatrix.cpp
-    testing/FaultMatrixPage.cpp
-    testing/Faults.cpp
-    testing/FileState.cpp
-    testing/FileTree.cpp
-    testing/FixedAudioDevices.cpp
-    testing/InMemoryPrivilegedFS.cpp
-    testing/InstallFaultJudge.cpp
-    testing/InstallMachine.cpp
-    testing/ScriptedPrivilegedFS.cpp
-    testing/TemporaryDirectory.cpp
-    testing/UninstallFaultJudge.cpp
-  PRIVATE HalvoHelper)
+halvo_executable(halvo_fault_matrix SOURCES testing/FaultMatrixPage.cpp PRIVATE halvo_testing)
 halvo_executable(halvo_file_probe SOURCES testing/FileProbe.cpp PRIVATE HalvoHelper)
-halvo_executable(halvo_install_probe
-  SOURCES
-    testing/FileState.cpp
-    testing/FileTree.cpp
-    testing/FixedAudioDevices.cpp
-    testing/InMemoryPrivilegedFS.cpp
-    testing/InstallMachine.cpp
-    testing/InstallProbe.cpp
-    testing/ScriptedPrivilegedFS.cpp
-    testing/TemporaryDirectory.cpp
-  PRIVATE HalvoHelper)
+halvo_executable(halvo_install_probe SOURCES testing/InstallProbe.cpp PRIVATE halvo_testing)
 halvo_executable(halvo_runner_probe SOURCES testing/RunnerProbe.cpp PRIVATE HalvoHelper)
 
 halvo_test(HalvoHelperTest SOURCES ${tests} PRIVATE ${libraries})
@@ -146,18 +127,7 @@ add_dependencies(HalvoHelperTest halvo_child_report halvo_file_probe halvo_insta
 
 # Fills and remounts a disk of its own.
 if(NOT APPLE)
-  halvo_executable(halvo_small_disk_probe
-    SOURCES
-      testing/Faults.cpp
-      testing/FileState.cpp
-      testing/FileTree.cpp
-      testing/FixedAudioDevices.cpp
-      testing/InMemoryPrivilegedFS.cpp
-      testing/InstallMachine.cpp
-      testing/ScriptedPrivilegedFS.cpp
-      testing/SmallDiskProbe.cpp
-      testing/TemporaryDirectory.cpp
-    PRIVATE HalvoHelper)
+  halvo_executable(halvo_small_disk_probe SOURCES testing/SmallDiskProbe.cpp PRIVATE halvo_testing)
   target_compile_definitions(HalvoHelperTest PRIVATE HALVO_SMALL_DISK_PROBE="$<TARGET_FILE:halvo_small_disk_probe>")
   add_dependencies(HalvoHelperTest halvo_small_disk_probe)
 endif()
@@ -192,13 +162,10 @@ if(NOT APPLE)
       system/PrivilegedFSFaultTest.cpp
       system/RealProcessRunnerFaultTest.cpp
       system/RemoveTreeFaultTest.cpp
-      testing/DeepTree.cpp
-      testing/ProcessState.cpp
       testing/SpawnFaults.cpp
       testing/SystemCallFaults.cpp
       testing/SystemCallFaultsTest.cpp
-      testing/TemporaryDirectory.cpp
-    PRIVATE HalvoHelper)
+    PRIVATE halvo_testing)
   target_compile_definitions(HalvoHelperFaultTest PRIVATE HALVO_CHILD_REPORT="$<TARGET_FILE:halvo_child_report>")
   add_dependencies(HalvoHelperFaultTest halvo_child_report)
   set(faulty_calls

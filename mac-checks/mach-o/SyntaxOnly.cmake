@@ -12,7 +12,7 @@ endforeach()
 
 get_property(test_programs GLOBAL PROPERTY macho_programs)
 list(REMOVE_ITEM test_programs ${programs})
-macho_sources(test_sources ${test_programs})
+macho_sources(test_sources halvo_testing ${test_programs})
 set(test_flags -isystem "${GENERATED}/googletest")
 # Paths that tests are given: here any text will do.
 foreach(program ${test_programs})
