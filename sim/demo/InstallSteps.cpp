@@ -1,3 +1,4 @@
+#include <ctime>
 #include <filesystem>
 #include <utility>
 
@@ -24,6 +25,13 @@ void refuse(Stage& stage, const std::string& title, const PackageContents& conte
   Step step = stage.begin(title);
   stage.request(step, ProductMachine::install(package), untrusted(reason));
   stage.tell(std::move(step));
+}
+
+// Snapshots are named by the second, and two installs within one share a folder: what an install changes on disk would
+// depend on how fast this machine is.
+void awaitNextSecond() {
+  const std::time_t now = std::time(nullptr);
+  waitUntil([now] { return std::time(nullptr) != now; });
 }
 
 }  // namespace
@@ -61,6 +69,7 @@ void walkInstalls(Stage& stage) {
                             processText(stage.machine().job("system", "com.halvo.broker").value_or(JobState{}).pid));
   stage.tell(std::move(install));
 
+  awaitNextSecond();
   Step again = stage.begin("The same version may be installed again");
   stage.request(again, ProductMachine::install(good), kInstalled);
   stage.tell(std::move(again));
@@ -100,6 +109,7 @@ void walkAudio(Stage& stage) {
   stage.request(refused, ProductMachine::install(newer), kAudioActive);
   stage.tell(std::move(refused));
 
+  awaitNextSecond();
   Step accepted = stage.begin("The same with the interruption accepted");
   stage.request(accepted, ProductMachine::install(newer, {"--accept-audio-interruption"}), kInstalled);
   stage.tell(std::move(accepted));
@@ -111,6 +121,7 @@ void walkRollback(Stage& stage) {
       stage.machine().package({.name = "Halvo-1.5.0", .version = "1.5.0", .extra = {"--truncate-payload", "60000"}});
   const TreeSnapshot before = stage.machine().components();
 
+  awaitNextSecond();
   Step step = stage.begin("An installer that fails half way is rolled back");
   stage.request(step, ProductMachine::install(broken), kRolledBack);
   const std::vector<TreeChange> differences = changesBetween(before, stage.machine().components());

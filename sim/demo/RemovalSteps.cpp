@@ -81,8 +81,12 @@ void walkBundleRemoval(Stage& stage) {
 
 void walkFinalRemoval(Stage& stage, const std::string& runningApplication) {
   Step step = stage.begin("The helper takes itself away, asked by the application that still runs");
+  const std::size_t toolsBefore = stage.mac().calls().size();
   stage.requestWith(step, {runningApplication, "finalize"}, "true");
-  const bool gone = waitUntil([&] { return !stage.machine().job("system", "com.halvo.helper").has_value(); });
+  // launchctl outlives the helper that it ends, and is on record when it has ended itself.
+  const bool gone = waitUntil([&] {
+    return !stage.machine().job("system", "com.halvo.helper").has_value() && stage.mac().calls().size() > toolsBefore;
+  });
   Stage::expect(step, gone, "launchd should not know the helper any more");
   step.remarks.push_back("jobs after: " + jobTable(stage));
   stage.requestWith(step, {runningApplication, "ping"}, "");
