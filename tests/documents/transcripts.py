@@ -52,14 +52,18 @@ def is_whole(block: Block) -> bool:
     return not any(line.endswith(_LEFT_OUT) for line in block.lines)
 
 
+class DemonstrationFailed(Exception):
+    pass
+
+
 def demonstration(build: Path) -> list[str]:
-    """What it prints. Raises when a step of it does not go as expected."""
+    """What it prints."""
     run = subprocess.run(
         [build / "sim/demo/halvo-demo"], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
         text=True, timeout=_DEMONSTRATION_BOUND,
     )
     if run.returncode != 0:
-        raise RuntimeError(f"the demonstration ends with {run.returncode}:\n{run.stdout}")
+        raise DemonstrationFailed(f"it ends with {run.returncode}:\n{run.stdout}")
     return run.stdout.strip("\n").splitlines()
 
 
