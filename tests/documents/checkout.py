@@ -9,11 +9,11 @@ from words import problem_of_build, problem_of_script
 
 # Build directories that documents name; each looks like the one that is tested.
 _BUILDS = ("dev", "release")
-# Programs outside the repository that build or rewrite everything. What asks for no preset takes a moment: it is done.
+# Programs outside the repository that build or rewrite everything. What asks for no preset takes a moment, and runs.
 _BUILDING = ("cmake", "ctest")
 _REWRITING = ("clang-format-14",)
 _UNLESS_PRESET = 'case " $* " in *" --preset "*) ;; *) PATH=$PATH_BEHIND_STAND_INS exec {} "$@" ;; esac\n'
-# What stands in the place of a program that builds or tests for minutes: it does nothing but note the words it is given.
+# What stands in for a program that builds or tests for minutes: it does nothing but note the words it is given.
 _NOTE = """{{ printf '%s\\037' "$DOCUMENT_LINE" '{}' "$@"; echo; }} >>"$DOCUMENT_LOG"\n"""
 
 
