@@ -154,6 +154,9 @@ def displays_of(text: str) -> list[Block]:
     return blocks
 
 
+_ESCAPES = {r"\&": "", r"\-": "-", r"\e": "\\", r"\(dq": '"', r"\(aq": "'"}
+
+
 def _typed(line: str) -> str:
     """A line of a manual page as it is shown."""
-    return re.sub(r"\\(?:&|(-)|e)", lambda escape: "" if escape[0] == "\\&" else escape[1] or "\\", line)
+    return re.sub(r"\\(?:\(..|.)", lambda escape: _ESCAPES.get(escape[0], escape[0]), line)
