@@ -34,6 +34,8 @@ std::optional<std::string_view> valueAfter(std::string_view line, std::string_vi
 
 class ReportReader {
  public:
+  explicit ReportReader(const HalvoPkgChainLimits& limits) : limits_(limits) {}
+
   // The rules are tried in this order and the first that fits has the line: a key line that carries a number and a
   // dot in front is a certificate line.
   void take(std::string_view line) {
@@ -45,7 +47,7 @@ class ReportReader {
     if (line.starts_with("SHA256 Fingerprint:")) return static_cast<void>(inFingerprint_ = true);
     if (line.starts_with("Expires:")) return;
     if (line.starts_with("---")) return static_cast<void>(inFingerprint_ = false);
-    if (inFingerprint_) inFingerprint_ = halvoAppendHexDigits(pending_.sha256, line);
+    if (takesDigits()) inFingerprint_ = halvoAppendHexDigits(pending_.sha256, line, limits_.digits);
   }
 
   HalvoPkgSignature finish() && {
@@ -56,6 +58,7 @@ class ReportReader {
  private:
   void begin(const CertificateLine& line) {
     finishCertificate();
+    if (signature_.chain.size() >= limits_.certificates) return;
     pending_.position = line.number - 1;
     pending_.commonName = line.commonName;
   }
@@ -67,6 +70,12 @@ class ReportReader {
     inFingerprint_ = false;
   }
 
+  // What would not be kept is not read: a fingerprint that is full stays as it is until the next certificate.
+  [[nodiscard]] bool takesDigits() const {
+    return inFingerprint_ && !pending_.commonName.empty() && pending_.sha256.size() < limits_.digits;
+  }
+
+  HalvoPkgChainLimits limits_;
   HalvoPkgSignature signature_;
   HalvoPkgCert pending_;  // without a name until a certificate line came
   bool inFingerprint_ = false;
@@ -74,8 +83,8 @@ class ReportReader {
 
 }  // namespace
 
-HalvoPkgSignature halvoParsePkgSignature(std::string_view report) {
-  ReportReader reader;
+HalvoPkgSignature halvoParsePkgSignature(std::string_view report, const HalvoPkgChainLimits& limits) {
+  ReportReader reader(limits);
   while (true) {
     const std::size_t end = report.find('\n');
     reader.take(halvoTrimBlanks(report.substr(0, end)));

@@ -1,7 +1,9 @@
 // Extracts what matters from the report that the system's package tool prints about a signature. Decides nothing.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +26,14 @@ struct HalvoPkgSignature {
   bool operator==(const HalvoPkgSignature&) const = default;
 };
 
-// Total: a text that is no such report gives an empty record. Time linear in the length of `report`.
-[[nodiscard]] HalvoPkgSignature halvoParsePkgSignature(std::string_view report);
+// How much of a chain is kept: its first certificates, and of each fingerprint its first digits.
+struct HalvoPkgChainLimits {
+  std::size_t certificates = std::numeric_limits<std::size_t>::max();
+  std::size_t digits = std::numeric_limits<std::size_t>::max();
+};
+
+// Total: a text that is no such report gives an empty record. Time linear in the length of `report`. What is beyond the
+// limits takes no memory.
+[[nodiscard]] HalvoPkgSignature halvoParsePkgSignature(std::string_view report, const HalvoPkgChainLimits& limits = {});
 
 }  // namespace halvo

@@ -14,6 +14,7 @@
 namespace {
 
 std::size_t operations = 0;
+std::size_t allocated = 0;
 
 }  // namespace
 
@@ -36,6 +37,7 @@ void* __wrap_memchr(const void* text, int byte, std::size_t size) {
 
 void* operator new(std::size_t size) {
   operations += size;
+  allocated += size;
   void* memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
@@ -89,6 +91,29 @@ INSTANTIATE_TEST_SUITE_P(
                     Shape{"OneLongFingerprintLine", "1. x\nSHA256 Fingerprint:\n", "AA "},
                     Shape{"ManyDigitsBeforeADot", "", "1"}, Shape{"ManyDots", "1.", "."},
                     Shape{"IllFormedFingerprints", "1. x\nSHA256 Fingerprint:\n", "\xFF\nSHA256 Fingerprint:\n"}),
+    [](const auto& shape) { return shape.param.name; });
+
+std::size_t allocatedFor(const Shape& shape, std::size_t size, const HalvoPkgChainLimits& limits) {
+  const std::string report = reportOf(shape, size);
+  allocated = 0;
+  static_cast<void>(halvoParsePkgSignature(report, limits));
+  return allocated;
+}
+
+class LimitedCost : public testing::TestWithParam<Shape> {};
+
+TEST_P(LimitedCost, HasNoMemoryForWhatIsNotKept) {
+  const HalvoPkgChainLimits limits = {.certificates = 3, .digits = 65};
+
+  EXPECT_EQ(allocatedFor(GetParam(), 64 * kKibibyte, limits), allocatedFor(GetParam(), kKibibyte, limits));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, LimitedCost,
+    testing::Values(Shape{"ManyCertificates", "", "1. Developer ID Installer: Halvo Audio (QX4TRM2ZL9)\n"},
+                    Shape{"ManyFingerprintLines", "1. x\nSHA256 Fingerprint:\n", "AA BB CC DD EE FF 00 11\n"},
+                    Shape{"OneLongFingerprintLine", "1. x\nSHA256 Fingerprint:\n", "AA "},
+                    Shape{"FingerprintOfNobody", "SHA256 Fingerprint:\n", "AA BB\n"}),
     [](const auto& shape) { return shape.param.name; });
 
 TEST(BlankReportCost, EndsAtTheFirstCharacterThatIsNotBlank) {

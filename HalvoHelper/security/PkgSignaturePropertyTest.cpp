@@ -3,8 +3,10 @@
 #include <rapidcheck/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "HalvoHelper/security/PkgSignature.h"
 #include "HalvoHelper/testing/SignatureReports.h"
@@ -38,14 +40,38 @@ RC_GTEST_PROP(PkgSignatureProperty, IndentationDoesNotMatter, ()) {
   RC_ASSERT(signature == halvoParsePkgSignature(kGoodSignatureReport));
 }
 
-RC_GTEST_PROP(PkgSignatureProperty, AnyTextGivesTrimmedNamesAndUpperCaseDigits, ()) {
-  const auto report = *rc::gen::container<std::string>(
+rc::Gen<std::string> texts() {
+  return rc::gen::container<std::string>(
       rc::gen::element(' ', '\t', '\n', '\r', '.', '1', '2', 'a', 'F', 'g', ':', '-', '\xC2', '\xA0', '\0'));
+}
+
+RC_GTEST_PROP(PkgSignatureProperty, AnyTextGivesTrimmedNamesAndUpperCaseDigits, ()) {
+  const std::string report = *texts();
 
   const auto signature = halvoParsePkgSignature("1. x\nSHA256 Fingerprint:\n" + report);
 
   RC_ASSERT(!signature.chain.empty());
   RC_ASSERT(std::ranges::all_of(signature.chain, isPlausible));
+}
+
+HalvoPkgSignature cut(HalvoPkgSignature signature, const HalvoPkgChainLimits& limits) {
+  signature.chain.resize(std::min(signature.chain.size(), limits.certificates));
+  for (HalvoPkgCert& each : signature.chain) each.sha256.resize(std::min(each.sha256.size(), limits.digits));
+  return signature;
+}
+
+RC_GTEST_PROP(PkgSignatureProperty, LimitsCutTheChainAndItsFingerprintsAndNothingElse, ()) {
+  const auto pieces = *rc::gen::container<std::vector<std::string>>(
+      rc::gen::oneOf(rc::gen::element<std::string>("\n1. x\nSHA256 Fingerprint:\n", "\nSHA256 Fingerprint:\n",
+                                                   "\nA b\n", "\n---\n", "\n3.\n", "\nStatus: x\n"),
+                     rc::gen::scale(0.1, texts())));
+  const std::string report = std::accumulate(pieces.begin(), pieces.end(), std::string());
+  const HalvoPkgChainLimits limits = {.certificates = *rc::gen::inRange<std::size_t>(0, 4),
+                                      .digits = *rc::gen::inRange<std::size_t>(0, 8)};
+  const HalvoPkgSignature whole = halvoParsePkgSignature(report);
+
+  RC_CLASSIFY(whole != cut(whole, limits), "cut");
+  RC_ASSERT(halvoParsePkgSignature(report, limits) == cut(whole, limits));
 }
 
 }  // namespace

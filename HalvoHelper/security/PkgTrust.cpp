@@ -18,6 +18,10 @@ constexpr std::string_view kSignedStatus = "signed by a developer certificate is
 constexpr std::string_view kNotarized = "trusted by the Apple notary service";
 constexpr std::string_view kInstallerCN = "Developer ID Installer: ";
 
+// What decides: leaf, intermediate and root. A fingerprint that goes on behind a pinned one differs from it by its next
+// digit already, so that one more than those has to be kept.
+constexpr HalvoPkgChainLimits kWhatDecides = {.certificates = 3, .digits = kROOT_CA.size() + 1};
+
 bool contains(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
 
 std::string orNone(const std::string& text) { return text.empty() ? "<none>" : text; }
@@ -58,10 +62,14 @@ HalvoPkgTrust halvoCheckPkgTrust(const HalvoPkgSignature& signature, std::string
   if (!contains(notarization, kNotarized)) {
     return Distrusted{notNotarized, "notarization: " + orNone(notarization)};
   }
-  if (chain.size() < 3) {
+  if (chain.size() < kWhatDecides.certificates) {
     return Distrusted{chainTruncated, "chain has " + std::to_string(chain.size()) + " certificate(s)"};
   }
   return checkChain(chain, teamID);
+}
+
+HalvoPkgTrust halvoCheckPkgReport(std::string_view report, std::string_view teamID) {
+  return halvoCheckPkgTrust(halvoParsePkgSignature(report, kWhatDecides), teamID);
 }
 
 }  // namespace halvo

@@ -51,4 +51,7 @@ using HalvoPkgTrust = std::variant<Trusted, Distrusted>;
 // pinned fingerprints. The first check that fails, in a fixed order, names the reason. Pure.
 [[nodiscard]] HalvoPkgTrust halvoCheckPkgTrust(const HalvoPkgSignature& signature, std::string_view teamID);
 
+// The same of a whole report, however many certificates and digits are in it: memory for those that decide only.
+[[nodiscard]] HalvoPkgTrust halvoCheckPkgReport(std::string_view report, std::string_view teamID);
+
 }  // namespace halvo

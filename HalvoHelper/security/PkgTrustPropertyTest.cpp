@@ -82,7 +82,28 @@ RC_GTEST_PROP(JudgedReportProperty, OneChangedByteNeverMakesABadReportGood, ()) 
   report[at] = *rc::gen::arbitrary<char>();
   RC_PRE(report != kGoodSignatureReport);
 
-  RC_ASSERT(!std::holds_alternative<Trusted>(halvoCheckPkgTrust(halvoParsePkgSignature(report), kTeam)));
+  RC_ASSERT(!std::holds_alternative<Trusted>(halvoCheckPkgReport(report, kTeam)));
+}
+
+// A good report with a few more lines wherever they please.
+rc::Gen<std::string> reportsWithMore() {
+  const auto lines = rc::gen::element<std::string>("4. x\n", "1. Developer ID Installer: Halvo Audio (QX4TRM2ZL9)\n",
+                                                   "5.\n", "SHA256 Fingerprint:\n", "AB\n", "F\n", "F 01\n---\n",
+                                                   "text\n", "Status: no signature\n", "Notarization: revoked\n");
+  const auto additions = rc::gen::pair(rc::gen::inRange<std::size_t>(0, kGoodSignatureReport.size()), lines);
+  return rc::gen::map(rc::gen::container<std::vector<std::pair<std::size_t, std::string>>>(additions), [](auto added) {
+    std::string report(kGoodSignatureReport);
+    for (const auto& [place, line] : added) report.insert(report.rfind('\n', place) + 1, line);
+    return report;
+  });
+}
+
+RC_GTEST_PROP(JudgedReportProperty, WhatIsNotKeptNeverDecides, ()) {
+  const std::string report = *rc::gen::scale(0.05, reportsWithMore());
+  const HalvoPkgTrust expected = halvoCheckPkgTrust(halvoParsePkgSignature(report), kTeam);
+
+  RC_CLASSIFY(std::holds_alternative<Trusted>(expected), "trusted");
+  RC_ASSERT(halvoCheckPkgReport(report, kTeam) == expected);
 }
 
 }  // namespace

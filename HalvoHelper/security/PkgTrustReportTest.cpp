@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "HalvoHelper/security/PkgSignature.h"
 #include "HalvoHelper/security/PkgTrust.h"
 #include "HalvoHelper/testing/GoodSignature.h"
 #include "HalvoHelper/testing/SignatureReports.h"
@@ -14,7 +13,7 @@ namespace {
 
 using enum HalvoPkgDistrust;
 
-HalvoPkgTrust judge(std::string_view report) { return halvoCheckPkgTrust(halvoParsePkgSignature(report), kTeam); }
+HalvoPkgTrust judge(std::string_view report) { return halvoCheckPkgReport(report, kTeam); }
 
 std::string with(std::string_view what, std::string_view replacement) {
   std::string report(kGoodSignatureReport);
@@ -73,11 +72,27 @@ INSTANTIATE_TEST_SUITE_P(
                   Distrusted{notNotarized, "notarization: revoked"}},
         ReportRow{"DigitsBehindTheRoot", std::string(kGoodSignatureReport) + "FF\n",
                   Distrusted{unknownAuthority, "root: Apple Root CA"}},
+        ReportRow{"OneDigitBehindTheRoot", std::string(kGoodSignatureReport) + "F\n",
+                  Distrusted{unknownAuthority, "root: Apple Root CA"}},
+        ReportRow{"OneDigitInFrontOfTheRoot", with("B0 B1 73", "FB0 B1 73"),
+                  Distrusted{unknownAuthority, "root: Apple Root CA"}},
+        ReportRow{"OneDigitBehindTheIntermediate", with("43 D2 DF 3A", "43 D2 DF 3A F"),
+                  Distrusted{unknownAuthority, "intermediate: Developer ID Certification Authority"}},
         ReportRow{"OtherTextOnTheLineOfRootDigits", with("B0 B1 73", "B0 B1 73 x"),
                   Distrusted{unknownAuthority, "root: Apple Root CA"}},
         ReportRow{"CertificateWithoutTheNumberedName", with("    3. Apple Root CA\n", "    3.\n"),
                   Distrusted{chainTruncated, "chain has 2 certificate(s)"}}),
     [](const auto& row) { return row.param.name; });
+
+TEST(JudgedReportTest, IsTrustedWhateverFollowsTheRoot) {
+  const std::string further = "    4. Apple Root CA\n       SHA256 Fingerprint:\n           00\n    5.\n";
+
+  EXPECT_EQ(judge(std::string(kGoodSignatureReport) + further), HalvoPkgTrust(Trusted{kLeaf}));
+}
+
+TEST(JudgedReportTest, IsTrustedWhateverFingerprintTheLeafHas) {
+  EXPECT_EQ(judge(with("B8 67 9C", std::string(100, 'F'))), HalvoPkgTrust(Trusted{kLeaf}));
+}
 
 TEST(JudgedReportTest, IsTrustedWithPositionsOneThreeThree) {
   EXPECT_EQ(judge(with("    2. Developer", "    3. Developer")), HalvoPkgTrust(Trusted{kLeaf}));

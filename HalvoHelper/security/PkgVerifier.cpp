@@ -14,7 +14,7 @@ HalvoPkgTrust PkgVerifier::verify(const std::string& pkgPath, std::string_view t
     return Distrusted{HalvoPkgDistrust::unreadable, "pkgutil rc=" + std::to_string(check.code) + ", no output"};
   }
   // The exit status does not count: the report alone decides, and it must hold everything that makes a package ours.
-  return halvoCheckPkgTrust(halvoParsePkgSignature(check.output), teamID);
+  return halvoCheckPkgReport(check.output, teamID);
 }
 
 }  // namespace halvo

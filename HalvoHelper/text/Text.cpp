@@ -141,11 +141,11 @@ std::optional<std::int64_t> halvoParseDecimal(std::string_view text) {
   return value;
 }
 
-bool halvoAppendHexDigits(std::string& digits, std::string_view text) {
+bool halvoAppendHexDigits(std::string& digits, std::string_view text, std::size_t most) {
   const std::size_t before = digits.size();
   while (!text.empty()) {
     if (const char digit = kUpperHexDigits[static_cast<unsigned char>(text.front())]; digit != '\0') {
-      digits += digit;
+      if (digits.size() < most) digits += digit;
       text.remove_prefix(1);
       continue;
     }

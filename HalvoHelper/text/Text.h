@@ -44,8 +44,9 @@ struct CodePoint {
 [[nodiscard]] std::optional<std::int64_t> halvoParseDecimal(std::string_view text);
 
 // Appends to `digits` the hexadecimal digits of a text that holds only those and whitespace, in upper case. Of any
-// other text nothing is appended, and the answer is false.
-[[nodiscard]] bool halvoAppendHexDigits(std::string& digits, std::string_view text);
+// other text nothing is appended, and the answer is false. What would make `digits` longer than `most` is left out.
+[[nodiscard]] bool halvoAppendHexDigits(std::string& digits, std::string_view text,
+                                        std::size_t most = std::string::npos);
 
 // Lower-cases A to Z only.
 [[nodiscard]] std::string halvoLowercasedASCII(std::string_view text);

@@ -285,6 +285,22 @@ INSTANTIATE_TEST_SUITE_P(
                     DigitsRow{"Nul", std::string_view("1\0", 2), false, "7F"}),
     [](const auto& row) { return row.param.name; });
 
+TEST(HexDigitsTest, AreLeftOutBeyondTheMost) {
+  std::string digits = "7F";
+
+  EXPECT_TRUE(halvoAppendHexDigits(digits, "ab cd", 5));
+
+  EXPECT_EQ(digits, "7FABC");
+}
+
+TEST(HexDigitsTest, AreNoneWhenOtherTextFollowsBeyondTheMost) {
+  std::string digits = "7F";
+
+  EXPECT_FALSE(halvoAppendHexDigits(digits, "ab cd x", 5));
+
+  EXPECT_EQ(digits, "7F");
+}
+
 TEST(LowercasedTest, TouchesLatinCapitalsOnly) {
   EXPECT_EQ(halvoLowercasedASCII("AZ az @[`{ 09 \xC3\x89 \xE2\x84\xAA"), "az az @[`{ 09 \xC3\x89 \xE2\x84\xAA");
 }

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "HalvoHelper/install/Versions.h"
-#include "HalvoHelper/security/PkgSignature.h"
 #include "HalvoHelper/security/PkgTrust.h"
 #include "HalvoHelper/system/LoginUsers.h"
 #include "HalvoHelperXPC/ReplyParsers.h"
@@ -34,9 +33,7 @@ Verb reading(const std::function<std::size_t(const std::string& text)>& read) {
   };
 }
 
-std::size_t verdict(const std::string& report) {
-  return halvoCheckPkgTrust(halvoParsePkgSignature(report), kTeam).index();
-}
+std::size_t verdict(const std::string& report) { return halvoCheckPkgReport(report, kTeam).index(); }
 
 std::size_t accounts(const std::string& listing) { return halvoParseLoginUids(listing).size(); }
 
