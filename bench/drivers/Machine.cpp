@@ -1,5 +1,4 @@
 // The whole product in the simulated Mac: an install, the list of users, and what a helper that waits costs.
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -131,13 +130,13 @@ std::int64_t wakeUps(const std::string& process) {
   return sumOf(theMac().shell("cat /proc/" + process + "/task/*/status"), "voluntary_ctxt_switches");
 }
 
-std::string memoryThreadsDescriptors(const std::string& process) {
+// Private kilobytes, threads and descriptors of a process, which the shell may have to start first.
+std::string memoryThreadsDescriptors(const std::string& process, const std::string& beginning = {}) {
   const std::string proc = "/proc/" + process;
-  const std::string memory = theMac().shell("cat " + proc + "/smaps_rollup " + proc + "/status");
-  std::istringstream names(theMac().shell("ls " + proc + "/fd"));
-  const auto descriptors = std::distance(std::istream_iterator<std::string>(names), {});
-  return std::to_string(sumOf(memory, "Private_")) + " " + std::to_string(sumOf(memory, "Threads")) + " " +
-         std::to_string(descriptors);
+  const std::string text = theMac().shell(beginning + "cat " + proc + "/smaps_rollup " + proc + "/status; set -- " +
+                                          proc + "/fd/*; echo Descriptors: $#");
+  return std::to_string(sumOf(text, "Private_")) + " " + std::to_string(sumOf(text, "Threads")) + " " +
+         std::to_string(sumOf(text, "Descriptors"));
 }
 
 // idle SECONDS: private kilobytes, threads and descriptors of the helper, and how often it woke up meanwhile.
@@ -150,10 +149,9 @@ std::string idle(const Words& words) {
   return memoryThreadsDescriptors(process) + " " + std::to_string(after - before);
 }
 
-// The same memory of a program that only waits.
+// The same three of a program that only waits.
 std::string minimal(const Words& /*words*/) {
-  const std::string text = theMac().shell("sleep 1 & sleep 0.2; cat /proc/$!/smaps_rollup; wait");
-  return std::to_string(sumOf(text, "Private_"));
+  return memoryThreadsDescriptors("$!", "sleep 1 >/dev/null 2>&1 & sleep 0.2; ");
 }
 
 std::string viaGuest(const Words& words) { return theMac().guest(words); }

@@ -19,8 +19,9 @@ class Parser(argparse.ArgumentParser):
 
 
 def build(program: str, preset: str) -> Path:
-    """Builds what measures. Answers the folder of the build."""
-    for command in (["cmake", "--preset", preset], ["cmake", "--build", "--preset", preset, "--parallel"]):
+    """Sets up what is missing and builds what measures. Answers the folder of the build."""
+    configure, compile_all = ["cmake", "--preset", preset], ["cmake", "--build", "--preset", preset, "--parallel"]
+    for command in (["tools/setup"], configure, compile_all):
         if subprocess.run(command, cwd=ROOT, stdout=sys.stderr).returncode != 0:
             say(program, f"'{' '.join(command)}' fails; see above")
             sys.exit(_CANNOT_RUN)
