@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -143,6 +144,13 @@ int spawn(const std::string& tool, const std::vector<std::string>& arguments, in
   return ::posix_spawn(&child, tool.c_str(), descriptors.get(), attributes.get(), argv.data(), environ);
 }
 
+// Four times the room when there is too little. What a tool prints comes to any length, and what is reserved and never
+// touched costs nothing, while each copy on the way touches as much new memory as the text has.
+void makeRoom(std::string& text, std::size_t count) {
+  constexpr std::size_t kGrowth = 4;
+  if (text.capacity() - text.size() < count) text.reserve(std::max(text.size() + count, kGrowth * text.capacity()));
+}
+
 // Everything up to the end of file, or nothing when that is not UTF-8. Nothing when reading fails either: half a report
 // is not a report.
 std::string readTextToEnd(int descriptor) {
@@ -154,6 +162,7 @@ std::string readTextToEnd(int descriptor) {
     const ssize_t count = ::read(descriptor, chunk->data(), chunk->size());
     if (count == 0) break;
     if (count > 0) {
+      makeRoom(text, static_cast<std::size_t>(count));
       text.append(chunk->data(), static_cast<std::size_t>(count));
       // While the tool goes on writing. What begins in one piece and ends in the next is looked at again then.
       checked += halvoLeadingUTF8(std::string_view(text).substr(checked));
