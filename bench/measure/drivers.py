@@ -1,7 +1,10 @@
 """The programs that do the measured work, kept running so that their contenders can be interleaved."""
 
+import os
 import subprocess
+from collections.abc import Mapping
 from pathlib import Path
+from types import MappingProxyType
 
 
 class DriverFailed(Exception):
@@ -11,10 +14,14 @@ class DriverFailed(Exception):
 class Driver:
     """A program that takes a verb a line and answers each with a line of figures."""
 
-    def __init__(self, *command: str | Path) -> None:
+    def __init__(self, *command: str | Path, environment: Mapping[str, str] = MappingProxyType({})) -> None:
         self._name = " ".join(str(word) for word in command)
         self._process = subprocess.Popen(
-            [str(word) for word in command], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True
+            [str(word) for word in command],
+            env=os.environ | environment,
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            text=True,
         )
 
     def __enter__(self) -> "Driver":

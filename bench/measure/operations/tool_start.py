@@ -9,6 +9,9 @@ from measure.rounds import interleave
 from measure.rows import Plan, Row, compared
 
 _PEER = Path(__file__).parents[2] / "peers/capture.py"
+# Has the C library fetch each large block from the system, as in a helper that was just started: what one contender
+# gave back would else be found by the next.
+_FRESH_MEMORY = {"MALLOC_MMAP_THRESHOLD_": str(128 << 10)}
 _SIZES = [("nothing", 0, 40, 1.05), ("64 KiB", 64 << 10, 40, 1.05), ("16 MiB", 16 << 20, 3, 1.10)]
 
 
@@ -19,7 +22,8 @@ def measure(plan: Plan) -> Iterator[Row]:
 
 def _captures(plan: Plan) -> Iterator[Row]:
     writer = plan.driver("bench_writer")
-    with Driver(plan.driver("bench_tool_start")) as driver, Driver(sys.executable, _PEER) as python:
+    tool_start = plan.driver("bench_tool_start")
+    with Driver(tool_start, environment=_FRESH_MEMORY) as driver, Driver(sys.executable, _PEER) as python:
         for name, size, often, bound in _SIZES:
             times = plan.times(often)
             samples = interleave(
