@@ -9,7 +9,7 @@ from measure.drivers import Driver, peak_kilobytes
 from measure.rounds import Band, interleave
 from measure.rows import Plan, Row, compared
 
-_SIZES = [("1 KiB", 1 << 10, 200, 1.10), ("16 MiB", 16 << 20, 3, 1.05), ("256 MiB", 256 << 20, 1, 1.05)]
+_SIZES = [("1 KiB", 1 << 10, 2000, 1.10), ("16 MiB", 16 << 20, 3, 1.05), ("256 MiB", 256 << 20, 1, 1.05)]
 
 
 def measure(plan: Plan) -> Iterator[Row]:
