@@ -87,6 +87,7 @@ if(NOT APPLE)
     security/SecCodeClientValidatorTest.cpp
     system/CopyTreeCallsTest.cpp
     system/CoreAudioDeviceEnumeratorTest.cpp
+    system/RealIdleSleepTest.cpp
     testing/SignedProcess.cpp)
 endif()
 

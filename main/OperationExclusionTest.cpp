@@ -15,6 +15,7 @@
 
 #include "HalvoHelper/testing/FakeClock.h"
 #include "HalvoHelper/testing/RecordedSystemLog.h"
+#include "HalvoHelper/testing/RefusedIdleSleep.h"
 #include "HalvoHelper/testing/SignatureReports.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "main/OperationWiring.h"
@@ -132,6 +133,7 @@ class OperationExclusionTest : public testing::Test {
           .audio = AudioActivity(std::make_shared<const SilentAudio>()),
           .installer = Installer(runner_),
           .verifier = PkgVerifier(runner_),
+          .sleep = std::make_shared<const RefusedIdleSleep>(),
           .ending = {.runAfter = [](std::chrono::nanoseconds, const std::function<void()>& work) { work(); },
                      .unregister =
                          [this](std::string_view) {

@@ -57,6 +57,7 @@ bool OperationWiring::authorizeAdmin(const AuthorizationBlob& externalForm) cons
 InstallResult OperationWiring::runInstall(const std::string& pkgPath, const std::string& manifestJSON,
                                           bool acceptAudioInterruption) const {
   const std::scoped_lock oneAtATime(operation_);
+  const IdleSleepPrevention awake(*adapters_.sleep);
   const InstallSequence sequence{
       .fs = adapters_.fs,
       .launchctl = adapters_.launchctl,
@@ -76,6 +77,7 @@ InstallResult OperationWiring::runInstall(const std::string& pkgPath, const std:
 
 UninstallResult OperationWiring::runUninstall(bool acceptAudioInterruption) const {
   const std::scoped_lock oneAtATime(operation_);
+  const IdleSleepPrevention awake(*adapters_.sleep);
   const UninstallSequence sequence{
       .fs = adapters_.fs,
       .launchctl = adapters_.launchctl,
@@ -91,6 +93,7 @@ UninstallResult OperationWiring::runUninstall(bool acceptAudioInterruption) cons
 
 bool OperationWiring::removeAppBundle(const std::string& path) const {
   const std::scoped_lock oneAtATime(operation_);
+  const IdleSleepPrevention awake(*adapters_.sleep);
   return halvoRemoveAppBundle(path, *adapters_.fs, halvoCanonicalPath, halvoSystemLog);
 }
 
@@ -101,6 +104,7 @@ void OperationWiring::finalizeRemoval() const {
 void OperationWiring::removeHelper() const {
   // Waits for an operation that is still running, and keeps the lock: nothing may begin that would be cut off.
   const std::scoped_lock oneAtATime(operation_);
+  const IdleSleepPrevention awake(*adapters_.sleep);
   halvoFinalizeRemoval([this] { return adapters_.ending.unregister(kHelperPlistName); }, adapters_.launchctl,
                        halvoSystemLog, adapters_.ending.exit);
 }

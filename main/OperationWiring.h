@@ -18,9 +18,11 @@
 #include "HalvoHelper/security/PkgVerifier.h"
 #include "HalvoHelper/service/ActivityTracker.h"
 #include "HalvoHelper/system/AudioActivity.h"
+#include "HalvoHelper/system/IdleSleep.h"
 #include "HalvoHelper/system/Launchctl.h"
 #include "HalvoHelper/system/PrivilegedFS.h"
 #include "HalvoHelper/system/ProcessRunner.h"
+#include "HalvoHelper/system/RealIdleSleep.h"
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #include "main/InstalledDriver.h"
 #include "main/MainQueue.h"
@@ -44,6 +46,7 @@ struct SystemAdapters {
   AudioActivity audio;
   Installer installer;
   PkgVerifier verifier;
+  std::shared_ptr<const IdleSleep> sleep = std::make_shared<const RealIdleSleep>();
   HelperEnding ending = {};
 };
 
@@ -70,7 +73,8 @@ class OperationWiring : public std::enable_shared_from_this<OperationWiring> {
 
   // These change the machine and exclude each other: a second one waits until the first is done. Otherwise the clean-up
   // of a refused install would remove the staged package of a trusted one, and a third request could put an unverified
-  // package under the name that is about to be installed.
+  // package under the name that is about to be installed. Meanwhile the Mac does not fall asleep because nobody uses
+  // it: the system would freeze the change halfway, for as long as it sleeps.
   InstallResult runInstall(const std::string& pkgPath, const std::string& manifestJSON,
                            bool acceptAudioInterruption) const;
   UninstallResult runUninstall(bool acceptAudioInterruption) const;

@@ -16,6 +16,7 @@
 
 #include "HalvoHelper/testing/FakeClock.h"
 #include "HalvoHelper/testing/FixedAudioDevices.h"
+#include "HalvoHelper/testing/NotedIdleSleep.h"
 #include "HalvoHelper/testing/RecordedSystemLog.h"
 #include "HalvoHelper/testing/ScriptedPrivilegedFS.h"
 #include "HalvoHelper/testing/ScriptedProcessRunner.h"
@@ -49,6 +50,7 @@ class WiringBench : public testing::Test {
             .audio = AudioActivity(audio_),
             .installer = Installer(runner_),
             .verifier = PkgVerifier(runner_),
+            .sleep = sleep_,
             .ending = ending(),
         },
         authorizer_, adminRightIsSound, tracker_,
@@ -68,6 +70,7 @@ class WiringBench : public testing::Test {
   std::shared_ptr<ScriptedProcessRunner> runner_ = std::make_shared<ScriptedProcessRunner>(recorder_);
   std::shared_ptr<ScriptedPrivilegedFS> fs_ = std::make_shared<ScriptedPrivilegedFS>(recorder_);
   std::shared_ptr<FixedAudioDevices> audio_ = std::make_shared<FixedAudioDevices>(std::vector<bool>(), recorder_);
+  std::shared_ptr<NotedIdleSleep> sleep_ = std::make_shared<NotedIdleSleep>();
   std::shared_ptr<ScriptedAuthorizer> authorizer_ = std::make_shared<ScriptedAuthorizer>();
   std::shared_ptr<ActivityTracker> tracker_ = std::make_shared<ActivityTracker>(FakeClock().reader());
 

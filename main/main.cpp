@@ -12,6 +12,7 @@
 #include "HalvoHelper/service/ActivityTracker.h"
 #include "HalvoHelper/system/CoreAudioDeviceEnumerator.h"
 #include "HalvoHelper/system/InheritedState.h"
+#include "HalvoHelper/system/RealIdleSleep.h"
 #include "HalvoHelper/system/RealPrivilegedFS.h"
 #include "HalvoHelper/system/RealProcessRunner.h"
 #include "HalvoHelperXPC/Constants.h"
@@ -35,6 +36,7 @@ SystemAdapters makeAdapters() {
       .audio = AudioActivity(std::make_shared<const CoreAudioDeviceEnumerator>()),
       .installer = Installer(runner),
       .verifier = PkgVerifier(runner),
+      .sleep = std::make_shared<const RealIdleSleep>(),
   };
 }
 

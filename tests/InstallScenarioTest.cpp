@@ -57,6 +57,20 @@ TEST_F(InstallScenario, AnInstallIsLoggedLineByLine) {
                              "halvo-helper: coreaudiod restart rc=0", "halvo-helper: daemon bootstrap gui/501 rc=0"}));
 }
 
+TEST_F(InstallScenario, WhileItRunsTheMacDoesNotFallAsleepFromIdleness) {
+  auto install =
+      machine.appAsync(ProductMachine::install(machine.package({.extra = {"--postinstall", waitingScript(mac())}})));
+  EXPECT_TRUE(waitUntil([&] { return !mac().readState("power-assertions").empty(); }));
+
+  const std::string held = mac().readState("power-assertions");
+  letItGo(mac());
+  install.get();
+
+  EXPECT_EQ(held, std::to_string(machine.helperProcess().value()) +
+                      " PreventUserIdleSystemSleep changing the Halvo audio product\n");
+  EXPECT_EQ(mac().readState("power-assertions"), "");
+}
+
 TEST_F(InstallScenario, NothingOfTheStagingDirectoryIsLeftAndTheSnapshotIsKept) {
   machine.app(ProductMachine::install(machine.package({})));
 

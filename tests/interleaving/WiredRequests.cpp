@@ -1,6 +1,7 @@
 #include <span>
 #include <utility>
 
+#include "HalvoHelper/testing/RefusedIdleSleep.h"
 #include "main/OperationWiring.h"
 #include "tests/interleaving/MachineScene.h"
 #include "tests/interleaving/Turns.h"
@@ -39,6 +40,7 @@ class WiredScene final : public MachineScene {
                 .audio = audio(),
                 .installer = Installer(tools()),
                 .verifier = PkgVerifier(tools()),
+                .sleep = std::make_shared<const RefusedIdleSleep>(),
                 .ending = ending(),
             },
             std::make_shared<const AskedAuthorizer>(machine()), true,

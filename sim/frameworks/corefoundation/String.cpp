@@ -2,6 +2,9 @@
 
 #include <cstring>
 #include <iterator>
+#include <map>
+#include <mutex>
+#include <string>
 
 #include "sim/frameworks/corefoundation/Types.h"
 #include "sim/frameworks/testing/Instrumentation.h"
@@ -83,6 +86,15 @@ CFStringRef createString(std::string_view text) {
 extern "C" {
 
 CFTypeID CFStringGetTypeID(void) { return halvo::sim::kStringType; }
+
+CFStringRef __CFStringMakeConstantString(const char* cStr) {
+  static std::mutex lock;
+  static auto& strings = *new std::map<std::string, CFStringRef>;
+  const std::scoped_lock guard(lock);
+  CFStringRef& string = strings[cStr];
+  if (string == nullptr) string = new __CFString(utf16FromUTF8(cStr).value_or(u"").c_str());
+  return string;
+}
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef, const UInt8* bytes, CFIndex numBytes, CFStringEncoding encoding,
                                     Boolean isExternalRepresentation) {

@@ -25,6 +25,7 @@ namespace halvo::sim {
 //   AudioObjectGetPropertyDataSize object=1 selector=dev# scope=glob element=0
 //   AudioObjectGetPropertyData object=41 selector=gone scope=glob element=0
 //   copyfile from=/a to=/b flags=0x10e800f
+//   IOPMAssertionCreateWithName type=PreventUserIdleSystemSleep level=255 name="x"    IOPMAssertionRelease
 // What callers leave empty is named only when they do not: the value and flags of an item ("rights=a(length=1
 // value=null flags=0)"), an environment ("environment=given"), results that may be declined ("authorized=asked",
 // "errors=asked"), a qualifier ("qualifier=4"). CFStringCreateWithBytes, CFDataCreate, CFDictionaryCreate and

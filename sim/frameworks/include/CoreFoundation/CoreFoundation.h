@@ -68,6 +68,8 @@ CFTypeRef CFRetain(CFTypeRef cf);
 void CFRelease(CFTypeRef cf);
 
 CFTypeID CFStringGetTypeID(void);
+// The same object for the same text, never destroyed; for CFSTR alone.
+CFStringRef __CFStringMakeConstantString(const char* cStr);
 // Answers NULL for ill-formed UTF-8.
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef alloc, const UInt8* bytes, CFIndex numBytes,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation);
@@ -98,3 +100,9 @@ CFIndex CFDictionaryGetCount(CFDictionaryRef theDict);
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void** keys, const void** values);
 
 }  // extern "C"
+
+#ifdef __APPLE__
+#define CFSTR(cStr) ((CFStringRef)__builtin___CFStringMakeConstantString("" cStr ""))
+#else
+#define CFSTR(cStr) __CFStringMakeConstantString("" cStr "")
+#endif
