@@ -31,12 +31,21 @@ constexpr std::array<VerbRow, 7> kVerbs = {{
     {"uninstall", Verb::uninstall, "the path of the application", false, true, true, false},
 }};
 
+struct RegistrationRow {
+  std::string_view name;
+  Registering what;
+};
+
+constexpr std::array<RegistrationRow, 3> kRegistrations = {
+    {{"register", Registering::add}, {"unregister", Registering::remove}, {"status", Registering::look}}};
+
 constexpr std::string_view kLegacy = "legacy";
 
-// The names of the rows, and the word before them.
+// The names of the rows, and the word before some of them.
 constexpr auto kRequestNames = [] {
-  std::array<std::string_view, kVerbs.size() + 1> names;
-  std::ranges::transform(kVerbs, names.begin(), &VerbRow::name);
+  std::array<std::string_view, kVerbs.size() + kRegistrations.size() + 1> names;
+  auto* next = std::ranges::transform(kVerbs, names.begin(), &VerbRow::name).out;
+  std::ranges::transform(kRegistrations, next, &RegistrationRow::name);
   names.back() = kLegacy;
   return names;
 }();
@@ -48,6 +57,10 @@ const VerbRow* rowNamed(std::string_view name) {
 
 std::string quoted(std::string_view word) { return "'" + std::string(word) + "'"; }
 
+std::string refusalOf(std::string_view request, std::string_view word) {
+  return std::string(request) + " does not take " + quoted(word);
+}
+
 bool takes(const VerbRow& row, bool legacy, Option option) {
   switch (option) {
     case Option::acceptAudioInterruption:
@@ -58,6 +71,8 @@ bool takes(const VerbRow& row, bool legacy, Option option) {
       return !row.operand.empty() && !legacy;
     case Option::manifest:
       return row.verb == Verb::install;
+    case Option::openSettings:
+      return false;
     case Option::timeout:
     case Option::help:
     case Option::version:
@@ -76,9 +91,7 @@ std::optional<std::chrono::seconds> secondsIn(std::string_view text) {
 
 // The three functions answer what is wrong.
 std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& given, CommandLine& line) {
-  if (!takes(row, line.legacy, given.option)) {
-    return std::string(row.name) + " does not take " + quoted(nameOf(given.option));
-  }
+  if (!takes(row, line.legacy, given.option)) return refusalOf(row.name, nameOf(given.option));
   if (given.option == Option::acceptAudioInterruption) line.acceptAudioInterruption = true;
   if (given.option == Option::withoutGrant) line.withoutGrant = true;
   if (given.option == Option::withoutChecks) line.withoutChecks = true;
@@ -91,7 +104,7 @@ std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& giv
 
 std::optional<std::string> takeOperands(const VerbRow& row, std::span<const std::string> operands, CommandLine& line) {
   const std::size_t wanted = row.operand.empty() ? 0 : 1;
-  if (operands.size() > wanted) return std::string(row.name) + " does not take " + quoted(operands[wanted]);
+  if (operands.size() > wanted) return refusalOf(row.name, operands[wanted]);
   if (!operands.empty()) line.path = operands.front();
   return std::nullopt;
 }
@@ -102,7 +115,19 @@ std::optional<std::string> missingFrom(const VerbRow& row, const CommandLine& li
   return std::nullopt;
 }
 
-std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseRequest(const TypedWords& typed) {
+ParsedCommandLine parseRegistration(const RegistrationRow& row, const TypedWords& typed) {
+  RegistrationCommand command{.what = row.what};
+  for (const GivenOption& given : typed.options) {
+    if (given.option != Option::openSettings || row.what != Registering::look) {
+      return UsageError{refusalOf(row.name, nameOf(given.option))};
+    }
+    command.openSettings = true;
+  }
+  if (typed.operands.size() > 1) return UsageError{refusalOf(row.name, typed.operands[1])};
+  return command;
+}
+
+ParsedCommandLine parseRequest(const TypedWords& typed) {
   std::span<const std::string> operands = typed.operands;
   CommandLine line;
   line.legacy = operands.front() == kLegacy;
@@ -125,13 +150,14 @@ std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseRequest(co
 
 }  // namespace
 
-std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseCommandLine(
-    const std::vector<std::string>& arguments) {
+ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments) {
   const TypedWords typed = takeApart(arguments);
   if (typed.has(Option::help)) return HelpWanted{};
   if (typed.problem) return UsageError{*typed.problem};
   if (typed.has(Option::version)) return VersionWanted{};
   if (typed.operands.empty()) return UsageError{"say what to do"};
+  const auto* registration = std::ranges::find(kRegistrations, typed.operands.front(), &RegistrationRow::name);
+  if (registration != kRegistrations.end()) return parseRegistration(*registration, typed);
   return parseRequest(typed);
 }
 
@@ -144,6 +170,9 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
 
   ping                                   the helper's version
   users                                  the users with a graphical login session
+  register                               register the helper with the system
+  unregister                             take the registration back; a helper that runs may end
+  status                                 how the system regards the registration
   install PKG --manifest FILE            install a signed system package
   uninstall [PATH]                       remove the system parts, the application and the helper, in this order
   prepare-removal                        remove the product's system parts
@@ -155,6 +184,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   --manifest FILE                        the package's manifest; - is standard input (install)
   --accept-audio-interruption            go on although audio is running (install, uninstall,
                                          prepare-removal)
+  --open-settings                        show where System Settings asks for approval (status)
   --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
   --without-checks                       send what this program would refuse itself (install, uninstall,

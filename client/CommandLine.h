@@ -26,6 +26,16 @@ struct CommandLine {
   bool operator==(const CommandLine&) const = default;
 };
 
+// What is to become of the helper's registration with the system. The helper is not asked.
+enum class Registering { add, remove, look };
+
+struct RegistrationCommand {
+  Registering what = Registering::look;
+  bool openSettings = false;  // show the page of System Settings where it is approved
+
+  bool operator==(const RegistrationCommand&) const = default;
+};
+
 struct HelpWanted {
   bool operator==(const HelpWanted&) const = default;
 };
@@ -38,9 +48,10 @@ struct UsageError {
   bool operator==(const UsageError&) const = default;
 };
 
+using ParsedCommandLine = std::variant<CommandLine, RegistrationCommand, HelpWanted, VersionWanted, UsageError>;
+
 // Help is given wherever it is asked for, whatever else is wrong.
-[[nodiscard]] std::variant<CommandLine, HelpWanted, VersionWanted, UsageError> parseCommandLine(
-    const std::vector<std::string>& arguments);
+[[nodiscard]] ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments);
 
 // The requests, and "legacy", which stands before some of them.
 [[nodiscard]] std::span<const std::string_view> requestNames();

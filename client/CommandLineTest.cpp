@@ -111,6 +111,30 @@ INSTANTIATE_TEST_SUITE_P(
         AcceptedRow{"FinalizeGrant", {"finalize", "--without-grant"}, {.verb = Verb::finalize, .withoutGrant = true}}),
     [](const auto& row) { return std::string(row.param.name); });
 
+struct RegistrationRow {
+  const char* name;
+  Words words;
+  RegistrationCommand expected;
+};
+
+class RegistrationRequest : public testing::TestWithParam<RegistrationRow> {};
+
+TEST_P(RegistrationRequest, AsksTheSystem) {
+  const auto parsed = parseCommandLine(GetParam().words);
+
+  ASSERT_TRUE(std::holds_alternative<RegistrationCommand>(parsed));
+  EXPECT_EQ(std::get<RegistrationCommand>(parsed), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, RegistrationRequest,
+                         testing::Values(RegistrationRow{"Register", {"register"}, {.what = Registering::add}},
+                                         RegistrationRow{"Unregister", {"unregister"}, {.what = Registering::remove}},
+                                         RegistrationRow{"Status", {"status"}, {.what = Registering::look}},
+                                         RegistrationRow{"StatusAndSettings",
+                                                         {"--open", "status"},
+                                                         {.what = Registering::look, .openSettings = true}}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
 struct RefusedRow {
   const char* name;
   Words words;
@@ -140,6 +164,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RefusedRow{"LegacyTwice", {"legacy", "legacy", "finalize"}, "'legacy' is not a request"},
                     RefusedRow{"LegacyPing", {"legacy", "ping"}, "ping has no legacy form"},
                     RefusedRow{"LegacyUninstall", {"legacy", "uninstall"}, "uninstall has no legacy form"},
+                    RefusedRow{"LegacyStatus", {"legacy", "status"}, "'status' is not a request"},
                     RefusedRow{"LegacyUsers", {"legacy", "users"}, "users has no legacy form"}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -157,6 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRow{"BundleWithoutPath", {"remove-bundle"}, "remove-bundle needs the path of the application"},
         RefusedRow{"TwoBundles", {"remove-bundle", "/a", "/b"}, "remove-bundle does not take '/b'"},
         RefusedRow{"UninstallOfTwo", {"uninstall", "/a", "/b"}, "uninstall does not take '/b'"},
+        RefusedRow{"StatusWithOne", {"status", "x"}, "status does not take 'x'"},
         RefusedRow{"PingWithOne", {"ping", "x"}, "ping does not take 'x'"},
         RefusedRow{"UsersWithOne", {"users", "x"}, "users does not take 'x'"},
         RefusedRow{"PrepareRemovalWithOne", {"prepare-removal", "x"}, "prepare-removal does not take 'x'"},
@@ -166,6 +192,9 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Options, RefusedCommand,
     testing::Values(
+        RefusedRow{"RegisterTime", {"register", "--timeout", "1"}, "register does not take '--timeout'"},
+        RefusedRow{"RegisterSettings", {"register", "--open-settings"}, "register does not take '--open-settings'"},
+        RefusedRow{"PingSettings", {"ping", "--open-settings"}, "ping does not take '--open-settings'"},
         RefusedRow{
             "PingAudio", {"ping", "--accept-audio-interruption"}, "ping does not take '--accept-audio-interruption'"},
         RefusedRow{"PingGrant", {"ping", "--without-grant"}, "ping does not take '--without-grant'"},
@@ -262,6 +291,9 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
 
   ping                                   the helper's version
   users                                  the users with a graphical login session
+  register                               register the helper with the system
+  unregister                             take the registration back; a helper that runs may end
+  status                                 how the system regards the registration
   install PKG --manifest FILE            install a signed system package
   uninstall [PATH]                       remove the system parts, the application and the helper, in this order
   prepare-removal                        remove the product's system parts
@@ -273,6 +305,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   --manifest FILE                        the package's manifest; - is standard input (install)
   --accept-audio-interruption            go on although audio is running (install, uninstall,
                                          prepare-removal)
+  --open-settings                        show where System Settings asks for approval (status)
   --timeout SECONDS                      wait no longer for a reply; what the helper has begun, it finishes
   --without-grant                        send an authorization that was never approved, to see it refused
   --without-checks                       send what this program would refuse itself (install, uninstall,

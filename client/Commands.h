@@ -11,6 +11,7 @@
 #include "client/ExitStatus.h"
 #include "client/Explanations.h"
 #include "client/LocalView.h"
+#include "client/Registration.h"
 
 namespace halvo {
 
@@ -22,6 +23,7 @@ struct Surroundings {
   LocalView view = LocalView();                                          // of the Mac that this program runs on
   bool errIsTerminal = false;                                            // there the time that passes is shown
   std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
+  RegistrationService registration = {};  // the system's
 };
 
 // Blocks until the reply. Whether the reply could be written, the stream itself knows.

@@ -12,13 +12,14 @@ namespace halvo {
 namespace {
 
 // In the order of the enumeration.
-constexpr std::array<std::string_view, 7> kNames = {
-    "--help",          "--version",        "--manifest", "--timeout", "--accept-audio-interruption",
-    "--without-grant", "--without-checks",
+constexpr std::array<std::string_view, 8> kNames = {
+    "--help",          "--version",        "--manifest",      "--timeout", "--accept-audio-interruption",
+    "--without-grant", "--without-checks", "--open-settings",
 };
 
 // What an option's value is; empty for one that takes none.
-constexpr std::array<std::string_view, 7> kValues = {"", "", "the path of a file", "a number of seconds", "", "", ""};
+constexpr std::array<std::string_view, 8> kValues = {"", "", "the path of a file", "a number of seconds", "", "",
+                                                     "", ""};
 
 // Numbers that no character has.
 constexpr int kFirstNumber = 256;

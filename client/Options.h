@@ -9,7 +9,16 @@
 
 namespace halvo {
 
-enum class Option { help, version, manifest, timeout, acceptAudioInterruption, withoutGrant, withoutChecks };
+enum class Option {
+  help,
+  version,
+  manifest,
+  timeout,
+  acceptAudioInterruption,
+  withoutGrant,
+  withoutChecks,
+  openSettings
+};
 
 struct GivenOption {
   Option option;

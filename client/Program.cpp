@@ -26,6 +26,12 @@ ExitStatus carryOut(const std::vector<std::string>& arguments, const std::functi
     surroundings.out << "halvo-app " << kHalvoVersion << ", protocol version " << kHalvoHelperXPCVersion << "\n";
     return ExitStatus::success;
   }
+  if (const auto* registration = std::get_if<RegistrationCommand>(&parsed)) {
+    const RegistrationReport report = carryOutRegistration(*registration, surroundings.registration);
+    surroundings.out << report.word << '\n' << std::flush;
+    say(surroundings.err, report.explanation.text);
+    return report.explanation.status;
+  }
   Conversation conversation = connect();
   return runCommand(std::get<CommandLine>(parsed), conversation, surroundings);
 }

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "HalvoHelperXPC/Version.h"
@@ -67,6 +68,19 @@ TEST_F(ProgramTest, TheHelpGoesToStandardOutput) {
   EXPECT_EQ(out.str(), helpText());
   EXPECT_EQ(err.str(), "");
   EXPECT_THAT(helper->requests, IsEmpty());
+}
+
+TEST_F(ProgramTest, TheRegistrationIsLookedAtWithoutTheHelper) {
+  const Surroundings waiting{.out = out, .err = err, .registration = {.look = [](std::string_view) {
+                                                       return DaemonStatus::requiresApproval;
+                                                     }}};
+  const auto connect = []() -> Conversation { throw std::logic_error("the helper is asked"); };
+
+  EXPECT_EQ(runProgram({"status"}, connect, waiting), ExitStatus::unauthorized);
+
+  EXPECT_EQ(out.str(), "requires-approval\n");
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper is registered and needs approval in System "
+                                             "Settings. "));
 }
 
 TEST_F(ProgramTest, WrongUsageIsExplainedAndAsksTheHelperNothing) {

@@ -31,6 +31,8 @@ _halvo_app() {
   esac
   request=$(_halvo_app_request)
   case "$word:$request" in
+    -*:register | -*:unregister) words="--help --version" ;;
+    -*:status) words="--help --version --open-settings" ;;
     -*:*)
       words="--help --version --timeout"
       case "$request" in
@@ -41,7 +43,7 @@ _halvo_app() {
         finalize) words+=" --without-grant" ;;
       esac
       ;;
-    *:) words="ping users install uninstall prepare-removal remove-bundle finalize legacy" ;;
+    *:) words="ping users install uninstall prepare-removal remove-bundle finalize register unregister status legacy" ;;
     *:legacy) words="install prepare-removal remove-bundle finalize" ;;
   esac
   while IFS= read -r offered; do COMPREPLY+=("$offered"); done < <(compgen -W "$words" -- "$word")

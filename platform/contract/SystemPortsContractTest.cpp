@@ -63,6 +63,12 @@ TEST(SystemUptimeContract, CountsSeconds) {
 
 TEST(ServiceRegistrationContract, FailureIsDescribed) {
   EXPECT_THAT(halvoUnregisterDaemon("com.halvo.nobody-registered-this.plist"), Optional(Not("")));
+  EXPECT_THAT(halvoRegisterDaemon("com.halvo.nobody-registered-this.plist"), Optional(Not("")));
+}
+
+TEST(ServiceRegistrationContract, ADaemonThatTheApplicationDoesNotBringIsNeitherEnabledNorWaitsForApproval) {
+  EXPECT_THAT(halvoDaemonStatus("com.halvo.nobody-registered-this.plist"),
+              testing::AnyOf(DaemonStatus::notFound, DaemonStatus::notRegistered));
 }
 
 }  // namespace

@@ -101,6 +101,12 @@ ControlReply ControlClient::registerService(const std::string& plistPath) const 
   return ask({"register", {plistPath}});
 }
 
+ControlReply ControlClient::submitService(const std::string& plistPath) const { return ask({"submit", {plistPath}}); }
+
+ControlReply ControlClient::registrationOf(const std::string& plistPath) const {
+  return ask({"registration", {plistPath}});
+}
+
 std::optional<std::string> ControlClient::unregisterService(const std::string& plistName) const {
   const ControlReply reply = ask({"unregister", {plistName}});
   if (reply.status == 0) return std::nullopt;

@@ -14,7 +14,7 @@
 namespace halvo::sim {
 
 struct ControlRequest {
-  std::string verb;  // bootstrap, bootout, print, killall, register, unregister or run
+  std::string verb;  // bootstrap, bootout, print, killall, register, submit, unregister, registration or run
   std::vector<std::string> arguments;
 };
 
@@ -36,7 +36,7 @@ std::optional<ControlRequest> requestFromText(std::string_view text);
 inline constexpr int kLaunchdUnreachable = 71;
 
 // Every call connects, asks, and blocks until launchd has answered. Changing anything takes uid 0; others get 1
-// (Operation not permitted). A domain is written "system" or "gui/501". Never throws.
+// (Operation not permitted), unless it says otherwise. A domain is written "system" or "gui/501". Never throws.
 class ControlClient {
  public:
   // The launchd of the simulated Mac that this process runs in.
@@ -56,8 +56,14 @@ class ControlClient {
   ControlReply killall(const std::string& processName) const;
   // Remembers the property list across restarts and loads its job into the system domain. Refuses as bootstrap() does.
   ControlReply registerService(const std::string& plistPath) const;
+  // The same as an application asks for it, who need not be root. Where an administrator has to approve, the job is not
+  // loaded and the answer is 1; registerService() is the approval. 12: registered already.
+  ControlReply submitService(const std::string& plistPath) const;
+  // "enabled", "requires-approval" or "not-registered".
+  ControlReply registrationOf(const std::string& plistPath) const;
   // Forgets the registration of the property list with this file name and stops answering its services. A process of
-  // the job that is running goes on until it is booted out or ends. The description of the failure, or nothing.
+  // the job that is running goes on until it is booted out or ends. Takes no root. The description of the failure, or
+  // nothing.
   std::optional<std::string> unregisterService(const std::string& plistName) const;
 
   // Runs a command as `user` with these standard streams, in /, and blocks until it has ended: its exit status, 128 +

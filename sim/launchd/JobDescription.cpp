@@ -1,5 +1,8 @@
 #include "sim/launchd/JobDescription.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
@@ -126,6 +129,13 @@ class Reader {
   std::string problem_;
 };
 
+// Whether only root, or whoever runs this launchd, can change what is there.
+bool belongsToRoot(const std::filesystem::path& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return true;
+  return (info.st_uid == 0 || info.st_uid == ::geteuid()) && (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
 }  // namespace
 
 std::variant<JobDescription, UnusableJob> readJobDescription(const std::filesystem::path& plist) {
@@ -140,6 +150,13 @@ std::variant<JobDescription, UnusableJob> readJobDescription(const std::filesyst
     return UnusableJob{plist.string() + ": not a property list with a dictionary."};
   }
   return Reader(*root, plist).read();
+}
+
+std::optional<std::string> unsafeDaemon(const JobDescription& job) {
+  for (const auto& path : {job.plist, job.program}) {
+    if (!belongsToRoot(path)) return path.string() + ": Path had bad ownership/permissions";
+  }
+  return std::nullopt;
 }
 
 }  // namespace halvo::sim

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -35,5 +36,9 @@ struct UnusableJob {
 // ExitTimeOut. Other keys are ignored. Whether the program exists is seen only when the job starts, as with the real
 // launchd.
 std::variant<JobDescription, UnusableJob> readJobDescription(const std::filesystem::path& plist);
+
+// A daemon runs as root: neither what describes it nor its program may be in anybody else's hands. Nothing where that
+// is so.
+std::optional<std::string> unsafeDaemon(const JobDescription& job);
 
 }  // namespace halvo::sim

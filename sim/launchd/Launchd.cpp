@@ -1,8 +1,5 @@
 #include "sim/launchd/Launchd.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <csignal>
 #include <fstream>
@@ -27,28 +24,11 @@ const ControlReply kNoSuchService{113, "Could not find specified service"};
 
 ControlReply inputOutputError(const std::string& detail) { return {5, "Input/output error\n" + detail}; }
 
-// Whether only root, or whoever runs this launchd, can change what is there.
-bool belongsToRoot(const std::filesystem::path& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) return true;
-  return (info.st_uid == 0 || info.st_uid == ::geteuid()) && (info.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-}
-
-// A daemon runs as root: neither what describes it nor its program may be in anybody else's hands.
-std::optional<std::string> unsafeDaemon(const JobDescription& job) {
-  for (const auto& path : {job.plist, job.program}) {
-    if (!belongsToRoot(path)) return path.string() + ": Path had bad ownership/permissions";
-  }
-  return std::nullopt;
-}
-
-// What unregistering does to a process that runs: "kill", as a Mac may before the caller has seen the answer, or
-// "keep".
-bool unregisteringKills(const std::filesystem::path& state) {
-  std::ifstream file(state / "unregister");
+std::string firstWordOf(const std::filesystem::path& path) {
+  std::ifstream file(path);
   std::string word;
   file >> word;
-  return word == "kill";
+  return word;
 }
 
 std::vector<std::filesystem::path> propertyLists(const std::filesystem::path& folder) {
@@ -63,7 +43,10 @@ std::vector<std::filesystem::path> propertyLists(const std::filesystem::path& fo
 
 }  // namespace
 
-Launchd::Launchd(LaunchdPaths paths) : paths_(std::move(paths)), registrations_(paths_.state / "registered-services") {}
+Launchd::Launchd(LaunchdPaths paths)
+    : paths_(std::move(paths)),
+      registrations_(paths_.state / "registered-services"),
+      unapproved_(paths_.state / "unapproved-services") {}
 
 void Launchd::boot() {
   loadFolder("system", paths_.systemDaemons);
@@ -81,12 +64,15 @@ void Launchd::handle(const ControlRequest& request, bool mayChange, const Answer
   };
   const auto is = [&](const char* name, std::size_t count) { return verb == name && arguments.size() == count; };
   if (is("print", 1)) return answer(print(arguments[0]));
+  // An application registers its own daemons without being root: it is the approval that takes an administrator.
+  if (is("submit", 1)) return answer(submitService(arguments[0]));
+  if (is("unregister", 1)) return answer(unregisterService(arguments[0]));
+  if (is("registration", 1)) return answer({0, registrationOf(arguments[0])});
   if (!mayChange) return answer(kNotPermitted);
   if (is("bootstrap", 2)) return answer(bootstrap(arguments[0], arguments[1]));
   if (is("bootout", 1)) return bootout(arguments[0], answer);
   if (is("killall", 1)) return answer(killall(arguments[0]));
   if (is("register", 1)) return answer(registerService(arguments[0]));
-  if (is("unregister", 1)) return answer(unregisterService(arguments[0]));
   answer(kInvalidArgument);
 }
 
@@ -171,17 +157,34 @@ ControlReply Launchd::registerService(const std::string& plist) {
     ControlReply reply = load("system", plist);
     if (reply.status != 0) return reply;
   }
+  if (!unapproved_.remove(plist)) return inputOutputError("The registration cannot be approved.");
   return registrations_.add(plist) ? kDone : inputOutputError("The registration cannot be written.");
 }
 
+ControlReply Launchd::submitService(const std::string& plist) {
+  if (registrations_.holds(plist)) return {12, "SMAppServiceErrorDomain error 12: already registered"};
+  // Otherwise it is a Mac on which an administrator agreed before, or whose management did.
+  if (firstWordOf(paths_.state / "background-approval") != "ask") return registerService(plist);
+  if (!unapproved_.add(plist)) return inputOutputError("The registration cannot be written.");
+  return {1, "SMAppServiceErrorDomain error 1: Operation not permitted"};
+}
+
+std::string Launchd::registrationOf(const std::string& plist) const {
+  if (registrations_.holds(plist)) return "enabled";
+  return unapproved_.holds(plist) ? "requires-approval" : "not-registered";
+}
+
 ControlReply Launchd::unregisterService(const std::string& plistName) {
-  const auto plists = registrations_.all();
-  const auto plist = std::ranges::find_if(plists, [&](const auto& path) { return path.filename() == plistName; });
-  if (plist == plists.end()) return {6, "SMAppServiceErrorDomain error 6: job not found"};
-  if (!registrations_.remove(*plist)) return inputOutputError("The registration cannot be withdrawn.");
+  const auto cannotBeWithdrawn = inputOutputError("The registration cannot be withdrawn.");
+  if (const auto waiting = unapproved_.named(plistName))
+    return unapproved_.remove(*waiting) ? kDone : cannotBeWithdrawn;
+  const auto plist = registrations_.named(plistName);
+  if (!plist) return {6, "SMAppServiceErrorDomain error 6: job not found"};
+  if (!registrations_.remove(*plist)) return cannotBeWithdrawn;
   Job* job = jobs_.findPlist(*plist);
   if (job == nullptr) return kDone;
-  if (unregisteringKills(paths_.state)) {
+  // As a Mac may, before the caller has seen the answer.
+  if (firstWordOf(paths_.state / "unregister") == "kill") {
     unload(*job, nullptr);
     return kDone;
   }

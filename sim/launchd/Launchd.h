@@ -49,6 +49,8 @@ class Launchd {
   [[nodiscard]] ControlReply print(const std::string& target) const;
   [[nodiscard]] ControlReply killall(const std::string& name) const;
   ControlReply registerService(const std::string& plist);
+  ControlReply submitService(const std::string& plist);
+  [[nodiscard]] std::string registrationOf(const std::string& plist) const;
   ControlReply unregisterService(const std::string& plistName);
 
   ControlReply load(const std::string& domain, const std::filesystem::path& plist);
@@ -60,6 +62,7 @@ class Launchd {
   LaunchdPaths paths_;
   JobTable jobs_;
   Registrations registrations_;
+  Registrations unapproved_;  // registered, and waiting for an administrator
   bool changed_ = true;
 };
 

@@ -6,7 +6,7 @@
 namespace halvo::sim {
 
 struct LaunchdPaths {
-  std::filesystem::path state;  // jobs.json, gui-sessions, registered-services, unregister, launchd.log, job-output/
+  std::filesystem::path state;          // what is scripted and shown, see docs/simulator.md
   std::filesystem::path machServices;   // one listening socket per Mach service
   std::filesystem::path systemDaemons;  // what comes with the system
   std::filesystem::path daemons;

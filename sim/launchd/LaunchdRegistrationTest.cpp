@@ -97,6 +97,45 @@ TEST_F(LaunchdTest, AJobThatWasUnregisteredIsForgottenWhenItsProcessEnds) {
   EXPECT_TRUE(waitUntil([&] { return !launchd.state("system", "test.server"); }));
 }
 
+TEST_F(LaunchdTest, AnApplicationRegistersOnce) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.start();
+
+  EXPECT_EQ(launchd.control().registrationOf(plist).text, "not-registered");
+  EXPECT_EQ(launchd.control().submitService(plist).status, 0);
+  EXPECT_EQ(launchd.control().submitService(plist).status, 12);
+
+  EXPECT_EQ(launchd.control().registrationOf(plist).text, "enabled");
+  EXPECT_EQ(launchd.ask("test.service")["listen_fds"], "1");
+}
+
+TEST_F(LaunchdTest, WhatAnAdministratorHasToApproveIsNotServedBefore) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.root.write("sim/background-approval", "ask\n");
+  launchd.start();
+
+  EXPECT_EQ(launchd.control().submitService(plist).status, 1);
+  EXPECT_EQ(launchd.control().submitService(plist).status, 1);
+
+  EXPECT_EQ(launchd.control().registrationOf(plist).text, "requires-approval");
+  EXPECT_TRUE(launchd.ask("test.service").is_null());
+
+  EXPECT_EQ(launchd.control().registerService(plist).status, 0);
+  EXPECT_EQ(launchd.control().registrationOf(plist).text, "enabled");
+  EXPECT_EQ(launchd.root.read("sim/unapproved-services"), "");
+}
+
+TEST_F(LaunchdTest, WhatWaitsForApprovalIsUnregistered) {
+  const auto plist = launchd.job(kElsewhere, "test.server", {"serve"}, publishing("test.service"));
+  launchd.root.write("sim/background-approval", "ask\n");
+  launchd.start();
+  launchd.control().submitService(plist);
+
+  EXPECT_EQ(launchd.control().unregisterService("test.server.plist"), std::nullopt);
+
+  EXPECT_EQ(launchd.control().registrationOf(plist).text, "not-registered");
+}
+
 TEST_F(LaunchdTest, UnregisteringWhatIsNotRegisteredSaysSo) {
   launchd.start();
 

@@ -17,14 +17,23 @@ std::vector<std::filesystem::path> Registrations::all() const {
   return plists;
 }
 
+bool Registrations::holds(const std::filesystem::path& plist) const { return std::ranges::count(all(), plist) > 0; }
+
+std::optional<std::filesystem::path> Registrations::named(const std::string& plistName) const {
+  const auto plists = all();
+  const auto found = std::ranges::find_if(plists, [&](const auto& path) { return path.filename() == plistName; });
+  return found == plists.end() ? std::nullopt : std::optional(*found);
+}
+
 bool Registrations::add(const std::filesystem::path& plist) const {
+  if (holds(plist)) return true;
   auto plists = all();
-  if (std::ranges::count(plists, plist) > 0) return true;
   plists.push_back(plist);
   return write(plists);
 }
 
 bool Registrations::remove(const std::filesystem::path& plist) const {
+  if (!holds(plist)) return true;
   auto plists = all();
   std::erase(plists, plist);
   return write(plists);

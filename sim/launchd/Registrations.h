@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,9 @@ class Registrations {
   explicit Registrations(std::filesystem::path file);
 
   [[nodiscard]] std::vector<std::filesystem::path> all() const;
+  [[nodiscard]] bool holds(const std::filesystem::path& plist) const;
+  // The one with this file name.
+  [[nodiscard]] std::optional<std::filesystem::path> named(const std::string& plistName) const;
   // False when the file cannot be written. Adding what is there already changes nothing.
   [[nodiscard]] bool add(const std::filesystem::path& plist) const;
   [[nodiscard]] bool remove(const std::filesystem::path& plist) const;

@@ -79,7 +79,8 @@ struct Home {
 constexpr Home kHomes[] = {{"Users/user501", 501}, {"Users/user502", 502}};
 
 // Any account writes to these, and none but root may make files beside them.
-constexpr const char* kSharedState[] = {"sim/calls.jsonl", "sim/authorization-prompts", "private/var/log/system.log"};
+constexpr const char* kSharedState[] = {"sim/calls.jsonl", "sim/authorization-prompts", "sim/opened-settings",
+                                        "private/var/log/system.log"};
 
 std::optional<MachineProblem> problem(const std::filesystem::path& path, const std::error_code& error) {
   return MachineProblem{path.string() + " cannot be made: " + error.message() + "."};

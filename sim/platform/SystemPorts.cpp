@@ -10,10 +10,8 @@
 #include <string>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "platform/ServiceRegistration.h"
 #include "platform/SystemLog.h"
 #include "platform/SystemUptime.h"
-#include "sim/launchd/ControlClient.h"
 #include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
 
@@ -97,10 +95,6 @@ void halvoSystemLog(std::string_view line) {
   } catch (const std::bad_alloc&) {
     // No memory, no line.
   }
-}
-
-std::optional<std::string> halvoUnregisterDaemon(std::string_view plistName) {
-  return sim::ControlClient().unregisterService(std::string(plistName));
 }
 
 double halvoSystemUptime() { return sim::uptimeSeconds(); }

@@ -19,42 +19,107 @@
 namespace halvo::sim {
 namespace {
 
+constexpr const char* kPlist = "com.halvo.helper.plist";
+
 class ServiceRegistrationTest : public testing::Test {
  protected:
   ~ServiceRegistrationTest() override { [SMAppService reset]; }
 };
 
-TEST_F(ServiceRegistrationTest, SuccessHasNoDescription) {
-  EXPECT_EQ(halvoUnregisterDaemon("com.halvo.helper.plist"), std::nullopt);
+TEST_F(ServiceRegistrationTest, ARegisteredDaemonIsEnabled) {
+  EXPECT_EQ(halvoRegisterDaemon(kPlist), std::nullopt);
+
+  EXPECT_EQ(halvoDaemonStatus(kPlist), DaemonStatus::enabled);
+}
+
+TEST_F(ServiceRegistrationTest, AnUnregisteredOneIsNotRegistered) {
+  static_cast<void>(halvoRegisterDaemon(kPlist));
+
+  EXPECT_EQ(halvoUnregisterDaemon(kPlist), std::nullopt);
+
+  EXPECT_EQ(halvoDaemonStatus(kPlist), DaemonStatus::notRegistered);
+}
+
+TEST_F(ServiceRegistrationTest, OneThatHasToBeApprovedFailsAndIsThereAllTheSame) {
+  SMAppService.asksAnAdministrator = YES;
+
+  EXPECT_NE(halvoRegisterDaemon(kPlist), std::nullopt);
+
+  EXPECT_EQ(halvoDaemonStatus(kPlist), DaemonStatus::requiresApproval);
 }
 
 TEST_F(ServiceRegistrationTest, TheServiceIsNamedByItsPropertyList) {
-  static_cast<void>(halvoUnregisterDaemon("com.halvo.helper.plist"));
+  static_cast<void>(halvoRegisterDaemon(kPlist));
+  static_cast<void>(halvoDaemonStatus(kPlist));
+  static_cast<void>(halvoUnregisterDaemon(kPlist));
 
-  EXPECT_TRUE([SMAppService.unregisteredPlistNames isEqualToArray:@[ @"com.halvo.helper.plist" ]]);
+  NSString* const all = [SMAppService.calls componentsJoinedByString:@", "];
+  EXPECT_STREQ(all.UTF8String, "register com.halvo.helper.plist, status com.halvo.helper.plist, "
+                               "unregister com.halvo.helper.plist");
 }
+
+TEST_F(ServiceRegistrationTest, TheSettingsAreOpenedOnce) {
+  halvoOpenLoginItemsSettings();
+
+  EXPECT_TRUE([SMAppService.calls isEqualToArray:@[ @"open settings" ]]);
+}
+
+TEST_F(ServiceRegistrationTest, AStatusThatNoDocumentationNamesIsUnknown) {
+  SMAppService.statusOfTheHelper = static_cast<SMAppServiceStatus>(4);
+
+  EXPECT_EQ(halvoDaemonStatus(kPlist), DaemonStatus::unknown);
+}
+
+TEST_F(ServiceRegistrationTest, WhatTheBundleDoesNotHoldIsNotFound) {
+  EXPECT_EQ(halvoDaemonStatus("com.halvo.unknown.plist"), DaemonStatus::notFound);
+}
+
+struct FailureRow {
+  const char* name;
+  std::optional<std::string> (*act)();
+  const char* code;
+};
+
+class RegistrationFailure : public ServiceRegistrationTest, public testing::WithParamInterface<FailureRow> {};
+
+TEST_P(RegistrationFailure, IsDescribedWithItsDomainAndCode) {
+  const auto failure = GetParam().act();
+
+  ASSERT_NE(failure, std::nullopt);
+  EXPECT_NE(failure->find("SMAppServiceErrorDomain"), std::string::npos);
+  EXPECT_NE(failure->find(GetParam().code), std::string::npos) << *failure;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, RegistrationFailure,
+    testing::Values(FailureRow{"RegisteredTwice",
+                               [] {
+                                 static_cast<void>(halvoRegisterDaemon(kPlist));
+                                 return halvoRegisterDaemon(kPlist);
+                               },
+                               "12"},
+                    FailureRow{"RegisteredWithoutPropertyList",
+                               [] { return halvoRegisterDaemon("com.halvo.unknown.plist"); }, "8"},
+                    FailureRow{"UnregisteredUnregistered", [] { return halvoUnregisterDaemon(kPlist); }, "6"},
+                    FailureRow{"UnregisteredWithoutPropertyList",
+                               [] { return halvoUnregisterDaemon("com.halvo.unknown.plist"); }, "6"}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ServiceRegistrationTest, AFailureIsItsErrorsWholeDescription) {
   SMAppService.scriptedError = [HalvoVerboseError errorWithDomain:@"SMAppServiceErrorDomain"
                                                              code:6
                                                          userInfo:@{NSLocalizedDescriptionKey : @"Job not found"}];
+  const char* const whole = "Error Domain=SMAppServiceErrorDomain Code=6 \"Job not found\"";
 
-  EXPECT_EQ(halvoUnregisterDaemon("com.halvo.helper.plist"),
-            "Error Domain=SMAppServiceErrorDomain Code=6 \"Job not found\"");
-}
-
-TEST_F(ServiceRegistrationTest, ADaemonThatIsNotRegisteredIsAFailureWithItsDomainAndCode) {
-  const auto failure = halvoUnregisterDaemon("com.halvo.unknown.plist");
-
-  ASSERT_NE(failure, std::nullopt);
-  EXPECT_NE(failure->find("SMAppServiceErrorDomain"), std::string::npos);
-  EXPECT_NE(failure->find('6'), std::string::npos);
+  EXPECT_EQ(halvoRegisterDaemon(kPlist), whole);
+  EXPECT_EQ(halvoUnregisterDaemon(kPlist), whole);
 }
 
 TEST_F(ServiceRegistrationTest, AFailureWithoutErrorObjectIsStillAFailure) {
   SMAppService.failsWithoutError = YES;
 
-  EXPECT_EQ(halvoUnregisterDaemon("com.halvo.helper.plist"), "unknown error");
+  EXPECT_EQ(halvoRegisterDaemon(kPlist), "unknown error");
+  EXPECT_EQ(halvoUnregisterDaemon(kPlist), "unknown error");
 }
 
 }  // namespace

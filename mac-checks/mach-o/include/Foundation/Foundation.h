@@ -10,6 +10,9 @@
 #define NS_ASSUME_NONNULL_BEGIN _Pragma("clang assume_nonnull begin")
 #define NS_ASSUME_NONNULL_END _Pragma("clang assume_nonnull end")
 #define NS_DESIGNATED_INITIALIZER __attribute__((objc_designated_initializer))
+#define NS_ENUM(type, name) \
+  enum name : type name;    \
+  enum name : type
 #define NS_UNAVAILABLE __attribute__((unavailable))
 
 // BOOL is another type on each processor.
