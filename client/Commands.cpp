@@ -1,6 +1,7 @@
 #include "client/Commands.h"
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -208,6 +209,18 @@ std::optional<std::string> visibleFault(const CommandLine& command, const std::s
   return fault ? fault : faultOfPackage(command.path);
 }
 
+// Only for what is meant to succeed: who wants to see the helper refuse a package hands over that very one.
+bool needsPrivateCopy(const CommandLine& command, const Surroundings& surroundings) {
+  const bool plain = command.legacy || command.withoutChecks;
+  return command.verb == Verb::install && !plain && surroundings.isKeptFromHelper(command.path);
+}
+
+ExitStatus ask(const CommandLine& command, const std::string& manifest, Conversation& conversation,
+               const Surroundings& surroundings) {
+  if (!command.legacy && !changesNothing(command)) return askAuthorized(command, manifest, conversation, surroundings);
+  return report(command, askPlain(command, manifest, conversation), surroundings);
+}
+
 }  // namespace
 
 ExitStatus runCommand(const CommandLine& command, Conversation& conversation, const Surroundings& surroundings) {
@@ -223,8 +236,14 @@ ExitStatus runCommand(const CommandLine& command, Conversation& conversation, co
   if (const auto fault = visibleFault(command, manifest)) {
     return tell({ExitStatus::unusableInput, *fault}, surroundings);
   }
-  if (!command.legacy && !changesNothing(command)) return askAuthorized(command, manifest, conversation, surroundings);
-  return report(command, askPlain(command, manifest, conversation), surroundings);
+  if (!needsPrivateCopy(command, surroundings)) return ask(command, manifest, conversation, surroundings);
+  const auto copy = PrivateCopy::of(command.path, surroundings.temporaryFolder());
+  if (const auto* problem = std::get_if<NoPrivateCopy>(&copy)) {
+    return tell({ExitStatus::unusableInput, problem->reason}, surroundings);
+  }
+  CommandLine ofCopy = command;
+  ofCopy.path = std::get<std::unique_ptr<const PrivateCopy>>(copy)->path();
+  return ask(ofCopy, manifest, conversation, surroundings);
 }
 
 }  // namespace halvo

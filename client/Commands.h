@@ -11,6 +11,8 @@
 #include "client/ExitStatus.h"
 #include "client/Explanations.h"
 #include "client/LocalView.h"
+#include "client/PrivateCopy.h"
+#include "client/ProtectedFolders.h"
 #include "client/Registration.h"
 
 namespace halvo {
@@ -24,6 +26,9 @@ struct Surroundings {
   bool errIsTerminal = false;                                            // there the time that passes is shown
   std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
   RegistrationService registration = {};  // the system's
+  // Where a package is copied that the helper may not read where it lies, and whether it does lie in such a place.
+  std::function<std::string()> temporaryFolder = userTemporaryFolder;
+  std::function<bool(const std::string&)> isKeptFromHelper = liesWhereDaemonsMayNotRead;
 };
 
 // Blocks until the reply. Whether the reply could be written, the stream itself knows.

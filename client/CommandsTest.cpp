@@ -356,6 +356,78 @@ INSTANTIATE_TEST_SUITE_P(
                                     "halvo-app: The path Halvo.app is not absolute: begin it with a slash.\n"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+class PackageKeptFromTheHelper : public CommandsTest {
+ protected:
+  ExitStatus install(CommandLine command, bool isKept = true) {
+    command.verb = Verb::install;
+    command.path = package;
+    command.manifestPath = manifest;
+    Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); });
+    Surroundings surroundings{.out = out, .err = err};
+    surroundings.temporaryFolder = [this] { return temporary; };
+    surroundings.isKeptFromHelper = [isKept](const std::string&) { return isKept; };
+    return runCommand(command, conversation, surroundings);
+  }
+
+  const std::string temporary = state.makeDirectory("T");
+  const std::string package = state.makeFile("a.pkg", "xar!");
+};
+
+TEST_F(PackageKeptFromTheHelper, ReachesItAsACopyThatIsGoneAfterwards) {
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::success);
+
+  EXPECT_THAT(helper->requests,
+              ElementsAre("ping", testing::MatchesRegex("install 32 bytes " + temporary +
+                                                        "/halvo-app\\.[A-Za-z0-9]{6}/a\\.pkg \\{\\} false")));
+  EXPECT_TRUE(std::filesystem::is_empty(temporary));
+}
+
+TEST_F(PackageKeptFromTheHelper, IsThereWhileTheHelperIsAsked) {
+  bool wasThere = false;
+  helper->duringRequest = [&] { wasThere = !std::filesystem::is_empty(temporary); };
+
+  install({.withoutGrant = true});
+
+  EXPECT_TRUE(wasThere);
+}
+
+TEST_F(PackageKeptFromTheHelper, LeavesNoCopyWhereNobodyApproves) {
+  letTheAdministrator("deny");
+  knowTheRight();
+
+  EXPECT_EQ(install({}), ExitStatus::unauthorized);
+
+  EXPECT_TRUE(std::filesystem::is_empty(temporary));
+}
+
+TEST_F(PackageKeptFromTheHelper, ThatCannotBeCopiedIsToldBeforeAnybodyIsAsked) {
+  std::filesystem::remove(temporary);
+
+  EXPECT_EQ(install({}), ExitStatus::unusableInput);
+
+  EXPECT_THAT(helper->requests, IsEmpty());
+  EXPECT_FALSE(isNamed(state.path("authorization-prompts")));
+  EXPECT_THAT(err.str(), testing::EndsWith("Put it into another folder, such as /Users/Shared, and try again.\n"));
+}
+
+TEST_F(PackageKeptFromTheHelper, IsHandedOverItselfWithoutChecks) {
+  install({.withoutGrant = true, .withoutChecks = true});
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "install 32 bytes " + package + " {} false"));
+}
+
+TEST_F(PackageKeptFromTheHelper, IsHandedOverItselfAsOldApplicationsDo) {
+  install({.legacy = true});
+
+  EXPECT_THAT(helper->requests, ElementsAre("legacy install " + package + " {} false"));
+}
+
+TEST_F(PackageKeptFromTheHelper, OrIsNotKeptGoesAsItIs) {
+  install({.withoutGrant = true}, false);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "install 32 bytes " + package + " {} false"));
+}
+
 TEST_F(CommandsTest, ALegacyRequestIsSentAsItIs) {
   run({.verb = Verb::removeBundle, .legacy = true, .path = "Halvo.app"});
 

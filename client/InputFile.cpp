@@ -7,7 +7,9 @@
 
 namespace halvo {
 
-InputFile::InputFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+InputFile::InputFile(const std::string& path, Links links)
+    : descriptor_(
+          ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | (links == Links::refused ? O_NOFOLLOW : 0))) {
   if (descriptor_ < 0 || ::fstat(descriptor_, &info_) != 0) {
     error_ = errno;
   } else {

@@ -12,9 +12,11 @@ namespace halvo {
 
 class InputFile {
  public:
-  // Opens the file, following links. Does not wait, as for somebody who writes into a FIFO: what is no regular file
-  // counts as not open.
-  explicit InputFile(const std::string& path);
+  enum class Links { followed, refused };
+
+  // Opens the file, following links unless the one at its place is refused. Does not wait, as for somebody who writes
+  // into a FIFO: what is no regular file counts as not open.
+  explicit InputFile(const std::string& path, Links links = Links::followed);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <string_view>
 
@@ -12,19 +13,54 @@ namespace {
 
 constexpr std::string_view kFarewell = "\nhalvo-app: interrupted; what the helper has begun, it finishes\n";
 
-// Runs in the middle of anything: nothing here takes a lock or memory.
+// Read by the handlers, in the middle of anything.
+std::atomic<const char*> leftFile = nullptr;
+std::atomic<const char*> leftFolder = nullptr;
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+// Nothing here, and in what calls it, takes a lock or memory.
+void removeWhatIsLeft() {
+  if (const char* file = leftFile.load()) ::unlink(file);
+  if (const char* folder = leftFolder.load()) ::rmdir(folder);
+}
+
 extern "C" void farewell(int /*signal*/) {
+  removeWhatIsLeft();
   static_cast<void>(::write(STDERR_FILENO, kFarewell.data(), kFarewell.size()) < 0);
   ::_exit(static_cast<int>(ExitStatus::interruptedByUser));
+}
+
+// Raised anew, the signal does what it always does as soon as this returns.
+extern "C" void removeAndEnd(int signal) {
+  removeWhatIsLeft();
+  static_cast<void>(::signal(signal, SIG_DFL));
+  static_cast<void>(::raise(signal));
+}
+
+void handle(int signal, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  sigemptyset(&action.sa_mask);
+  ::sigaction(signal, &action, nullptr);
+}
+
+// A program that was started so that it outlives its window goes on doing so.
+bool isIgnored(int signal) {
+  struct sigaction present {};
+  return ::sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
 }
 
 }  // namespace
 
 void endWithStatusOnInterrupt() {
-  struct sigaction action {};
-  action.sa_handler = farewell;
-  sigemptyset(&action.sa_mask);
-  ::sigaction(SIGINT, &action, nullptr);
+  handle(SIGINT, farewell);
+  if (!isIgnored(SIGHUP)) handle(SIGHUP, removeAndEnd);
+  handle(SIGTERM, removeAndEnd);
+}
+
+void removeOnInterrupt(const char* file, const char* folder) {
+  leftFile = file;
+  leftFolder = folder;
 }
 
 }  // namespace halvo

@@ -56,6 +56,7 @@ class ScriptedHelper final : public HalvoHelperProtocol {
   bool answersAtOnce = true;  // what is no ping; else when the test calls answer()
 
   std::vector<std::string> requests;
+  std::function<void()> duringRequest = [] {};  // of everything but ping
   std::function<void()> answer;
   ServiceClient::FailureHandler fail;
 
@@ -74,6 +75,7 @@ class ScriptedHelper final : public HalvoHelperProtocol {
   }
   void takeWith(const std::string& request, const std::function<void()>& reply) {
     note(request);
+    duringRequest();
     answer = [this, reply] { give(requestFailure, reply); };
     if (answersAtOnce) answer();
   }

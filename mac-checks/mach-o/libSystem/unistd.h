@@ -49,4 +49,7 @@ int fgetattrlist(int descriptor, void* wanted, void* answer, size_t size, unsign
 
 char* mkdtemp(char* pattern);
 
+#define _CS_DARWIN_USER_TEMP_DIR 65537
+size_t confstr(int name, char* buffer, size_t size);
+
 }  // extern "C"
