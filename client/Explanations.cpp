@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "HalvoHelper/system/ProductPaths.h"
 #include "client/RefusalText.h"
 #include "client/VisibleText.h"
 
@@ -190,10 +191,10 @@ Explanation explainMissingApproval(std::int32_t status, const Seen& seen) {
 std::string progressLogOf(const CommandLine& command) {
   switch (command.verb) {
     case Verb::install:
-      return "/var/log/halvo-install.log";
+      return kInstallLogPath;
     case Verb::prepareRemoval:
     case Verb::uninstall:
-      return "/var/log/halvo-uninstall.log";
+      return kUninstallLogPath;
     case Verb::ping:
     case Verb::users:
     case Verb::removeBundle:

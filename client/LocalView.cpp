@@ -1,25 +1,21 @@
 #include "client/LocalView.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <system_error>
 
+#include "HalvoHelper/system/ProductPaths.h"
+
 namespace halvo {
 namespace {
 
-// The parts that a package brings.
-constexpr std::array<const char*, 4> kParts = {
-    "/Library/Audio/Plug-Ins/HAL/Halvo.driver", "/Library/PrivilegedHelperTools/halvo-broker",
-    "/Library/LaunchDaemons/com.halvo.broker.plist", "/Library/LaunchAgents/com.halvo.daemon.plist"};
-constexpr const char* kStaging = "/var/db/halvo/install-staging";
 constexpr const char* kWrittenTo = "/var/db";
 
 }  // namespace
 
 bool LocalView::productIsInstalled() const {
-  return !std::ranges::all_of(kParts, [this](const char* part) {
+  return !std::ranges::all_of(kInstalledParts, [this](const char* part) {
     std::error_code error;
     return std::filesystem::symlink_status(root_ + part, error).type() == std::filesystem::file_type::not_found;
   });
@@ -27,7 +23,7 @@ bool LocalView::productIsInstalled() const {
 
 bool LocalView::stagingIsLeft() const {
   std::error_code error;
-  return std::filesystem::exists(std::filesystem::symlink_status(root_ + kStaging, error));
+  return std::filesystem::exists(std::filesystem::symlink_status(root_ + kInstallStagingRoot, error));
 }
 
 bool LocalView::diskIsFull() const {

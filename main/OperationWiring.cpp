@@ -14,8 +14,6 @@
 namespace halvo {
 namespace {
 
-constexpr const char* kGuiAppPath = "/Applications/Halvo.app";
-
 // Long enough for the answer to reach the client before the connection ends with the process.
 constexpr std::chrono::milliseconds kFinalRemovalDelay(300);
 
@@ -84,7 +82,7 @@ UninstallResult OperationWiring::runUninstall(bool acceptAudioInterruption) cons
       .runner = adapters_.runner,
       .audio = adapters_.audio,
       .activeGuiUids = [this] { return enumerateDomains(); },
-      .guiAppPath = kGuiAppPath,
+      .guiAppPath = kApplicationPath,
       .logPath = files_.uninstallLog,
       .log = [this](const std::string& line) { uninstallLog_.write(line); },
   };

@@ -22,6 +22,7 @@
 #include "HalvoHelper/system/Launchctl.h"
 #include "HalvoHelper/system/PrivilegedFS.h"
 #include "HalvoHelper/system/ProcessRunner.h"
+#include "HalvoHelper/system/ProductPaths.h"
 #include "HalvoHelper/system/RealIdleSleep.h"
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #include "main/InstalledDriver.h"
@@ -52,8 +53,8 @@ struct SystemAdapters {
 
 // Where the progress of operations is written, which the clients are told, and where the installed version stands.
 struct OperationFiles {
-  std::string installLog = "/var/log/halvo-install.log";
-  std::string uninstallLog = "/var/log/halvo-uninstall.log";
+  std::string installLog = kInstallLogPath;
+  std::string uninstallLog = kUninstallLogPath;
   std::string driverPlist = kInstalledDriverPlist;
 };
 

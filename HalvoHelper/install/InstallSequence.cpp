@@ -1,6 +1,5 @@
 #include "HalvoHelper/install/InstallSequence.h"
 
-#include <array>
 #include <chrono>
 
 #include "HalvoHelper/install/Versions.h"
@@ -13,9 +12,6 @@ namespace {
 
 constexpr int kStagingMode = 0700;
 constexpr std::int64_t kSnapshotDays = 7;
-
-constexpr std::array<const char*, 4> kSystemPaths = {kDriverBundlePath, kBrokerPath, kBrokerPlistPath,
-                                                     kDaemonPlistPath};
 
 std::string savedItem(const std::string& snapshotDir, const std::string& systemPath) {
   return snapshotDir + "/" + halvoLastPathComponent(systemPath);
@@ -90,7 +86,7 @@ std::string InstallSequence::takeSnapshot() const {
   std::string snapshotDir = rollbackRoot + "/" + std::to_string(epoch());
   fs->makeDir(snapshotDir);
   // A copy that fails does not stop the install: an update must not depend on a full disk's last megabytes.
-  for (const std::string path : kSystemPaths) {
+  for (const std::string path : kInstalledParts) {
     if (fs->exists(path)) fs->copyTree(path, savedItem(snapshotDir, path));
   }
   return snapshotDir;
@@ -123,7 +119,7 @@ void InstallSequence::pruneStaleSnapshots() const {
 
 void InstallSequence::restoreSnapshot(const std::string& snapshotDir) const {
   // What was not there before the install has no saved item, and what the failed installer left of it stays.
-  for (const std::string path : kSystemPaths) {
+  for (const std::string path : kInstalledParts) {
     const std::string saved = savedItem(snapshotDir, path);
     if (fs->exists(saved)) fs->copyTree(saved, path);
   }

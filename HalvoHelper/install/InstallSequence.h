@@ -14,6 +14,7 @@
 #include "HalvoHelper/system/AudioActivity.h"
 #include "HalvoHelper/system/Launchctl.h"
 #include "HalvoHelper/system/PrivilegedFS.h"
+#include "HalvoHelper/system/ProductPaths.h"
 
 namespace halvo {
 
@@ -31,8 +32,8 @@ struct InstallSequence {
   std::function<std::optional<std::string>()> installedDriverVersion;  // asked anew at each use
   std::string pkgPath;                                                 // as the client named it
   std::string manifestJSON;                                            // as the client sent it
-  std::string rollbackRoot = "/var/db/halvo/install-rollback";
-  std::string stagingRoot = "/var/db/halvo/install-staging";
+  std::string rollbackRoot = kInstallRollbackRoot;
+  std::string stagingRoot = kInstallStagingRoot;
   std::function<std::int64_t()> epoch = halvoUnixSeconds;  // names the snapshot
   std::function<std::vector<std::int64_t>()> activeGuiUids = [] { return std::vector<std::int64_t>(); };
   std::string logPath;  // reported back only

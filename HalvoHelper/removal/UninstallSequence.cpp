@@ -11,7 +11,6 @@ namespace {
 constexpr const char* kRuntimeDir = "/private/var/run/halvo";
 constexpr const char* kLockFile = "/private/var/tmp/halvo-daemon.lock";
 constexpr const char* kDatabaseDir = "/var/db/halvo";
-constexpr const char* kPackageIdentifier = "com.halvo.pkg";
 
 }  // namespace
 
