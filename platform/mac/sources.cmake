@@ -9,6 +9,7 @@ set(HALVO_MAC_JSON_SOURCES
   UnicodeText.cpp)
 set(HALVO_MAC_PLATFORM_SOURCES
   FoundationPropertyList.mm
+  ProcessList.cpp
   PropertyListContainers.cpp
   PropertyListXML.cpp
   SMServiceRegistration.mm
@@ -19,6 +20,7 @@ set(HALVO_MAC_PLATFORM_SOURCES
 set(HALVO_MAC_PLATFORM_TESTS
   ../JSONNumberTest.cpp
   ../contract/JSONObjectContractTest.cpp
+  ../contract/ProcessListContractTest.cpp
   ../contract/PropertyListContractTest.cpp
   ../contract/SystemPortsContractTest.cpp
   FoundationTextTest.mm

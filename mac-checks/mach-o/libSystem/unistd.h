@@ -35,6 +35,7 @@ int unlink(const char* path);
 int unlinkat(int folder, const char* path, int flags);
 
 pid_t getpid(void);
+pid_t getppid(void);
 pid_t getpgrp(void);
 uid_t getuid(void);
 uid_t geteuid(void);
