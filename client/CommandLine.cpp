@@ -21,7 +21,7 @@ struct VerbRow {
   bool hasLegacyForm;
 };
 
-constexpr std::array<VerbRow, 7> kVerbs = {{
+constexpr std::array<VerbRow, 8> kVerbs = {{
     {"ping", Verb::ping, "", false, false, false, false},
     {"users", Verb::users, "", false, false, false, false},
     {"install", Verb::install, "a package", true, true, true, true},
@@ -29,6 +29,7 @@ constexpr std::array<VerbRow, 7> kVerbs = {{
     {"remove-bundle", Verb::removeBundle, "the path of the application", true, false, true, true},
     {"finalize", Verb::finalize, "", false, false, true, true},
     {"uninstall", Verb::uninstall, "the path of the application", false, true, true, false},
+    {"doctor", Verb::doctor, "", false, false, false, false},
 }};
 
 struct RegistrationRow {
@@ -73,6 +74,8 @@ bool takes(const VerbRow& row, bool legacy, Option option) {
       return row.verb == Verb::install;
     case Option::openSettings:
       return false;
+    case Option::json:
+      return row.verb == Verb::doctor;
     case Option::timeout:
     case Option::help:
     case Option::version:
@@ -95,6 +98,7 @@ std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& giv
   if (given.option == Option::acceptAudioInterruption) line.acceptAudioInterruption = true;
   if (given.option == Option::withoutGrant) line.withoutGrant = true;
   if (given.option == Option::withoutChecks) line.withoutChecks = true;
+  if (given.option == Option::json) line.json = true;
   if (given.option == Option::manifest) line.manifestPath = given.value;
   if (given.option != Option::timeout) return std::nullopt;
   line.timeout = secondsIn(given.value);
@@ -173,6 +177,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   register                               register the helper with the system
   unregister                             take the registration back; a helper that runs may end
   status                                 how the system regards the registration
+  doctor [--json]                        what is installed, what is wrong, and what to do about it
   install PKG --manifest FILE            install a signed system package
   uninstall [PATH]                       remove the system parts, the application and the helper, in this order
   prepare-removal                        remove the product's system parts
@@ -182,6 +187,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
                                          the same without authorization, as old applications ask; always refused
 
   --manifest FILE                        the package's manifest; - is standard input (install)
+  --json                                 report for programs (doctor)
   --accept-audio-interruption            go on although audio is running (install, uninstall,
                                          prepare-removal)
   --open-settings                        show where System Settings asks for approval (status)

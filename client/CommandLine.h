@@ -11,7 +11,7 @@
 
 namespace halvo {
 
-enum class Verb { ping, users, install, prepareRemoval, removeBundle, finalize, uninstall };
+enum class Verb { ping, users, install, prepareRemoval, removeBundle, finalize, uninstall, doctor };
 
 struct CommandLine {
   Verb verb = Verb::ping;
@@ -19,6 +19,7 @@ struct CommandLine {
   bool withoutGrant = false;   // send an authorization that never obtained the right
   bool withoutChecks = false;  // send what this program would refuse itself
   bool acceptAudioInterruption = false;
+  bool json = false;              // report for programs
   std::string path = {};          // of the package or the bundle, as typed; may be empty for an uninstall
   std::string manifestPath = {};  // for an install; "-" is standard input
   std::optional<std::chrono::seconds> timeout = {};  // how long to wait for each reply; without it, until it comes

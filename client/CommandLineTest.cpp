@@ -28,6 +28,8 @@ TEST_P(AcceptedCommand, MeansWhatItSays) {
 INSTANTIATE_TEST_SUITE_P(
     Requests, AcceptedCommand,
     testing::Values(AcceptedRow{"Ping", {"ping"}, {}}, AcceptedRow{"Users", {"users"}, {.verb = Verb::users}},
+                    AcceptedRow{"Doctor", {"doctor"}, {.verb = Verb::doctor}},
+                    AcceptedRow{"DoctorForPrograms", {"doctor", "--json"}, {.verb = Verb::doctor, .json = true}},
                     AcceptedRow{"Install",
                                 {"install", "a b.pkg", "--manifest", "m.json"},
                                 {.verb = Verb::install, .path = "a b.pkg", .manifestPath = "m.json"}},
@@ -197,6 +199,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRow{"PingSettings", {"ping", "--open-settings"}, "ping does not take '--open-settings'"},
         RefusedRow{
             "PingAudio", {"ping", "--accept-audio-interruption"}, "ping does not take '--accept-audio-interruption'"},
+        RefusedRow{"PingForPrograms", {"ping", "--json"}, "ping does not take '--json'"},
+        RefusedRow{"DoctorWithOne", {"doctor", "x"}, "doctor does not take 'x'"},
         RefusedRow{"PingGrant", {"ping", "--without-grant"}, "ping does not take '--without-grant'"},
         RefusedRow{"PingManifest", {"ping", "--manifest", "m"}, "ping does not take '--manifest'"},
         RefusedRow{"UsersAudio",
@@ -294,6 +298,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
   register                               register the helper with the system
   unregister                             take the registration back; a helper that runs may end
   status                                 how the system regards the registration
+  doctor [--json]                        what is installed, what is wrong, and what to do about it
   install PKG --manifest FILE            install a signed system package
   uninstall [PATH]                       remove the system parts, the application and the helper, in this order
   prepare-removal                        remove the product's system parts
@@ -303,6 +308,7 @@ Asks the privileged helper of the Halvo audio product for one thing and prints i
                                          the same without authorization, as old applications ask; always refused
 
   --manifest FILE                        the package's manifest; - is standard input (install)
+  --json                                 report for programs (doctor)
   --accept-audio-interruption            go on although audio is running (install, uninstall,
                                          prepare-removal)
   --open-settings                        show where System Settings asks for approval (status)

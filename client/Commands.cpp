@@ -12,6 +12,7 @@
 #include "client/Message.h"
 #include "client/VisibleFaults.h"
 #include "client/WaitingDisplay.h"
+#include "client/doctor/Doctor.h"
 #include "platform/JSONObject.h"
 
 namespace halvo {
@@ -60,8 +61,9 @@ void sendPlain(const CommandLine& command, const std::string& manifest, HalvoHel
       return helper.removeAppBundle(command.path, boolean);
     case Verb::finalize:
       return helper.finalizeRemoval();
-    // Not reached: it is made of the three removals.
+    // Not reached: the one is made of the three removals, the other asks for itself.
     case Verb::uninstall:
+    case Verb::doctor:
       return;
   }
 }
@@ -77,9 +79,10 @@ void sendAuthorized(const CommandLine& command, const AuthorizationBlob& form, c
       return helper.removeAppBundle(form, command.path, boolean);
     case Verb::finalize:
       return helper.finalizeRemoval(form, boolean);
-    // Not reached: no approval is asked for the first two, and the third is made of the three removals.
+    // Not reached: no approval is asked for the first three, and the last is made of the three removals.
     case Verb::ping:
     case Verb::users:
+    case Verb::doctor:
     case Verb::uninstall:
       return;
   }
@@ -224,6 +227,7 @@ ExitStatus ask(const CommandLine& command, const std::string& manifest, Conversa
 }  // namespace
 
 ExitStatus runCommand(const CommandLine& command, Conversation& conversation, const Surroundings& surroundings) {
+  if (command.verb == Verb::doctor) return runDoctor(command, conversation, surroundings.out);
   if (command.timeout) conversation.waitAtMost(*command.timeout);
   std::string manifest;
   if (command.verb == Verb::install) {

@@ -17,4 +17,8 @@ enum class ExitStatus {
   interruptedByUser = 130,
 };
 
+// Of doctor, where the helper does not answer. It makes no request that changes the machine, of which the number tells
+// otherwise.
+inline constexpr ExitStatus kNoHelper = ExitStatus::interrupted;
+
 }  // namespace halvo

@@ -47,6 +47,7 @@ std::string_view adviceAfterInterruption(const CommandLine& command) {
   switch (command.verb) {
     case Verb::ping:
     case Verb::users:
+    case Verb::doctor:
       return "Try again.";
     case Verb::install:
       // The system's installer outlives a helper that ends under it.
@@ -70,6 +71,7 @@ std::string_view adviceAfterTimeOut(const CommandLine& command) {
   switch (command.verb) {
     case Verb::ping:
     case Verb::users:
+    case Verb::doctor:
       return "Try again, or wait longer.";
     case Verb::install:
       return "What it has begun, it finishes: the last lines of /var/log/halvo-install.log say how far it is.";
@@ -149,6 +151,7 @@ std::string explainEndOfUninstall(const CommandLine& step) {
              "goes when the application is put back and \"halvo-app finalize\" succeeds.";
     case Verb::ping:
     case Verb::users:
+    case Verb::doctor:
     case Verb::install:
     case Verb::prepareRemoval:
     case Verb::uninstall:
@@ -197,6 +200,7 @@ std::string progressLogOf(const CommandLine& command) {
       return kUninstallLogPath;
     case Verb::ping:
     case Verb::users:
+    case Verb::doctor:
     case Verb::removeBundle:
     case Verb::finalize:
       return {};

@@ -12,9 +12,9 @@ namespace halvo {
 namespace {
 
 // In the order of the enumeration.
-constexpr std::array<std::string_view, 8> kNames = {
+constexpr std::array<std::string_view, 9> kNames = {
     "--help",          "--version",        "--manifest",      "--timeout", "--accept-audio-interruption",
-    "--without-grant", "--without-checks", "--open-settings",
+    "--without-grant", "--without-checks", "--open-settings", "--json",
 };
 
 // What an option's value is; empty for one that takes none.

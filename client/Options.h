@@ -17,7 +17,8 @@ enum class Option {
   acceptAudioInterruption,
   withoutGrant,
   withoutChecks,
-  openSettings
+  openSettings,
+  json
 };
 
 struct GivenOption {

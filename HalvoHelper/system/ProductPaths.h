@@ -19,6 +19,9 @@ inline constexpr const char* kBrokerLabel = "com.halvo.broker";
 inline constexpr const char* kDaemonLabel = "com.halvo.daemon";
 inline constexpr const char* kPackageIdentifier = "com.halvo.pkg";
 
+// What the system's installer remembers of the package.
+inline constexpr const char* kPackageReceiptPath = "/var/db/receipts/com.halvo.pkg.plist";
+
 inline constexpr const char* kApplicationPath = "/Applications/Halvo.app";
 
 // The folder of the saved parts, with a folder for each install, and that of the package copy, there only meanwhile.

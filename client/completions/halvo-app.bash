@@ -41,9 +41,10 @@ _halvo_app() {
         prepare-removal) words+=" --accept-audio-interruption --without-grant" ;;
         remove-bundle) words+=" --without-grant --without-checks" ;;
         finalize) words+=" --without-grant" ;;
+        doctor) words+=" --json" ;;
       esac
       ;;
-    *:) words="ping users install uninstall prepare-removal remove-bundle finalize register unregister status legacy" ;;
+    *:) words="ping users doctor install uninstall prepare-removal remove-bundle finalize register unregister status legacy" ;;
     *:legacy) words="install prepare-removal remove-bundle finalize" ;;
   esac
   while IFS= read -r offered; do COMPREPLY+=("$offered"); done < <(compgen -W "$words" -- "$word")

@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "client/doctor/testing/HealthyMac.h"
+
+namespace halvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+void leaveStaging(Examination& seen) { seen.staging = {.sight = Sight::present, .kind = ItemKind::folder}; }
+
+void runFor(Examination& seen, const char* tool, int seconds) {
+  seen.tools->push_back({.process = 77, .name = tool, .age = Seconds(seconds)});
+}
+
+void refuse(LogView& log, const char* message, int daysAgo) {
+  log.refusal =
+      Refusal{.date = "2026-02-11 09:30:12 +0000", .age = std::chrono::hours(24 * daysAgo), .message = message};
+}
+
+class OperationFinding : public testing::TestWithParam<DamageRow> {};
+
+TEST_P(OperationFinding, IsTheOnlyOne) { EXPECT_THAT(findingsAfter(GetParam()), ElementsAre(GetParam().finding)); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Left, OperationFinding,
+    testing::Values(
+        DamageRow{"Staging",
+                  leaveStaging,
+                  {"staging-left", "/var/db/halvo/install-staging is left of an install.",
+                   "Unless an install runs at this moment, one was broken off. The next install clears it away and may "
+                   "be refused once for it (staging_failed): install, and once more if need be."}},
+        DamageRow{
+            "SlowInstaller",
+            [](Examination& seen) { runFor(seen, "installer", 600); },
+            {"tool-slow", "The helper's installer, process 77, has been running for 10 min.",
+             "The helper waits for it without a limit and holds every other change back. Look what it does with "
+             "\"ps -o etime,command -p 77\". Ending it with \"sudo kill 77\" fails its step; a failed installer is "
+             "rolled back."}},
+        DamageRow{
+            "SlowPkgutil",
+            [](Examination& seen) { runFor(seen, "pkgutil", 60); },
+            {"tool-slow", "The helper's pkgutil, process 77, has been running for 60 s.",
+             "The helper waits for it without a limit and holds every other change back. Look what it does with "
+             "\"ps -o etime,command -p 77\". Ending it with \"sudo kill 77\" fails its step; a failed installer is "
+             "rolled back."}},
+        DamageRow{
+            "LinkForALog",
+            [](Examination& seen) { seen.logs[0].item.kind = ItemKind::link; },
+            {"log-kind", "/var/log/halvo-install.log is a link, not a file.",
+             "The helper's lines go astray, or where somebody else wants them. Look whose it is and remove it: the "
+             "helper makes the log again."}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Refused, OperationFinding,
+    testing::Values(
+        DamageRow{"AnotherTeam",
+                  [](Examination& seen) { refuse(seen.logs[0], "REFUSED untrusted package (wrong_team): X", 7); },
+                  {"install-refused",
+                   "The last install did not succeed (2026-02-11 09:30:12 +0000): REFUSED untrusted package "
+                   "(wrong_team): X",
+                   "The package was refused and nothing was changed. The package is signed by somebody else. Use a "
+                   "package from the maker."}},
+        DamageRow{
+            "NoStagingDirectory",
+            [](Examination& seen) { refuse(seen.logs[0], "REFUSED: could not create staging dir /x", 0); },
+            {"install-refused",
+             "The last install did not succeed (2026-02-11 09:30:12 +0000): REFUSED: could not create staging dir "
+             "/x",
+             "The helper cannot write to /var/db/halvo: the disk is full, or something else stands in its place. "
+             "Put that right and install again."}},
+        DamageRow{"Downgrade",
+                  [](Examination& seen) { refuse(seen.logs[0], "refusing downgrade: installed=2 incoming=1", 0); },
+                  {"install-refused",
+                   "The last install did not succeed (2026-02-11 09:30:12 +0000): refusing downgrade: installed=2 "
+                   "incoming=1",
+                   "A newer driver is installed than the manifest names. Use a newer package, or remove the product "
+                   "first."}},
+        DamageRow{"RolledBack",
+                  [](Examination& seen) { refuse(seen.logs[0], "installer failed; rolling back from /x", 0); },
+                  {"install-refused",
+                   "The last install did not succeed (2026-02-11 09:30:12 +0000): installer failed; rolling back from "
+                   "/x",
+                   "What had been saved was copied back. /var/log/install.log says why the installer failed; install "
+                   "again once that is put right."}},
+        DamageRow{"Incomplete",
+                  [](Examination& seen) { refuse(seen.logs[1], "uninstall incomplete; leftover: /x", 0); },
+                  {"removal-incomplete",
+                   "The last removal was not complete (2026-02-11 09:30:12 +0000): uninstall incomplete; leftover: /x",
+                   "Look what holds the parts that the line names, and remove the product again."}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+class HarmlessOperation : public testing::TestWithParam<DamageRow> {};
+
+TEST_P(HarmlessOperation, IsNoFinding) { EXPECT_THAT(findingsAfter(GetParam()), IsEmpty()); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, HarmlessOperation,
+    testing::Values(
+        DamageRow{"InstallerAtWork",
+                  [](Examination& seen) {
+                    leaveStaging(seen);
+                    runFor(seen, "installer", 599);
+                  },
+                  {}},
+        DamageRow{"QuickTool", [](Examination& seen) { runFor(seen, "dscl", 59); }, {}},
+        DamageRow{"OldRefusal",
+                  [](Examination& seen) { refuse(seen.logs[0], "REFUSED untrusted package (unsigned): ", 8); },
+                  {}},
+        DamageRow{"RefusalThatWasOvercome",
+                  [](Examination& seen) {
+                    refuse(seen.logs[0], "REFUSED untrusted package (unsigned): ", 0);
+                    seen.logs[0].refusal->overcome = true;
+                  },
+                  {}},
+        DamageRow{"UnreadableStaging", [](Examination& seen) { seen.staging.sight = Sight::unreadable; }, {}},
+        DamageRow{"UnknownProcesses", [](Examination& seen) { seen.tools.reset(); }, {}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(OperationsJudgeTest, StagingIsAFindingWhereNobodyKnowsWhatRuns) {
+  Examination seen = healthyMac();
+  leaveStaging(seen);
+  seen.tools.reset();
+
+  EXPECT_THAT(judge(seen), SizeIs(1));
+}
+
+// Clients have a say in what stands in the brackets.
+TEST(OperationsJudgeTest, AReasonThatIsNoCodeIsNotRepeatedInTheHint) {
+  Examination seen = healthyMac();
+  refuse(seen.logs[0], "REFUSED untrusted package (\"},{): X", 0);
+
+  EXPECT_EQ(judge(seen).front().hint, "The package was refused and nothing was changed. Use a package from the maker.");
+}
+
+}  // namespace
+}  // namespace halvo

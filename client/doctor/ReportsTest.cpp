@@ -1,0 +1,223 @@
+#include "client/doctor/Reports.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "HalvoHelper/system/ProductPaths.h"
+#include "HalvoHelperXPC/Version.h"
+#include "client/doctor/testing/HealthyMac.h"
+#include "platform/JSONObject.h"
+
+namespace halvo {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kDate = "2026-02-11 09:30:12 +0000";
+
+std::string screen(const Examination& seen) { return textReport(seen, judge(seen), kDate); }
+
+std::string json(const Examination& seen) { return jsonReport(seen, judge(seen), kDate, 1); }
+
+TEST(TextReportTest, AHealthyMacFitsAScreen) {
+  EXPECT_EQ(screen(healthyMac()),
+            "Date       2026-02-11 09:30:12 +0000\n"
+            "Service    answers: protocol 6, build ABI 1; halvo-app " +
+                std::string(kHalvoVersion) +
+                " speaks 6\n"
+                "Users      501 with a graphical session\n"
+                "Right      com.halvo.helper.manage-system: sound\n"
+                "Tools      none of the helper's runs\n"
+                "Staging    none\n"
+                "\n"
+                "Part                                             Version      Owner        Mode\n"
+                "/Applications/Halvo.app                          1.2.0        root:wheel   755\n"
+                "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1.2.0        root:wheel   755\n"
+                "/Library/PrivilegedHelperTools/halvo-broker      -            root:wheel   755\n"
+                "/Library/LaunchDaemons/com.halvo.broker.plist    -            root:wheel   644\n"
+                "/Library/LaunchAgents/com.halvo.daemon.plist     -            root:wheel   644\n"
+                "/var/db/receipts/com.halvo.pkg.plist             1.2.0        root:wheel   644\n"
+                "\n"
+                "Snapshot                Driver     Size     Age       Parts\n"
+                "1771000000              1.1.0      211 KB   2 days    complete\n"
+                "\n"
+                "Log                               Last refusal or failure\n"
+                "/var/log/halvo-install.log        none\n"
+                "/var/log/halvo-uninstall.log      none\n"
+                "\n"
+                "Nothing is found to be wrong.\n");
+}
+
+struct LineRow {
+  const char* name;
+  void (*change)(Examination& seen);
+  const char* line;
+};
+
+class LineOfTheReport : public testing::TestWithParam<LineRow> {};
+
+TEST_P(LineOfTheReport, IsThere) {
+  Examination seen = healthyMac();
+  GetParam().change(seen);
+
+  EXPECT_THAT(screen(seen), HasSubstr(std::string("\n") + GetParam().line + "\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Summary, LineOfTheReport,
+    testing::Values(
+        LineRow{"Unreachable", [](Examination& seen) { seen.service.state = ServiceState::unreachable; },
+                "Service    cannot be reached"},
+        LineRow{"Silent", [](Examination& seen) { seen.service.state = ServiceState::silent; },
+                "Service    does not reply"},
+        LineRow{"Strange", [](Examination& seen) { seen.service.state = ServiceState::strange; },
+                "Service    replies what this program does not know"},
+        LineRow{"NoUsers", [](Examination& seen) { seen.service.graphicalUsers->clear(); },
+                "Users      none has a graphical session"},
+        LineRow{"UnknownUsers", [](Examination& seen) { seen.service.graphicalUsers.reset(); }, "Users      unknown"},
+        LineRow{"Unsound", [](Examination& seen) { seen.rightAfter = RightState::unsound; },
+                "Right      com.halvo.helper.manage-system: not as the helper writes it"},
+        LineRow{"NoRight", [](Examination& seen) { seen.rightAfter = RightState::missing; },
+                "Right      com.halvo.helper.manage-system: missing or unreadable"},
+        LineRow{"Tools",
+                [](Examination& seen) {
+                  seen.tools->push_back({.process = 1, .name = "installer", .age = Seconds(5)});
+                  seen.tools->push_back({.process = 2, .name = "dscl", .age = Seconds(6)});
+                },
+                "Tools      installer for 5 s, dscl for 6 s"},
+        LineRow{"UnknownTools", [](Examination& seen) { seen.tools.reset(); }, "Tools      unknown"},
+        LineRow{"Staging", [](Examination& seen) { seen.staging = {.sight = Sight::present, .age = Seconds(180)}; },
+                "Staging    there since 3 min"},
+        LineRow{"UnreadableStaging", [](Examination& seen) { seen.staging.sight = Sight::unreadable; },
+                "Staging    unreadable"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Tables, LineOfTheReport,
+    testing::Values(LineRow{"MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item = {}; },
+                            "/Library/PrivilegedHelperTools/halvo-broker      not there"},
+                    LineRow{"UnreadablePart",
+                            [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
+                            "/Library/PrivilegedHelperTools/halvo-broker      unreadable"},
+                    LineRow{"HostileVersion",
+                            [](Examination& seen) { partAt(seen, kDriverBundlePath).version = "1\n\x1B[2Jxxxxxxx"; },
+                            "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1\\012\\033[... root:wheel   755"},
+                    LineRow{"EmptySnapshot",
+                            [](Examination& seen) {
+                              seen.snapshots.newest[0].missing = {"a", "b", "c", "d"};
+                              seen.snapshots.newest[0].driverSight = Sight::absent;
+                            },
+                            "1771000000              -          211 KB   2 days    none: a first install"},
+                    LineRow{"PartialSnapshot", [](Examination& seen) { seen.snapshots.newest[0].missing = {"a"}; },
+                            "1771000000              1.1.0      211 KB   2 days    3 of 4 parts"},
+                    LineRow{"NoSnapshots", [](Examination& seen) { seen.snapshots.newest.clear(); }, "none"},
+                    LineRow{"UnreadableSnapshots",
+                            [](Examination& seen) { seen.snapshots = {.sight = Sight::unreadable, .newest = {}}; },
+                            "unreadable"},
+                    LineRow{"OtherSnapshots", [](Examination& seen) { seen.snapshots.others = 3; }, "and 3 more"},
+                    LineRow{"EndlessSnapshot", [](Examination& seen) { seen.snapshots.newest[0].bytesAreAll = false; },
+                            "1771000000              1.1.0      over 211 KB 2 days    complete"},
+                    LineRow{"NoLog", [](Examination& seen) { seen.logs[0].sight = Sight::absent; },
+                            "/var/log/halvo-install.log        no log yet"},
+                    LineRow{"UnreadableLog", [](Examination& seen) { seen.logs[0].sight = Sight::unreadable; },
+                            "/var/log/halvo-install.log        unreadable"},
+                    LineRow{"Refusal",
+                            [](Examination& seen) {
+                              seen.logs[0].refusal =
+                                  Refusal{.date = kDate, .age = {}, .message = "REFUSED: \x1B[2J", .overcome = true};
+                            },
+                            "/var/log/halvo-install.log        2026-02-11 09:30:12 +0000, and success since\n"
+                            "  REFUSED: \\033[2J"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(TextReportTest, AFindingAndItsHintAreWrapped) {
+  Examination seen = healthyMac();
+  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder};
+
+  EXPECT_THAT(screen(seen),
+              HasSubstr("\n1 finding:\n"
+                        "! /var/db/halvo/install-staging is left of an install.\n"
+                        "    Unless an install runs at this moment, one was broken off. The next install\n"
+                        "    clears it away and may be refused once for it (staging_failed): install, and\n"
+                        "    once more if need be.\n"));
+}
+
+TEST(TextReportTest, SeveralFindingsAreCounted) {
+  Examination seen = healthyMac();
+  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder};
+  seen.service.graphicalUsers.reset();
+
+  EXPECT_THAT(screen(seen), HasSubstr("\n2 findings:\n! The helper did not tell"));
+}
+
+TEST(TextReportTest, WhatMayNotBeReadIsNamedWithTheWayOut) {
+  Examination seen = healthyMac();
+  seen.snapshots = {.sight = Sight::unreadable, .newest = {}};
+  seen.logs[0].sight = Sight::unreadable;
+
+  EXPECT_THAT(screen(seen), HasSubstr("\nYou may not read /var/db/halvo/install-rollback, /var/log/halvo-install.log.\n"
+                                      "\"sudo halvo-app doctor\" does.\n"
+                                      "\nNothing is found to be wrong.\n"));
+}
+
+TEST(JSONReportTest, AHealthyMacIsOneObjectOnOneLine) {
+  EXPECT_EQ(jsonReport(healthyMac(), {}, kDate, 0),
+            R"({"schema":1,"date":"2026-02-11 09:30:12 +0000","status":0,"program_version":")" +
+                std::string(kHalvoVersion) +
+                R"(","program_protocol":6,)"
+                R"("service":{"state":"answers","explanation":"","helper_version":6,"build_abi":1,)"
+                R"("graphical_users":[501]},"right":{"before":"sound","after":"sound"},"tools":[],)"
+                R"("staging":{"sight":"absent","age_seconds":null},"parts":[)"
+                R"({"path":"/Applications/Halvo.app","sight":"present","kind":"folder","version":"1.2.0","owner":0,)"
+                R"("group":0,"mode":"755"},)"
+                R"({"path":"/Library/Audio/Plug-Ins/HAL/Halvo.driver","sight":"present","kind":"folder",)"
+                R"("version":"1.2.0","owner":0,"group":0,"mode":"755"},)"
+                R"({"path":"/Library/PrivilegedHelperTools/halvo-broker","sight":"present","kind":"file",)"
+                R"("version":null,"owner":0,"group":0,"mode":"755"},)"
+                R"({"path":"/Library/LaunchDaemons/com.halvo.broker.plist","sight":"present","kind":"file",)"
+                R"("version":null,"owner":0,"group":0,"mode":"644"},)"
+                R"({"path":"/Library/LaunchAgents/com.halvo.daemon.plist","sight":"present","kind":"file",)"
+                R"("version":null,"owner":0,"group":0,"mode":"644"},)"
+                R"({"path":"/var/db/receipts/com.halvo.pkg.plist","sight":"present","kind":"file",)"
+                R"("version":"1.2.0","owner":0,"group":0,"mode":"644"}],)"
+                R"("snapshots":{"sight":"present","newest":[{"name":"1771000000","kind":"folder",)"
+                R"("driver_version":"1.1.0","bytes":211000,"bytes_are_all":true,"age_seconds":172800,)"
+                R"("complete":true,"missing":[]}],"others":0},)"
+                R"("logs":[{"path":"/var/log/halvo-install.log","sight":"present","last_refusal":null},)"
+                R"({"path":"/var/log/halvo-uninstall.log","sight":"present","last_refusal":null}],)"
+                R"("unreadable":[],"findings":[]})"
+                "\n");
+}
+
+TEST(JSONReportTest, AFindingHasCodeTextAndHint) {
+  Examination seen = healthyMac();
+  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder, .age = Seconds(7)};
+
+  EXPECT_THAT(json(seen), HasSubstr(R"("staging":{"sight":"present","age_seconds":7})"));
+  EXPECT_THAT(json(seen),
+              HasSubstr(R"("findings":[{"code":"staging-left",)"
+                        R"("text":"/var/db/halvo/install-staging is left of an install.","hint":"Unless )"));
+}
+
+TEST(JSONReportTest, HostileTextsStayTexts) {
+  Examination seen = healthyMac();
+  seen.snapshots.newest[0].name = "\",\"findings\":[],\"x\":\"\xFF\n";
+  seen.logs[0].refusal = Refusal{.date = "d", .age = {}, .message = "\"}"};
+  seen.service.graphicalUsers.reset();
+
+  EXPECT_TRUE(halvoReadJSONObject(json(seen)).has_value());
+  EXPECT_THAT(json(seen), HasSubstr(R"("name":"\",\"findings\":[],\"x\":\")"));
+  EXPECT_THAT(json(seen), HasSubstr(R"("last_refusal":{"date":"d","message":"\"}","overcome":false})"));
+  EXPECT_THAT(json(seen), Not(HasSubstr("\xFF")));
+}
+
+TEST(JSONReportTest, AToolHasNumberNameAndAge) {
+  Examination seen = healthyMac();
+  seen.tools->push_back({.process = 77, .name = "dscl", .age = Seconds(5)});
+
+  EXPECT_THAT(json(seen), HasSubstr(R"("tools":[{"process":77,"name":"dscl","age_seconds":5}])"));
+}
+
+}  // namespace
+}  // namespace halvo
