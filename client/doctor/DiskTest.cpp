@@ -17,6 +17,10 @@ using testing::UnorderedElementsAre;
 
 class DiskTest : public testing::Test {
  protected:
+  void makeFiles(int count) const {
+    for (int i = 0; i < count; ++i) root.makeFile("folder/" + std::to_string(i), "1");
+  }
+
   TemporaryDirectory root;
   const Disk disk{root.path()};
 };
@@ -130,6 +134,13 @@ TEST_F(DiskTest, TheSizeOfATreeThatIsTooDeepSaysSo) {
   root.makeFile("folder/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/file", "too deep");
   EXPECT_FALSE(disk.sizeOf("/folder").isAll);
   EXPECT_EQ(disk.sizeOf("/folder").bytes, 14);
+}
+
+TEST_F(DiskTest, TheSizeOfATreeThatIsTooLargeSaysSo) {
+  makeFiles(10'000);
+
+  EXPECT_FALSE(disk.sizeOf("/folder").isAll);
+  EXPECT_EQ(disk.sizeOf("/folder").bytes, 9'999);
 }
 
 }  // namespace

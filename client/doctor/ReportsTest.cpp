@@ -95,40 +95,41 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Tables, LineOfTheReport,
-    testing::Values(LineRow{"MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item = {}; },
-                            "/Library/PrivilegedHelperTools/halvo-broker      not there"},
-                    LineRow{"UnreadablePart",
-                            [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
-                            "/Library/PrivilegedHelperTools/halvo-broker      unreadable"},
-                    LineRow{"HostileVersion",
-                            [](Examination& seen) { partAt(seen, kDriverBundlePath).version = "1\n\x1B[2Jxxxxxxx"; },
-                            "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1\\012\\033[... root:wheel   755"},
-                    LineRow{"EmptySnapshot",
-                            [](Examination& seen) {
-                              seen.snapshots.newest[0].missing = {"a", "b", "c", "d"};
-                              seen.snapshots.newest[0].driverSight = Sight::absent;
-                            },
-                            "1771000000              -          211 KB   2 days    none: a first install"},
-                    LineRow{"PartialSnapshot", [](Examination& seen) { seen.snapshots.newest[0].missing = {"a"}; },
-                            "1771000000              1.1.0      211 KB   2 days    3 of 4 parts"},
-                    LineRow{"NoSnapshots", [](Examination& seen) { seen.snapshots.newest.clear(); }, "none"},
-                    LineRow{"UnreadableSnapshots",
-                            [](Examination& seen) { seen.snapshots = {.sight = Sight::unreadable, .newest = {}}; },
-                            "unreadable"},
-                    LineRow{"OtherSnapshots", [](Examination& seen) { seen.snapshots.others = 3; }, "and 3 more"},
-                    LineRow{"EndlessSnapshot", [](Examination& seen) { seen.snapshots.newest[0].bytesAreAll = false; },
-                            "1771000000              1.1.0      over 211 KB 2 days    complete"},
-                    LineRow{"NoLog", [](Examination& seen) { seen.logs[0].sight = Sight::absent; },
-                            "/var/log/halvo-install.log        no log yet"},
-                    LineRow{"UnreadableLog", [](Examination& seen) { seen.logs[0].sight = Sight::unreadable; },
-                            "/var/log/halvo-install.log        unreadable"},
-                    LineRow{"Refusal",
-                            [](Examination& seen) {
-                              seen.logs[0].refusal =
-                                  Refusal{.date = kDate, .age = {}, .message = "REFUSED: \x1B[2J", .overcome = true};
-                            },
-                            "/var/log/halvo-install.log        2026-02-11 09:30:12 +0000, and success since\n"
-                            "  REFUSED: \\033[2J"}),
+    testing::Values(
+        LineRow{"MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item = {}; },
+                "/Library/PrivilegedHelperTools/halvo-broker      not there"},
+        LineRow{"LinkForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::link; },
+                "/Library/PrivilegedHelperTools/halvo-broker      a link"},
+        LineRow{"UnreadablePart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
+                "/Library/PrivilegedHelperTools/halvo-broker      unreadable"},
+        LineRow{"HostileVersion",
+                [](Examination& seen) { partAt(seen, kDriverBundlePath).version = "1\n\x1B[2Jxxxxxxx"; },
+                "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1\\012\\033[... root:wheel   755"},
+        LineRow{"EmptySnapshot",
+                [](Examination& seen) {
+                  seen.snapshots.newest[0].missing = {"a", "b", "c", "d"};
+                  seen.snapshots.newest[0].driverSight = Sight::absent;
+                },
+                "1771000000              -          211 KB   2 days    none: a first install"},
+        LineRow{"PartialSnapshot", [](Examination& seen) { seen.snapshots.newest[0].missing = {"a"}; },
+                "1771000000              1.1.0      211 KB   2 days    3 of 4 parts"},
+        LineRow{"NoSnapshots", [](Examination& seen) { seen.snapshots.newest.clear(); }, "none"},
+        LineRow{"UnreadableSnapshots",
+                [](Examination& seen) { seen.snapshots = {.sight = Sight::unreadable, .newest = {}}; }, "unreadable"},
+        LineRow{"OtherSnapshots", [](Examination& seen) { seen.snapshots.others = 3; }, "and 3 more"},
+        LineRow{"EndlessSnapshot", [](Examination& seen) { seen.snapshots.newest[0].bytesAreAll = false; },
+                "1771000000              1.1.0      over 211 KB 2 days    complete"},
+        LineRow{"NoLog", [](Examination& seen) { seen.logs[0].sight = Sight::absent; },
+                "/var/log/halvo-install.log        no log yet"},
+        LineRow{"UnreadableLog", [](Examination& seen) { seen.logs[0].sight = Sight::unreadable; },
+                "/var/log/halvo-install.log        unreadable"},
+        LineRow{"Refusal",
+                [](Examination& seen) {
+                  seen.logs[0].refusal =
+                      Refusal{.date = kDate, .age = {}, .message = "REFUSED: \x1B[2J", .overcome = true};
+                },
+                "/var/log/halvo-install.log        2026-02-11 09:30:12 +0000, and success since\n"
+                "  REFUSED: \\033[2J"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(TextReportTest, AFindingAndItsHintAreWrapped) {

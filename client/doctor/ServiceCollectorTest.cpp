@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "client/testing/ScriptedHelper.h"
+#include "platform/contract/Repeated.h"
 
 namespace halvo {
 namespace {
@@ -20,6 +21,13 @@ struct ReplyRow {
 TEST(UsersInTest, AreReadInTheirOrder) {
   EXPECT_THAT(usersIn(R"({"uids":[502,501]})"), Optional(ElementsAre(502, 501)));
   EXPECT_THAT(usersIn(R"({"uids":[]})"), Optional(IsEmpty()));
+}
+
+TEST(UsersInTest, AListThatIsTooLongIsNone) {
+  const std::string thousand = "501" + repeated(",501", 999);
+
+  EXPECT_THAT(usersIn("{\"uids\":[" + thousand + "]}"), Optional(testing::SizeIs(1000)));
+  EXPECT_EQ(usersIn("{\"uids\":[" + thousand + ",502]}"), std::nullopt);
 }
 
 class ReplyWithoutUsers : public testing::TestWithParam<ReplyRow> {};

@@ -104,6 +104,8 @@ std::string partLine(const Part& part) {
   const std::string path = cell(part.rule.path, kPathColumn);
   if (part.item.sight == Sight::unreadable) return path + "unreadable\n";
   if (part.item.sight == Sight::absent) return path + "not there\n";
+  // Owner and mode of a link say nothing about what it leads to.
+  if (part.item.kind != part.rule.kind) return path + wordFor(part.item.kind) + "\n";
   return path + cell(versionShown(part.versionSight, part.version), kColumn) +
          cell(ownerText(part.item.owner, part.item.group), kColumn) + modeText(part.item.mode) + "\n";
 }
