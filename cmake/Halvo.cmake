@@ -40,6 +40,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 target_include_directories(halvo_flags INTERFACE "${PROJECT_SOURCE_DIR}")
 target_link_libraries(halvo_flags INTERFACE Threads::Threads)
+# A Mac's linker would load every framework that a library below names, whether the program uses it or not.
+if(APPLE)
+  target_link_options(halvo_flags INTERFACE -Wl,-dead_strip_dylibs)
+endif()
 
 # A root daemon that parses hostile input gets every mitigation the compiler offers for free.
 option(HALVO_HARDENED "Stack protector, FORTIFY, RELRO, PIE" OFF)

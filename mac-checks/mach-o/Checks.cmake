@@ -30,6 +30,15 @@ foreach(program ${programs})
   endforeach()
 endforeach()
 
+# The same by library, as the bill of materials of a release names them.
+find_program(MACHO_OTOOL llvm-otool-19 REQUIRED)
+foreach(arch arm64 x86_64)
+  add_test(NAME MachO.BillOfMaterialsNamesWhatIsLinked/${arch}
+    COMMAND "${PROJECT_SOURCE_DIR}/packaging/bill-of-materials" --version "${PROJECT_VERSION}" --system macos
+            --otool "${MACHO_OTOOL}" "${CMAKE_CURRENT_BINARY_DIR}/${arch}/halvo-helper"
+            "${CMAKE_CURRENT_BINARY_DIR}/${arch}/halvo-app")
+endforeach()
+
 # The simulated frameworks against the facts about the real ones. The first test writes what the others compile.
 set(facts "${GENERATED}/facts.cpp")
 add_test(NAME MachO.FactsCoverWhatTheFrameworksDeclare
