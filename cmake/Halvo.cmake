@@ -53,6 +53,9 @@ if(HALVO_HARDENED)
     target_compile_options(halvo_flags INTERFACE -fstack-clash-protection -D_GLIBCXX_ASSERTIONS)
     target_link_options(halvo_flags INTERFACE -Wl,-z,relro,-z,now -pie)
   endif()
+  # What ships does not tell where it was built: the same sources give the same bytes in every folder.
+  target_compile_options(halvo_flags INTERFACE
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=." "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build")
 endif()
 
 # Comma-separated sanitizer names, as the compiler takes them: "address,undefined" or "thread".
