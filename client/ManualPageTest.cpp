@@ -2,12 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <fstream>
-#include <iterator>
-#include <regex>
-#include <sstream>
-
+#include "HalvoHelper/testing/ManualPage.h"
 #include "client/CommandLine.h"
 #include "client/ExitStatus.h"
 #include "client/Options.h"
@@ -15,28 +10,7 @@
 namespace halvo {
 namespace {
 
-std::string contentsOf(const char* path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
 std::string manualPage() { return contentsOf(HALVO_MANUAL_PAGE); }
-
-// Between the heading of a section and the next one.
-std::string section(const std::string& heading) {
-  const std::string page = manualPage();
-  const std::size_t begin = page.find(".Sh " + heading + "\n");
-  return page.substr(begin, page.find("\n.Sh ", begin + 1) - begin);
-}
-
-std::vector<std::string> itemsOf(const std::string& text) {
-  const std::regex item("\n\\.It ([^\n]*)");
-  std::vector<std::string> items;
-  std::transform(std::sregex_iterator(text.begin(), text.end(), item), std::sregex_iterator(),
-                 std::back_inserter(items), [](const std::smatch& match) { return match.str(1); });
-  return items;
-}
 
 // Every status of the program has a case: the compiler tells of one that is missing here.
 std::string number(ExitStatus status) {
@@ -58,7 +32,7 @@ std::string number(ExitStatus status) {
 }
 
 TEST(ManualPageTest, ListsEveryExitStatusAndNoOther) {
-  EXPECT_THAT(itemsOf(section("EXIT STATUS")),
+  EXPECT_THAT(itemsOf(sectionOf(manualPage(), "EXIT STATUS")),
               testing::ElementsAre(
                   number(ExitStatus::success), number(ExitStatus::refused), number(ExitStatus::unauthorized),
                   number(ExitStatus::unreachable), number(ExitStatus::interrupted), number(ExitStatus::helperTooOld),
