@@ -1,6 +1,7 @@
 #include "sim/harness/Machine.h"
 
 #include <chrono>
+#include <cstdint>
 #include <deque>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -21,7 +22,9 @@ ToolCall parseCall(const std::string& line) try {
   return {.time = call.at("time").get<std::string>(),
           .tool = call.at("tool").get<std::string>(),
           .arguments = call.at("arguments").get<std::vector<std::string>>(),
-          .status = call.at("status").get<int>()};
+          .status = call.at("status").get<int>(),
+          .began = call.at("began").get<std::int64_t>(),
+          .ended = call.at("ended").get<std::int64_t>()};
 } catch (const nlohmann::json::exception&) {
   throw std::runtime_error("calls.jsonl has a line that is no call: " + line);
 }

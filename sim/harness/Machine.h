@@ -2,6 +2,7 @@
 // at the end. What goes wrong with the machine itself is a std::runtime_error: a test cannot go on without it.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <future>
 #include <memory>
@@ -23,6 +24,8 @@ struct ToolCall {
   std::string tool;  // absolute path
   std::vector<std::string> arguments;
   int status = 0;
+  std::int64_t began = 0;  // on the clock of uptimeMicroseconds()
+  std::int64_t ended = 0;
   bool operator==(const ToolCall&) const = default;
 };
 

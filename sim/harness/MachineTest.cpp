@@ -178,10 +178,10 @@ TEST_F(MachineTest, TwoMachinesDoNotSeeEachOther) {
 }
 
 TEST(ToolCallsTest, ReadsCalls) {
-  const auto calls = parseToolCalls(R"({"time":"t","tool":"/bin/x","arguments":["a"],"status":3})"
+  const auto calls = parseToolCalls(R"({"time":"t","began":5,"ended":7,"tool":"/bin/x","arguments":["a"],"status":3})"
                                     "\n");
 
-  EXPECT_THAT(calls, ElementsAre(ToolCall{"t", "/bin/x", {"a"}, 3}));
+  EXPECT_THAT(calls, ElementsAre(ToolCall{"t", "/bin/x", {"a"}, 3, 5, 7}));
 }
 
 TEST(ToolCallsTest, ALineThatIsStillBeingWrittenIsLeftOut) {

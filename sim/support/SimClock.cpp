@@ -29,6 +29,12 @@ double uptimeSeconds() {
   return (static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9) * clockRate();
 }
 
+std::int64_t uptimeMicroseconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  return now.tv_sec * std::int64_t{1'000'000} + now.tv_nsec / 1000;
+}
+
 std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated) {
   // A wait that does not fit stays the longest there is instead of turning negative.
   constexpr auto kLongest = std::chrono::nanoseconds::max();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 namespace halvo::sim {
@@ -12,6 +13,10 @@ double clockRate();
 
 // Seconds since boot of the simulated Mac as this process sees it: the real monotonic clock times the rate.
 double uptimeSeconds();
+
+// Microseconds of the host's monotonic clock, whatever the rate: the same for every process inside and outside, so that
+// what several of them note can be put in one order.
+std::int64_t uptimeMicroseconds();
 
 // The real time that passes while `simulated` goes by.
 std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated);

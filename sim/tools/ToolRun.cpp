@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <filesystem>
@@ -24,11 +25,18 @@
 namespace halvo::sim {
 namespace {
 
-std::string callLine(std::string_view tool, const std::vector<std::string>& arguments, int status) {
-  const nlohmann::ordered_json call = {
-      {"time", universalTime()}, {"tool", tool}, {"arguments", arguments}, {"status", status}};
+struct Call {
+  std::string_view tool;
+  const std::vector<std::string>& arguments;
+  std::int64_t began;
+};
+
+std::string callLine(const Call& call, int status) {
+  const nlohmann::ordered_json line = {{"time", universalTime()},       {"began", call.began},
+                                       {"ended", uptimeMicroseconds()}, {"tool", call.tool},
+                                       {"arguments", call.arguments},   {"status", status}};
   // An argument need not be UTF-8, and a call with such an argument is worth a line too.
-  return call.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 bool appendWhole(const std::string& path, const std::string& line) {
@@ -44,10 +52,10 @@ bool appendWhole(const std::string& path, const std::string& line) {
   return written == static_cast<ssize_t>(line.size());
 }
 
-void record(std::string_view tool, const std::vector<std::string>& arguments, int status) {
+void record(const Call& call, int status) {
   const std::string path = stateRoot() / "calls.jsonl";
-  if (appendWhole(path, callLine(tool, arguments, status))) return;
-  std::cerr << tool << ": the call could not be recorded in " << path << ": " << std::strerror(errno) << "\n";
+  if (appendWhole(path, callLine(call, status))) return;
+  std::cerr << call.tool << ": the call could not be recorded in " << path << ": " << std::strerror(errno) << "\n";
 }
 
 // How many runs of the tool are recorded; with a `verb`, those whose first argument it was.
@@ -149,18 +157,19 @@ std::optional<Fault> scriptedFault(std::string_view tool, const std::vector<std:
 
 int runTool(std::string_view tool, const std::vector<std::string>& arguments, const ToolStreams& streams,
             const std::function<int()>& act) {
+  const Call call{tool, arguments, uptimeMicroseconds()};
   int status = EX_SOFTWARE;
   try {
     const std::optional<Fault> fault = scriptedFault(tool, arguments);
     if (fault && fault->kind == Fault::Kind::hang) {
-      record(tool, arguments, kHasNoEnd);
+      record(call, kHasNoEnd);
       for (;;) ::pause();
     }
     status = actUnderFault(fault, act);
   } catch (const std::exception& problem) {
     streams.err << problem.what() << "\n";
   }
-  record(tool, arguments, status);
+  record(call, status);
   return status;
 }
 

@@ -21,9 +21,9 @@ struct ToolStreams {
 // hangs is recorded when it begins, with the status -1, because it has no end. A fault file that cannot be understood
 // is reported on `streams.err` and answered with 70: a test that misspells its fault must not pass.
 //
-// The record is a line of calls.jsonl in the state folder, a JSON object with "time" (UTC), "tool", "arguments" and
-// "status". Lines of tools that end at the same moment stay whole. A line that cannot be written is reported on
-// standard error; the tool works on without it.
+// The record is a line of calls.jsonl in the state folder, a JSON object with "time" (UTC), "began" and "ended" (in
+// microseconds of the host's monotonic clock), "tool", "arguments" and "status". Lines of tools that end at the same
+// moment stay whole. A line that cannot be written is reported on standard error; the tool works on without it.
 int runTool(std::string_view tool, const std::vector<std::string>& arguments, const ToolStreams& streams,
             const std::function<int()>& act);
 

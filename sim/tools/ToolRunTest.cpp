@@ -2,14 +2,17 @@
 
 #include <gmock/gmock.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/support/MachinePaths.h"
+#include "sim/support/SimClock.h"
 
 namespace halvo::sim {
 namespace {
@@ -50,6 +53,17 @@ TEST_F(ToolRunTest, AnswersAndRecordsTheToolsStatus) {
   EXPECT_EQ(acts_, 1);
   EXPECT_THAT(recorded(), EndsWith(R"("tool":"/usr/bin/tool","arguments":["argument"],"status":5})"
                                    "\n"));
+}
+
+TEST_F(ToolRunTest, RecordsWhenTheToolBeganAndEnded) {
+  const std::int64_t before = uptimeMicroseconds();
+
+  runTool("/usr/bin/tool", {}, {.out = out_, .err = err_}, [] { return ::usleep(kSoon); });
+
+  const auto call = nlohmann::json::parse(recorded());
+  EXPECT_GE(call.at("began"), before);
+  EXPECT_GE(call.at("ended"), call.at("began").get<std::int64_t>() + kSoon);
+  EXPECT_LE(call.at("ended"), uptimeMicroseconds());
 }
 
 TEST_F(ToolRunTest, AFaultAnswersInsteadOfTheTool) {
