@@ -1,3 +1,4 @@
+#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <utility>
@@ -7,6 +8,7 @@
 namespace halvo::sim {
 namespace {
 
+constexpr const char* kPong = R"({"ok":true,"helper_version":6,"build_abi":1})";
 constexpr const char* kInstalled = R"({"code":"ok","changed":["driver","broker","daemon_agent"]})";
 constexpr const char* kUnauthorized = R"({"code":"unauthorized"})";
 constexpr const char* kAudioActive = R"({"code":"audio_active"})";
@@ -40,7 +42,7 @@ void walkFirstContact(Stage& stage) {
   Step start = stage.begin("launchd starts the helper on demand");
   start.remarks.push_back("before the first request: " + processText(stage.machine().helperProcess()));
   Stage::expect(start, !stage.machine().helperProcess(), "the helper should not be running yet");
-  stage.request(start, {"ping"}, R"({"ok":true,"helper_version":6,"build_abi":1})");
+  stage.request(start, {"ping"}, kPong);
   start.remarks.push_back("after it: " + processText(stage.machine().helperProcess()));
   Stage::expect(start, stage.machine().helperProcess().has_value(), "the helper should be running now");
   for (const std::string& line : stage.mac().systemLog()) start.remarks.push_back("log: " + line);
@@ -147,13 +149,40 @@ void walkStrangersAndIdleness(Stage& stage) {
   Step idle = stage.begin("After a minute without requests the helper exits, and the next request starts it again");
   const auto before = stage.machine().helperProcess();
   idle.remarks.push_back("while serving: " + processText(before));
-  const bool exited = waitUntil([&] { return !stage.machine().helperProcess(); });
-  Stage::expect(idle, exited, "the helper should exit when nobody needs it");
+  Stage::await(
+      idle, "nobody asks for anything", [&] { return !stage.machine().helperProcess(); },
+      "the helper should exit when nobody needs it");
   idle.remarks.push_back("after a minute of the machine's time: " + processText(stage.machine().helperProcess()));
-  stage.request(idle, {"ping"}, R"({"ok":true,"helper_version":6,"build_abi":1})");
+  stage.request(idle, {"ping"}, kPong);
   idle.remarks.push_back("after the next request: " + processText(stage.machine().helperProcess()));
   Stage::expect(idle, stage.machine().helperProcess() != before, "a new process should have been started");
   stage.tell(std::move(idle));
+}
+
+void walkTurns(Stage& stage) {
+  const std::string app = ProductMachine::kAppProgram;
+  // The installer is held in the script of the package until this walk lets it go.
+  const auto began = stage.mac().path("/tmp/began");
+  const std::string script = std::string(ProductMachine::kDownloads) + "/wait";
+  stage.mac().writeFile(script, "#!/bin/sh\n> /tmp/began\nwhile ! test -e /tmp/go-on; do sleep 0.02; done\n", 0755);
+  const PackageFiles slow = stage.machine().package(
+      {.name = "slow", .version = "1.6.0", .extra = {"--postinstall", stage.mac().path(script).string()}});
+
+  Step step = stage.begin("While a change is made, a question is answered at once and another change waits");
+  Stage::Pending install = stage.send(step, {app, "install", slow.path, "--manifest", slow.manifest});
+  Stage::expect(step, waitUntil([&] { return std::filesystem::exists(began); }), "the installer should run");
+  stage.request(step, {"ping"}, kPong);
+  Stage::Pending removal = stage.send(step, {app, "remove-bundle", "/Applications/Safari.app", "--without-checks"});
+  const bool waits = removal.result.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
+  Stage::expect(step, waits, "the second change should wait for the first");
+  stage.mac().writeFile("/tmp/go-on", "");
+  stage.receive(step, std::move(install), kInstalled);
+  stage.receive(step, std::move(removal), "false");
+  step.waits.push_back({.reason = "for its turn: the install comes first",
+                        .connection = step.requests.size(),
+                        .began = step.requests.back().began,
+                        .ended = step.requests.front().ended});
+  stage.tell(std::move(step));
 }
 
 }  // namespace halvo::sim

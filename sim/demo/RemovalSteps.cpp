@@ -25,6 +25,44 @@ void refuseBundle(Stage& stage, Step& step, const std::string& path) {
   step.remarks.push_back("log: " + stage.mac().systemLog().back());
 }
 
+void removeBundle(Stage& stage) {
+  std::filesystem::create_directories(stage.mac().path("/Users/user501") / "Halvo.app");
+  std::filesystem::create_symlink("/System/Library", stage.mac().path("/tmp") / "Halvo.app");
+
+  Step refused = stage.begin("Paths that are not the product's bundle are refused");
+  refuseBundle(stage, refused, "Applications/Halvo.app");
+  refuseBundle(stage, refused, "/Applications/../Applications/Halvo.app");
+  refuseBundle(stage, refused, "/Applications/Safari.app");
+  refuseBundle(stage, refused, "/Users/user501/Halvo.app");
+  refuseBundle(stage, refused, "/tmp/Halvo.app");
+  stage.tell(std::move(refused));
+
+  std::filesystem::remove(stage.mac().path("/tmp") / "Halvo.app");
+  std::filesystem::create_symlink("/Applications/Halvo.app", stage.mac().path("/tmp") / "Halvo.app");
+  Step removed = stage.begin("The bundle is removed, named through a link, by the application that runs from it");
+  stage.request(removed, {"remove-bundle", "/tmp/Halvo.app"}, "true");
+  Stage::expect(removed, !std::filesystem::exists(stage.mac().path("/Applications/Halvo.app")),
+                "the bundle should be gone");
+  stage.tell(std::move(removed));
+}
+
+void removeHelper(Stage& stage, const std::string& runningApplication) {
+  Step step = stage.begin("The helper takes itself away, asked by the application that still runs");
+  const std::size_t toolsBefore = stage.mac().calls().size();
+  stage.requestWith(step, {runningApplication, "finalize"}, "true");
+  // launchctl outlives the helper that it ends, and is on record when it has ended itself.
+  Stage::await(
+      step, "the helper answers before it goes",
+      [&] {
+        return !stage.machine().job("system", "com.halvo.helper").has_value() &&
+               stage.mac().calls().size() > toolsBefore;
+      },
+      "launchd should not know the helper any more");
+  step.remarks.push_back("jobs after: " + jobTable(stage));
+  stage.requestWith(step, {runningApplication, "ping"}, "");
+  stage.tell(std::move(step));
+}
+
 }  // namespace
 
 void walkUninstall(Stage& stage) {
@@ -53,44 +91,13 @@ void walkUninstall(Stage& stage) {
   std::filesystem::remove(stage.mac().path(kBrokerProgram));
 }
 
-std::string keepApplicationRunning(Stage& stage) {
+void walkWholeRemoval(Stage& stage) {
+  // An application that has started goes on when its bundle is removed. Here each request is a program of its own, so a
+  // copy of it that lies elsewhere stands in.
   const auto program = stage.mac().path(ProductMachine::kAppProgram);
-  return stage.machine().signedCopy(program, "running-application", "com.halvo.app", "QX4TRM2ZL9");
-}
-
-void walkBundleRemoval(Stage& stage) {
-  std::filesystem::create_directories(stage.mac().path("/Users/user501") / "Halvo.app");
-  std::filesystem::create_symlink("/System/Library", stage.mac().path("/tmp") / "Halvo.app");
-
-  Step refused = stage.begin("Paths that are not the product's bundle are refused");
-  refuseBundle(stage, refused, "Applications/Halvo.app");
-  refuseBundle(stage, refused, "/Applications/../Applications/Halvo.app");
-  refuseBundle(stage, refused, "/Applications/Safari.app");
-  refuseBundle(stage, refused, "/Users/user501/Halvo.app");
-  refuseBundle(stage, refused, "/tmp/Halvo.app");
-  stage.tell(std::move(refused));
-
-  std::filesystem::remove(stage.mac().path("/tmp") / "Halvo.app");
-  std::filesystem::create_symlink("/Applications/Halvo.app", stage.mac().path("/tmp") / "Halvo.app");
-  Step removed = stage.begin("The bundle is removed, named through a link, by the application that runs from it");
-  stage.request(removed, {"remove-bundle", "/tmp/Halvo.app"}, "true");
-  Stage::expect(removed, !std::filesystem::exists(stage.mac().path("/Applications/Halvo.app")),
-                "the bundle should be gone");
-  stage.tell(std::move(removed));
-}
-
-void walkFinalRemoval(Stage& stage, const std::string& runningApplication) {
-  Step step = stage.begin("The helper takes itself away, asked by the application that still runs");
-  const std::size_t toolsBefore = stage.mac().calls().size();
-  stage.requestWith(step, {runningApplication, "finalize"}, "true");
-  // launchctl outlives the helper that it ends, and is on record when it has ended itself.
-  const bool gone = waitUntil([&] {
-    return !stage.machine().job("system", "com.halvo.helper").has_value() && stage.mac().calls().size() > toolsBefore;
-  });
-  Stage::expect(step, gone, "launchd should not know the helper any more");
-  step.remarks.push_back("jobs after: " + jobTable(stage));
-  stage.requestWith(step, {runningApplication, "ping"}, "");
-  stage.tell(std::move(step));
+  const std::string running = stage.machine().signedCopy(program, "running-application", "com.halvo.app", "QX4TRM2ZL9");
+  removeBundle(stage);
+  removeHelper(stage, running);
 }
 
 void walkReinstall(Stage& stage) {

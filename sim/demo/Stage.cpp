@@ -1,13 +1,14 @@
 #include "sim/demo/Stage.h"
 
 #include <filesystem>
-#include <iomanip>
+#include <map>
 #include <utility>
+
+#include "sim/demo/Meaning.h"
+#include "sim/support/SimClock.h"
 
 namespace halvo::sim {
 namespace {
-
-constexpr int kLabelWidth = 10;
 
 // Everything that an install or a removal may touch.
 const std::vector<std::string>& watchedFolders() {
@@ -17,110 +18,36 @@ const std::vector<std::string>& watchedFolders() {
 }
 
 // The system's own records say nothing about the product: its log, and the sockets that launchd holds.
-bool isBackground(const std::string& path) {
-  return path == "/private/var/log/system.log" || path.starts_with("/private/var/run/mach");
-}
-
-std::string joined(const std::vector<std::string>& words) {
-  std::string line;
-  for (const std::string& word : words) line += (line.empty() ? "" : " ") + word;
-  return line;
+bool isBackground(const TreeSnapshot::value_type& entry) {
+  return entry.first == "/private/var/log/system.log" || entry.first.starts_with("/private/var/run/mach");
 }
 
 // The command as a person would type it: without the folder of the program.
 std::string typed(std::vector<std::string> command) {
   command.front() = std::filesystem::path(command.front()).filename().string();
-  return joined(command);
-}
-
-// The changes as lines. A folder that came or went stands for what it holds.
-std::vector<std::string> summarised(const std::vector<TreeChange>& changes) {
-  std::vector<std::string> lines;
-  std::string folder;
-  TreeChange::Kind kind{};
-  std::size_t below = 0;
-  const auto finish = [&] {
-    if (below != 0) lines.back() += " and what is in it, " + std::to_string(below) + " items";
-    below = 0;
-  };
-  for (const TreeChange& change : changes) {
-    if (isBackground(change.path)) continue;
-    const bool covered = !lines.empty() && change.kind == kind && change.path.starts_with(folder + "/");
-    if (covered && kind != TreeChange::Kind::changed) {
-      ++below;
-      continue;
-    }
-    finish();
-    lines.push_back(describe(change));
-    folder = change.path;
-    kind = change.kind;
-  }
-  finish();
-  return lines;
+  return joined(command, " ");
 }
 
 }  // namespace
 
-StepReport::StepReport(std::ostream& out) : out_(out) {}
-
-void StepReport::tell(const Step& step) {
-  told_.push_back(step);
-  out_ << "\n== " << told_.size() << ". " << step.title << "\n";
-  list("request", step.requests);
-  list("reply", step.replies);
-  list("tools", step.tools);
-  list("on disk", step.changes);
-  list("note", step.remarks);
-  list("SURPRISE", step.surprises);
-  out_ << std::flush;
-}
-
-bool StepReport::conclude() const {
-  out_ << "\n== Summary\n";
-  bool asExpected = true;
-  for (std::size_t i = 0; i < told_.size(); ++i) {
-    const bool fine = told_[i].surprises.empty();
-    asExpected = asExpected && fine;
-    out_ << std::setw(4) << i + 1 << "  " << (fine ? "as expected" : "DIFFERENT  ") << "  " << told_[i].title << "\n";
-  }
-  if (asExpected) {
-    out_ << "\nAll " << told_.size() << " steps went as expected.\n";
-    return true;
-  }
-  for (const Step& step : told_) {
-    for (const std::string& surprise : step.surprises) out_ << "\nDifferent in \"" << step.title << "\": " << surprise;
-  }
-  out_ << "\n";
-  return false;
-}
-
-void StepReport::list(std::string_view label, const std::vector<std::string>& lines) const {
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    out_ << "  " << std::left << std::setw(kLabelWidth) << (i == 0 ? label : "") << lines[i] << "\n" << std::right;
-  }
-}
-
-Stage::Stage(StepReport& report) : report_(report) {
+Stage::Stage(Listener tell) : tell_(std::move(tell)) {
   mac().writeState("clock-rate", "20\n");
   mac().start();
 }
 
 Step Stage::begin(std::string title) {
   callsBefore_ = mac().calls().size();
-  treeBefore_ = mac().snapshotTree(watchedFolders());
   Step step;
   step.title = std::move(title);
+  step.before = tree();
   return step;
 }
 
 void Stage::tell(Step step) {
   const std::vector<ToolCall> calls = mac().calls();
-  for (std::size_t i = callsBefore_; i < calls.size(); ++i) {
-    step.tools.push_back(calls[i].tool + " " + joined(calls[i].arguments) + "  -> " + std::to_string(calls[i].status));
-  }
-  step.changes = summarised(changesBetween(treeBefore_, mac().snapshotTree(watchedFolders())));
-  if (step.changes.empty()) step.changes.emplace_back("nothing changed");
-  report_.tell(step);
+  step.tools.assign(calls.begin() + static_cast<std::ptrdiff_t>(callsBefore_), calls.end());
+  step.after = tree();
+  tell_(std::move(step));
 }
 
 void Stage::request(Step& step, const std::vector<std::string>& arguments, const std::string& expectedReply) {
@@ -130,16 +57,49 @@ void Stage::request(Step& step, const std::vector<std::string>& arguments, const
 }
 
 void Stage::requestWith(Step& step, const std::vector<std::string>& command, const std::string& expectedReply) {
-  step.requests.push_back(typed(command));
-  const CommandResult result = mac().run(machine_.user(), command);
-  const std::string reply = result.out.substr(0, result.out.find('\n'));
-  step.replies.push_back((reply.empty() ? "(none)" : reply) + "   exit status " + std::to_string(result.status));
+  receive(step, send(step, command), expectedReply);
+}
+
+Stage::Pending Stage::send(Step& step, const std::vector<std::string>& command) {
+  Request request;
+  request.command = typed(command);
+  request.began = uptimeMicroseconds();
+  step.requests.push_back(request);
+  return {.request = step.requests.size() - 1,
+          .logged = mac().systemLog().size(),
+          .result = mac().runAsync(machine_.user(), command)};
+}
+
+void Stage::receive(Step& step, Pending pending, const std::string& expectedReply) {
+  const CommandResult result = pending.result.get();
+  Request& request = step.requests.at(pending.request);
+  request.ended = uptimeMicroseconds();
+  request.reply = result.out.substr(0, result.out.find('\n'));
+  request.status = result.status;
+  request.explanation = result.err;
+  std::vector<std::string> log = mac().systemLog();
+  log.erase(log.begin(), log.begin() + static_cast<std::ptrdiff_t>(pending.logged));
+  request.log = joined(log, "\n");
   for (const std::string& line : splitLines(result.err)) step.remarks.push_back(line);
-  expect(step, reply == expectedReply, "the reply to " + typed(command) + " should be " + expectedReply);
+  expect(step, request.reply == expectedReply, "the reply to " + request.command + " should be " + expectedReply);
+}
+
+void Stage::await(Step& step, const std::string& reason, const std::function<bool()>& condition,
+                  const std::string& surprise) {
+  Wait wait{.reason = reason, .began = uptimeMicroseconds()};
+  expect(step, waitUntil(condition), surprise);
+  wait.ended = uptimeMicroseconds();
+  step.waits.push_back(wait);
 }
 
 void Stage::expect(Step& step, bool holds, const std::string& surprise) {
   if (!holds) step.surprises.push_back(surprise);
+}
+
+TreeSnapshot Stage::tree() const {
+  TreeSnapshot tree = machine_.mac().snapshotTree(watchedFolders());
+  std::erase_if(tree, isBackground);
+  return tree;
 }
 
 }  // namespace halvo::sim

@@ -1,48 +1,24 @@
-// What the demonstration prints: one block per step, with the request, the reply, the tools that ran and what changed
-// on disk, and a table of all steps at the end.
+// Where the walk takes place: a simulated Mac, and the notes that are taken of each step.
 #pragma once
 
 #include <cstddef>
-#include <ostream>
+#include <functional>
+#include <future>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "sim/demo/Step.h"
 #include "sim/harness/ProductMachine.h"
 
 namespace halvo::sim {
 
-// What happened in one step, and what should have.
-struct Step {
-  std::string title;
-  std::vector<std::string> requests;   // command lines, as a person would type them
-  std::vector<std::string> replies;    // what they printed
-  std::vector<std::string> tools;      // the system tools that ran meanwhile, with their exit statuses
-  std::vector<std::string> changes;    // what is different on disk
-  std::vector<std::string> remarks;    // anything else worth seeing, such as log lines
-  std::vector<std::string> surprises;  // what differs from what is expected; none when all is well
-};
-
-class StepReport {
- public:
-  explicit StepReport(std::ostream& out);
-
-  void tell(const Step& step);
-
-  // Prints the table. True when no step brought a surprise; otherwise says which did.
-  bool conclude() const;
-
- private:
-  void list(std::string_view label, const std::vector<std::string>& lines) const;
-
-  std::ostream& out_;
-  std::vector<Step> told_;
-};
-
 class Stage {
  public:
+  using Listener = std::function<void(Step)>;
+
   // Starts the machine with its clock running twenty times as fast, so that a minute of idleness passes in seconds.
-  explicit Stage(StepReport& report);
+  // `tell` is handed every step that is over.
+  explicit Stage(Listener tell);
 
   ProductMachine& machine() { return machine_; }
   Machine& mac() { return machine_.mac(); }
@@ -58,14 +34,28 @@ class Stage {
   // The same with another program.
   void requestWith(Step& step, const std::vector<std::string>& command, const std::string& expectedReply);
 
+  // The two halves of a request, for what happens in between.
+  struct Pending {
+    std::size_t request;  // its place in the step
+    std::size_t logged;   // how many lines the system log had
+    std::future<CommandResult> result;
+  };
+  Pending send(Step& step, const std::vector<std::string>& command);
+  void receive(Step& step, Pending pending, const std::string& expectedReply);
+
+  // Waits for `condition`, half a minute at most, notes how long that took and why, and a surprise if it never held.
+  static void await(Step& step, const std::string& reason, const std::function<bool()>& condition,
+                    const std::string& surprise);
+
   // Notes a surprise unless `holds`.
   static void expect(Step& step, bool holds, const std::string& surprise);
 
  private:
+  [[nodiscard]] TreeSnapshot tree() const;
+
   ProductMachine machine_;
-  StepReport& report_;
+  Listener tell_;
   std::size_t callsBefore_ = 0;
-  TreeSnapshot treeBefore_;
 };
 
 }  // namespace halvo::sim

@@ -1,7 +1,5 @@
-// The steps of the walk, in their order.
+// The roads of the walk: what each of them does, step by step.
 #pragma once
-
-#include <string>
 
 #include "sim/demo/Stage.h"
 
@@ -17,11 +15,10 @@ void walkStrangersAndIdleness(Stage& stage);
 
 // The product is removed, part by part, the helper takes itself away, and a new installation starts over.
 void walkUninstall(Stage& stage);
-void walkBundleRemoval(Stage& stage);
-// An application that has started goes on when its bundle is removed. Here each request is a program of its own, so a
-// copy of it that lies elsewhere stands in: its path.
-std::string keepApplicationRunning(Stage& stage);
-void walkFinalRemoval(Stage& stage, const std::string& runningApplication);
+void walkWholeRemoval(Stage& stage);
 void walkReinstall(Stage& stage);
+
+// Several connections at once.
+void walkTurns(Stage& stage);
 
 }  // namespace halvo::sim

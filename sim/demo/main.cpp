@@ -1,46 +1,76 @@
 // halvo-demo: walks through the product's life in a simulated Mac and compares every step with what is expected.
+#include <unistd.h>
+
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <stdexcept>
 #include <string>
+#include <variant>
+#include <vector>
 
-#include "sim/demo/Stage.h"
-#include "sim/demo/Steps.h"
+#include "sim/demo/Lines.h"
+#include "sim/demo/Options.h"
+#include "sim/demo/Report.h"
+#include "sim/demo/StepPrinter.h"
+#include "sim/demo/Supervision.h"
+#include "sim/demo/Trace.h"
+#include "sim/demo/Walk.h"
+#include "sim/support/WholeFile.h"
 
 namespace {
 
-constexpr int kUsageError = 64;
+using namespace halvo::sim;
 
-bool walk() {
-  using namespace halvo::sim;
-  StepReport report(std::cout);
-  Stage stage(report);
-  walkFirstContact(stage);
-  walkInstalls(stage);
-  walkRefusedPackages(stage);
-  walkAudio(stage);
-  walkRollback(stage);
-  walkStrangersAndIdleness(stage);
-  walkUninstall(stage);
-  const std::string runningApplication = keepApplicationRunning(stage);
-  walkBundleRemoval(stage);
-  walkFinalRemoval(stage, runningApplication);
-  walkReinstall(stage);
-  return report.conclude();
+constexpr int kCannotWrite = 73;
+
+// Told before the walk, not after it.
+bool writable(const std::filesystem::path& file) {
+  const std::string folder = file.has_parent_path() ? file.parent_path().string() : ".";
+  if (::access(folder.c_str(), W_OK | X_OK) == 0 && !std::filesystem::is_directory(file)) return true;
+  std::cerr << "demo: " << file.string() << " cannot be written\n";
+  return false;
+}
+
+bool write(const std::filesystem::path& file, const std::string& text) {
+  std::ofstream out(file, std::ios::binary | std::ios::trunc);
+  out << text;
+  out.close();
+  if (!out) std::cerr << "demo: " << file.string() << " cannot be written\n";
+  return !out.fail();
+}
+
+int demonstrate(const DemoOptions& options) {
+  const std::filesystem::path page = options.report / "index.html";
+  std::error_code ignored;  // told by writable()
+  if (!options.report.empty()) std::filesystem::create_directories(options.report, ignored);
+  if (!options.report.empty() && !writable(page)) return kCannotWrite;
+  if (!options.trace.empty() && !writable(options.trace)) return kCannotWrite;
+
+  using Detail = StepPrinter::Detail;
+  const StepPrinter printer(std::cout, options.quiet ? Detail::verdicts : Detail::everything,
+                            widthOf(STDOUT_FILENO, std::getenv("COLUMNS")));
+  const std::vector<Step> steps = walk(options.only, [&](const Step& step) { printer.print(step); });
+  const bool fine = printer.conclude(steps);
+  if (!options.report.empty() && !write(page, reportPage(wholeFile(reportFrame()), steps))) return kCannotWrite;
+  if (!options.trace.empty() && !write(options.trace, traceJSON(steps))) return kCannotWrite;
+  return fine ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace
 
-int main(int argc, char* /*argv*/[]) {
+int main(int argc, char* argv[]) {
   constexpr int kMachineUnavailable = 70;
-  if (argc > 1) {
-    std::cerr << "demo: takes no arguments; see ./demo --help\n";
-    return kUsageError;
-  }
-  try {
-    return walk() ? EXIT_SUCCESS : EXIT_FAILURE;
-  } catch (const std::exception& error) {
-    std::cerr << "demo: " << error.what() << "\n";
-    return kMachineUnavailable;
-  }
+  const auto options = parseOptions({argv + 1, argv + argc}, std::cout, std::cerr);
+  if (const auto* exit = std::get_if<ParserExit>(&options)) return exit->status;
+  return supervised([&] {
+    try {
+      return demonstrate(std::get<DemoOptions>(options));
+    } catch (const std::exception& error) {
+      std::cerr << "demo: " << error.what() << "\n";
+      return kMachineUnavailable;
+    }
+  });
 }

@@ -14,14 +14,12 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <map>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -30,44 +28,10 @@
 #include "sim/launchd/Launchd.h"
 #include "sim/launchd/LaunchdPaths.h"
 #include "sim/launchd/ProcessStart.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Descendants.h"
 
 namespace halvo::sim {
 namespace {
-
-constexpr std::chrono::seconds kPatience(5);
-constexpr std::chrono::milliseconds kPause(2);
-
-std::vector<pid_t> children() {
-  std::vector<pid_t> found;
-  std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
-    // What is no number reads as 0, which is no process.
-    const auto process = static_cast<pid_t>(std::strtol(entry.path().filename().c_str(), nullptr, 10));
-    const auto facts = processFacts(process);
-    if (facts && facts->parent == ::getpid()) found.push_back(process);
-  }
-  return found;
-}
-
-// True when no child is left.
-bool collect() {
-  while (true) {
-    const pid_t child = ::waitpid(-1, nullptr, WNOHANG);
-    if (child < 0 && errno == ECHILD) return true;
-    if (child <= 0) return false;
-  }
-}
-
-// Kills and collects every child of this process, and what falls to it because their parents ended: this process must
-// be the reaper of its descendants. Gives up after a few seconds on what cannot be killed.
-void endStrayProcesses() {
-  const auto end = std::chrono::steady_clock::now() + kPatience;
-  while (!collect() && std::chrono::steady_clock::now() < end) {
-    for (const pid_t child : children()) ::kill(child, SIGKILL);
-    std::this_thread::sleep_for(kPause);
-  }
-}
 
 constexpr int kCannotStart = 71;
 constexpr int kRunningAlready = 75;
@@ -227,7 +191,7 @@ int runSession(const SessionOrder& order) {
   if (!signals.valid() || !control) return cannotStart("its control socket cannot be opened: " + lastError());
 
   const int status = Session(paths, std::move(*control), std::move(signals)).run(order);
-  endStrayProcesses();
+  endDescendants();
   return status;
 }
 

@@ -1,0 +1,82 @@
+#include "sim/demo/TimeLine.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "sim/demo/Meaning.h"
+
+namespace halvo::sim {
+namespace {
+
+std::string answer(const Request& request) {
+  return request.command + "  -> " + (request.reply.empty() ? "no reply" : request.reply);
+}
+
+// What is drawn for one connection; number 0 stands for none.
+struct ConnectionTracks {
+  Track during;
+  Track afterwards;
+};
+
+ConnectionTracks tracksOf(const Step& step, std::size_t connection) {
+  ConnectionTracks tracks;
+  const Request* request = connection == 0 ? nullptr : &step.requests[connection - 1];
+  tracks.during.name = request == nullptr ? "No connection" : "Connection " + std::to_string(connection);
+  tracks.afterwards.name = tracks.during.name + ", after the answer";
+  if (request != nullptr) {
+    tracks.during.marks.push_back({Mark::Kind::request, answer(*request), request->began, request->ended});
+  }
+  for (const Wait& wait : step.waits) {
+    if (wait.connection != connection) continue;
+    tracks.during.marks.push_back({Mark::Kind::wait, "Waits: " + wait.reason, wait.began, wait.ended});
+  }
+  for (const ToolCall& call : step.tools) {
+    if (connectionOf(step, call) != connection) continue;
+    const bool inTime = request == nullptr || call.ended <= request->ended;
+    Track& track = inTime ? tracks.during : tracks.afterwards;
+    track.marks.push_back({Mark::Kind::tool, describe(call), call.began, call.ended});
+  }
+  return tracks;
+}
+
+void append(std::vector<Track>& list, Track track) {
+  if (!track.marks.empty()) list.push_back(std::move(track));
+}
+
+}  // namespace
+
+std::vector<Track> timeLine(const Step& step) {
+  std::vector<Track> list;
+  for (std::size_t i = 0; i <= step.requests.size(); ++i) {
+    // What belongs to no connection, number 0, comes last.
+    ConnectionTracks tracks = tracksOf(step, (i + 1) % (step.requests.size() + 1));
+    append(list, std::move(tracks.during));
+    append(list, std::move(tracks.afterwards));
+  }
+  return list;
+}
+
+Span spanOf(const std::vector<Track>& tracks) {
+  Span span{std::numeric_limits<Moment>::max(), std::numeric_limits<Moment>::min()};
+  for (const Track& track : tracks) {
+    for (const Mark& mark : track.marks) {
+      span.began = std::min(span.began, mark.began);
+      span.ended = std::max(span.ended, mark.ended);
+    }
+  }
+  return tracks.empty() ? Span{0, 0} : span;
+}
+
+std::string nameOf(Mark::Kind kind) {
+  switch (kind) {
+    case Mark::Kind::request:
+      return "request";
+    case Mark::Kind::tool:
+      return "tool";
+    case Mark::Kind::wait:
+      return "wait";
+  }
+  return {};
+}
+
+}  // namespace halvo::sim
