@@ -1,11 +1,13 @@
 #include "sim/launchd/Job.h"
 
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <set>
 #include <system_error>
 #include <utility>
 #include <variant>
@@ -118,6 +120,21 @@ void Job::killIfOverdue(Clock::time_point now) const {
 
 void Job::signal(int number) const {
   if (process_) ::kill(*process_, number);
+}
+
+bool Job::serves() const {
+  if (!process_ || leaving()) return false;
+  std::set<std::string> listening;
+  for (const ListeningSocket& socket : sockets_) {
+    struct stat info {};
+    if (::fstat(socket.descriptor(), &info) == 0) listening.insert("socket:[" + std::to_string(info.st_ino) + "]");
+  }
+  std::error_code error;
+  const auto folder = std::filesystem::directory_iterator("/proc/" + std::to_string(*process_) + "/fd", error);
+  return std::any_of(begin(folder), end(folder), [&](const auto& entry) {
+    const std::string name = std::filesystem::read_symlink(entry.path(), error).string();
+    return name.starts_with("socket:[") && !listening.contains(name);
+  });
 }
 
 JobState Job::state() const {

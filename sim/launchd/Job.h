@@ -49,6 +49,8 @@ class Job {
   [[nodiscard]] const std::string& domain() const { return domain_; }
   [[nodiscard]] const JobDescription& description() const { return description_; }
   [[nodiscard]] std::optional<pid_t> process() const { return process_; }
+  // Whether the process holds a connection: a socket that it was not started with.
+  [[nodiscard]] bool serves() const;
   // terminate() was called.
   [[nodiscard]] bool ending() const { return ending_; }
   // On its way out: nothing more is to be expected of it than the end of its process.

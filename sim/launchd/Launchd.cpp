@@ -111,6 +111,10 @@ void Launchd::processEnded(pid_t process, int waitStatus) {
   if (job->leaving()) jobs_.remove(*job);
 }
 
+bool Launchd::serves() const {
+  return std::ranges::any_of(jobs_.all(), [](const auto& job) { return job->serves(); });
+}
+
 void Launchd::shutDown() {
   std::vector<Job*> jobs;
   for (const auto& job : jobs_.all()) jobs.push_back(job.get());

@@ -38,6 +38,8 @@ class Launchd {
 
   [[nodiscard]] bool isJob(pid_t process) const { return jobs_.findProcess(process) != nullptr; }
   void processEnded(pid_t process, int waitStatus);
+  // Whether a job has somebody's connection open.
+  [[nodiscard]] bool serves() const;
 
   // Boots out every job; allGone() says when that is done.
   void shutDown();

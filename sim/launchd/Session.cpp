@@ -67,6 +67,7 @@ class Session {
     command_ = startSessionCommand(order.command, order.user);
     if (!command_) status_ = kNoSuchCommand;
     while (!status_) turn();
+    if (interrupted_) finishWhatWasBegun();
     if (command_) ::kill(*command_, SIGTERM);
     for (const auto& [process, answer] : asked_) ::kill(-process, SIGKILL);
     // Whoever waits for them is told by the end of the connection that the machine has stopped.
@@ -94,15 +95,23 @@ class Session {
     return true;
   }
 
-  // Waits for the next event and deals with it.
-  void turn() {
+  // Who interrupts a command has not switched a Mac off: the helper goes on with what it was asked for.
+  void finishWhatWasBegun() {
+    constexpr std::chrono::milliseconds kLook(50);
+    if (!launchd_.serves()) return;
+    std::cerr << "halvo-sim: what was begun is finished before the machine is switched off; Control-C does so now\n";
+    while (!hurry_ && launchd_.serves()) turn(kLook);
+  }
+
+  // Waits for the next event, `longest` at most, and deals with it.
+  void turn(std::chrono::milliseconds longest = std::chrono::minutes(1)) {
     const auto now = Job::Clock::now();
     std::vector<pollfd> entries;
     const auto watch = [&](int descriptor) { entries.push_back({.fd = descriptor, .events = POLLIN, .revents = 0}); };
     watch(signals_.get());
     std::ranges::for_each(server_.descriptors(), watch);
     std::ranges::for_each(launchd_.awaited(now), watch);
-    ::poll(entries.data(), entries.size(), patience(now));
+    ::poll(entries.data(), entries.size(), patience(now, longest));
 
     readSignals();
     collectChildren();
@@ -112,19 +121,25 @@ class Session {
     launchd_.work(Job::Clock::now());
   }
 
-  [[nodiscard]] int patience(Launchd::TimePoint now) const {
+  [[nodiscard]] int patience(Launchd::TimePoint now, std::chrono::milliseconds longest) const {
     const auto deadline = launchd_.deadline(now);
-    if (!deadline) return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - now).count();
+    const auto left = deadline ? std::chrono::ceil<std::chrono::milliseconds>(*deadline - now) : longest;
     // Never zero: what is overdue and cannot be helped must not keep a processor busy.
-    return static_cast<int>(std::clamp<std::int64_t>(left, 1, 60'000));
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 1, longest.count()));
   }
 
   void readSignals() {
     signalfd_siginfo info{};
     while (::read(signals_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
       const int number = static_cast<int>(info.ssi_signo);
-      if (number != SIGCHLD && !status_) status_ = kSignalBase + number;
+      if (number == SIGCHLD) continue;
+      // A terminal sends it to the command as well, which ends by it or has a use for it.
+      if (number == SIGINT && command_) {
+        interrupted_ = true;
+        continue;
+      }
+      hurry_ = true;
+      if (!status_) status_ = kSignalBase + number;
     }
   }
 
@@ -153,6 +168,8 @@ class Session {
   std::optional<pid_t> command_;
   std::map<pid_t, ControlServer::Answer> asked_;  // the other commands that run, and who waits for their end
   std::optional<int> status_;
+  bool interrupted_ = false;
+  bool hurry_ = false;
 };
 
 // The folders that a job or a client expects, and nothing that an earlier life of the machine left in them.

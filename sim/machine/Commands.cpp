@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -71,8 +72,12 @@ int runCommand(const std::string& folder, unsigned user, const Words& command, c
   if (!way) return kFailed;
   Words session = {"/sbin/launchd", "--session", "/", std::to_string(user)};
   session.insert(session.end(), command.begin(), command.end());
+  // A Control-C of the terminal reaches the command and launchd, which see to the end; nothing between may die of it.
+  auto* const before = std::signal(SIGINT, SIG_IGN);
   const auto child = startChild(entryCommand(*way, *root, session), {});
-  return child ? collectChild(*child) : kProgramMissing;
+  const int status = child ? collectChild(*child) : kProgramMissing;
+  std::signal(SIGINT, before);
+  return status;
 }
 
 int checkCommand(const ToolStreams& streams) {
