@@ -64,7 +64,8 @@ INSTANTIATE_TEST_SUITE_P(Table, WrongOptions,
                                          UsageRow{"OnlyWithoutNumber", {"--only"}, "--only"},
                                          UsageRow{"OnlyNoNumber", {"--only", "x"}, "--only"},
                                          UsageRow{"OnlyZero", {"--only", "0"}, "--only"},
-                                         UsageRow{"OnlyTooLarge", {"--only", "27"}, "--only"},
+                                         UsageRow{
+                                             "OnlyTooLarge", {"--only", std::to_string(stepCount() + 1)}, "--only"},
                                          UsageRow{"ReportEmpty", {"--report", ""}, "--report"},
                                          UsageRow{"TraceWithoutFile", {"--trace"}, "--trace"}),
                          [](const auto& row) { return row.param.name; });

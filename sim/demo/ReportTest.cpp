@@ -72,6 +72,7 @@ Step hostileStep() {
   step.tools.push_back({.time = {}, .tool = kHostile, .arguments = {kHostile}, .status = 0, .began = 15, .ended = 20});
   step.waits.push_back({.reason = kHostile, .connection = 1, .began = 11, .ended = 12});
   step.after[std::string("/") + kHostile] = {.kind = FileState::Kind::file, .mode = 0644};
+  step.after[std::string("/") + kHostile + "/below"] = {.kind = FileState::Kind::file, .mode = 0644};
   step.remarks = {kHostile};
   step.surprises = {kHostile};
   return step;
