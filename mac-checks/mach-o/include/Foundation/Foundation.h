@@ -13,6 +13,7 @@
 #define NS_ENUM(type, name) \
   enum name : type name;    \
   enum name : type
+#define NS_SWIFT_NAME(name) __attribute__((swift_name(#name)))
 #define NS_UNAVAILABLE __attribute__((unavailable))
 
 // BOOL is another type on each processor.

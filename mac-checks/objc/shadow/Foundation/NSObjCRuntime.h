@@ -7,5 +7,9 @@
 #undef NS_UNAVAILABLE
 #define NS_UNAVAILABLE __attribute__((unavailable))
 
+#ifndef NS_SWIFT_NAME
+#define NS_SWIFT_NAME(name)
+#endif
+
 #define NSGetSizeAndAlignment HalvoDoubleGetSizeAndAlignment
 extern "C" const char* HalvoDoubleGetSizeAndAlignment(const char* type, NSUInteger* size, NSUInteger* alignment);
