@@ -53,7 +53,8 @@ foreach(arch arm64 x86_64)
 endforeach()
 
 # One stamp per file: found once, a clean file is not looked at again until it or a header changes.
-foreach(source ${mac_sources})
+macho_sources(example_sources halvo-example-objective-c)
+foreach(source ${mac_sources} ${example_sources})
   if(NOT source MATCHES "\\.mm$")
     continue()
   endif()

@@ -23,7 +23,7 @@ endfunction()
 # GoogleTest is all that a Mac's tests may need.
 set(APPLE TRUE)
 set(CMAKE_DISABLE_FIND_PACKAGE_rapidcheck TRUE)
-foreach(module platform HalvoHelperXPC transport HalvoHelper main client)
+foreach(module platform HalvoHelperXPC transport HalvoHelper main client examples)
   add_subdirectory("${PROJECT_SOURCE_DIR}/${module}" "${module}" EXCLUDE_FROM_ALL)
 endforeach()
 unset(APPLE)

@@ -89,6 +89,8 @@ typedef struct {
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (instancetype)initWithCharacters:(const unichar*)characters length:(NSUInteger)length;
 - (BOOL)isEqualToString:(NSString*)other;
+@property(nullable, readonly) const char* UTF8String;
++ (nullable instancetype)stringWithUTF8String:(const char*)text;
 @end
 
 @interface NSData : NSObject <NSCopying>
