@@ -11,7 +11,7 @@
 namespace halvo {
 namespace {
 
-constexpr std::size_t kBufferBytes = 1'048'576;
+using Buffer = std::array<std::byte, 1'048'576>;
 
 bool writeAll(int descriptor, std::span<const std::byte> bytes) {
   while (!bytes.empty()) {
@@ -27,7 +27,7 @@ bool writeAll(int descriptor, std::span<const std::byte> bytes) {
 
 bool halvoCopyBounded(int from, int to, std::int64_t max) {
   // Not filled: nothing is written that was not read, and a small file touches one page of it.
-  const auto memory = std::make_unique_for_overwrite<std::array<std::byte, kBufferBytes>>();
+  const auto memory = std::make_unique_for_overwrite<Buffer>();
   const std::span buffer(*memory);
   std::int64_t total = 0;
   while (true) {

@@ -154,8 +154,8 @@ void makeRoom(std::string& text, std::size_t count) {
 // Everything up to the end of file, or nothing when that is not UTF-8. Nothing when reading fails either: half a report
 // is not a report.
 std::string readTextToEnd(int descriptor) {
-  constexpr std::size_t kChunk = 64UL * 1024;
-  const auto chunk = std::make_unique_for_overwrite<std::array<char, kChunk>>();
+  using Chunk = std::array<char, 65'536>;
+  const auto chunk = std::make_unique_for_overwrite<Chunk>();
   std::string text;
   std::size_t checked = 0;
   while (true) {
