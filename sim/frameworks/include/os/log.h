@@ -26,6 +26,7 @@ void _os_log_impl(void* program, os_log_t log, os_log_type_t type, const char* f
 
 }  // extern "C"
 
+#if __has_builtin(__builtin_os_log_format)
 // The log is read with the program at hand, which is why formats have a place of their own in it.
 #ifdef __APPLE__
 #define HALVO_SIM_FORMAT_SECTION __attribute__((section("__TEXT,__oslogstring,cstring_literals")))
@@ -44,4 +45,8 @@ void _os_log_impl(void* program, os_log_t log, os_log_type_t type, const char* f
       _os_log_impl(&__dso_handle, os_log_chosen, os_log_level, os_log_text, os_log_packed, sizeof os_log_packed); \
     }                                                                                                             \
   })
+#else
+// A compiler that cannot pack arguments reads sources that log; what it builds of them logs their formats alone.
+#define os_log_with_type(log, type, format, ...) _os_log_impl(nullptr, (log), (type), format, nullptr, 0)
+#endif
 #define os_log(log, format, ...) os_log_with_type(log, OS_LOG_TYPE_DEFAULT, format, ##__VA_ARGS__)
