@@ -205,6 +205,17 @@ TEST_F(StageFileFaultTest, AToolThatIsStartedMeanwhileInheritsNeitherFile) {
   EXPECT_THAT(flags, ElementsAre(FD_CLOEXEC, FD_CLOEXEC));
 }
 
+// Nobody's link is followed, nobody's FIFO is waited for, and what is there already is not written. Some of this
+// another flag grants as well: none is left out, since systems differ in what one flag implies of another.
+TEST_F(StageFileFaultTest, BothFilesAreOpenedWithEveryGuardThereIs) {
+  const NotedOpenings openings;
+
+  ASSERT_TRUE(fs_.stageFile(source_, staged_));
+
+  EXPECT_THAT(openings.flags(), ElementsAre(O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC,
+                                            O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC));
+}
+
 class BoundedCopyFaultTest : public PrivilegedFSFaultTest {
  protected:
   bool copy(std::int64_t max = kForEver) const {

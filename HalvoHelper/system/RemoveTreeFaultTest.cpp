@@ -20,6 +20,8 @@
 namespace halvo {
 namespace {
 
+using testing::Contains;
+using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
@@ -113,6 +115,29 @@ TEST_F(RemoveTreeFaultTest, AFileIsRemovedWithoutBeingOpened) {
   EXPECT_EQ(opened.calls(), 0);
 }
 
+// A directory above, which the caller vouches for, and the directories of the tree.
+constexpr int kAbove = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr int kInside = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+TEST_F(RemoveTreeFaultTest, EveryDirectoryOfATreeIsOpenedWithEveryGuardThereIs) {
+  directory_.makeDirectory("tree/inner");
+  const NotedOpenings openings;
+
+  EXPECT_TRUE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_THAT(openings.flags(), ElementsAre(kAbove, kInside, kInside));
+}
+
+TEST_F(RemoveTreeFaultTest, AnItemThatMayBeLockedIsOpenedItselfWithoutWaiting) {
+  const std::string file = directory_.makeFile("file");
+  const SystemCallFault locked("unlinkat", EPERM, 1);
+  const NotedOpenings openings;
+
+  EXPECT_FALSE(halvoRemoveTree(file));
+
+  EXPECT_THAT(openings.flags(), Contains(O_RDONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC));
+}
+
 // Another thread's file may have the number of a descriptor as soon as that is closed.
 TEST_F(RemoveTreeFaultTest, NoDescriptorIsClosedTwice) {
   UniqueDescriptor strangers;
@@ -128,6 +153,16 @@ TEST_F(RemoveTreeFaultTest, AToolThatIsStartedMeanwhileInheritsNoDirectory) {
   std::vector<int> meanwhile;
 
   const SystemCallHook tool("readdir", 1, [&] { meanwhile = inheritableDescriptors(); });
+  EXPECT_TRUE(halvoRemoveTree(directory_.makeDirectory("tree")));
+
+  EXPECT_EQ(meanwhile, before);
+}
+
+TEST_F(RemoveTreeFaultTest, AToolThatIsStartedBeforeTheListingInheritsNoDirectoryEither) {
+  const std::vector<int> before = inheritableDescriptors();
+  std::vector<int> meanwhile;
+
+  const SystemCallHook tool("fdopendir", 1, [&] { meanwhile = inheritableDescriptors(); });
   EXPECT_TRUE(halvoRemoveTree(directory_.makeDirectory("tree")));
 
   EXPECT_EQ(meanwhile, before);

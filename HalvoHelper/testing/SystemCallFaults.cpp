@@ -16,6 +16,7 @@ namespace {
 
 thread_local SystemCallFault* newestFault = nullptr;
 thread_local SystemCallHook* newestHook = nullptr;
+thread_local NotedOpenings* openings = nullptr;
 
 // The answer of a call that is to fail: `failure` with errno set, or 0 where the fault says so.
 template <typename Result>
@@ -58,8 +59,17 @@ void SystemCallHook::announce(const char* function) {
   }
 }
 
+NotedOpenings::NotedOpenings() { openings = this; }
+
+NotedOpenings::~NotedOpenings() { openings = nullptr; }
+
+void NotedOpenings::note(int flags) {
+  if (openings != nullptr) openings->flags_.push_back(flags);
+}
+
 }  // namespace halvo
 
+using halvo::NotedOpenings;
 using halvo::SystemCallFault;
 
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp,cert-dcl50-cpp): the linker gives the names, and
@@ -72,6 +82,7 @@ int __wrap_open(const char* path, int flags, ...) {
   va_start(rest, flags);
   const auto mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : mode_t{};
   va_end(rest);
+  NotedOpenings::note(flags);
   if (const auto* fault = SystemCallFault::of("open")) return halvo::failed(*fault, -1);
   return __real_open(path, flags, mode);
 }
@@ -82,6 +93,7 @@ int __wrap_openat(int directory, const char* path, int flags, ...) {
   va_start(rest, flags);
   const auto mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : mode_t{};
   va_end(rest);
+  NotedOpenings::note(flags);
   if (const auto* fault = SystemCallFault::of("openat")) return halvo::failed(*fault, -1);
   return __real_openat(directory, path, flags, mode);
 }

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace halvo {
 
@@ -54,6 +55,23 @@ class SystemCallHook {
   std::function<void()> action_;
   int calls_ = 0;
   SystemCallHook* next_;
+};
+
+// While it lives, notes the flags of every open() and openat() of this thread, in their order.
+class NotedOpenings {
+ public:
+  NotedOpenings();
+  NotedOpenings(const NotedOpenings&) = delete;
+  NotedOpenings& operator=(const NotedOpenings&) = delete;
+  ~NotedOpenings();
+
+  [[nodiscard]] const std::vector<int>& flags() const { return flags_; }
+
+  // What a wrapper says before it goes on.
+  static void note(int flags);
+
+ private:
+  std::vector<int> flags_;
 };
 
 }  // namespace halvo
