@@ -1,9 +1,14 @@
 // What the program says when the system does not let it read the manifest.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <vector>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
+#include "HalvoHelper/testing/ProcessState.h"
 #include "HalvoHelper/testing/SystemCallFaults.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "client/Manifest.h"
@@ -69,6 +74,50 @@ TEST_F(ManifestFaultTest, TheFileIsClosed) {
   static_cast<void>(readManifest(manifest));
 
   EXPECT_EQ(fault.calls(), 1);
+}
+
+TEST_F(ManifestFaultTest, AnInterruptedReadOfAStreamGoesOn) {
+  const StandardInputFrom input(manifest);
+  const SystemCallFault fault("read", EINTR);
+
+  EXPECT_THAT(readManifest("-"), VariantWith<std::string>("{\"driver_version\":\"2.1\"}"));
+}
+
+// One byte more than the largest tells that there is more; the rest may have no end.
+TEST_F(ManifestFaultTest, OfAStreamNoMoreIsReadThanTellsThatItIsTooLarge) {
+  const StandardInputFrom input(directory.makeSparseFile("large", 3'145'728));
+
+  static_cast<void>(readManifest("-"));
+
+  EXPECT_EQ(::lseek(STDIN_FILENO, 0, SEEK_CUR), 1'048'577);
+}
+
+// A FIFO that holds a manifest and whose writer goes when that has been read.
+class FifoFaultTest : public ManifestFaultTest {
+ protected:
+  FifoFaultTest() { static_cast<void>(::write(writer.get(), "{}", 2) < 0); }
+
+  const std::string fifo = directory.makeFifo("fifo");
+  UniqueDescriptor writer{::open(fifo.c_str(), O_RDWR | O_CLOEXEC)};
+  const SystemCallHook end{"read", 2, [this] { writer.close(); }};
+};
+
+TEST_F(FifoFaultTest, IsClosedWhenItWasRead) {
+  const SystemCallFault closed("close", EIO, 0, 0);
+
+  EXPECT_THAT(readManifest(fifo), VariantWith<std::string>("{}"));
+
+  EXPECT_EQ(closed.calls(), 2) << "the writer's end, and ours";
+}
+
+TEST_F(FifoFaultTest, IsNotInheritedByAProgramThatIsStartedMeanwhile) {
+  const std::vector<int> inheritable = inheritableDescriptors();
+  std::vector<int> meanwhile;
+  const SystemCallHook program("read", 1, [&] { meanwhile = inheritableDescriptors(); });
+
+  EXPECT_THAT(readManifest(fifo), VariantWith<std::string>("{}"));
+
+  EXPECT_EQ(meanwhile, inheritable);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ namespace {
 using testing::EndsWith;
 using testing::Eq;
 using testing::Optional;
+using testing::StartsWith;
 
 constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
 
@@ -50,6 +51,14 @@ INSTANTIATE_TEST_SUITE_P(
         PlaceRow{"ControlCharacters", [](const TemporaryDirectory& in) { return in.path("\n.pkg"); },
                  "/\\012.pkg is not there: check the path."}),
     nameOf);
+
+TEST(VisibleFaultsTest, APackageThatCannotBeLookedAtIsLeftToTheHelper) {
+  EXPECT_EQ(faultOfPackage("/" + std::string(5000, 'a')), std::nullopt);
+}
+
+TEST(VisibleFaultsTest, ControlCharactersOfAnApplicationsPathAreShownAsCodes) {
+  EXPECT_THAT(faultOfBundle("\x1B[2J/Halvo.app"), Optional(StartsWith("The path \\033[2J/Halvo.app ")));
+}
 
 TEST(VisibleFaultsTest, APackageMayBeAsLargeAsTheHelperTakesIt) {
   const TemporaryDirectory directory;

@@ -72,5 +72,15 @@ TEST_F(HelperMainQueue, RepeatsWorkButNeverBeforeItsIntervalHasPassed) {
 
 TEST(HelperEnd, IsASuccessWhateverElseRuns) { EXPECT_EXIT(halvoEndProcess(), testing::ExitedWithCode(0), "^$"); }
 
+// A connection's thread may be using what a destructor would take away.
+TEST(HelperEnd, TearsNothingDownUnderThreadsThatStillRun) {
+  const auto end = [] {
+    std::atexit([] { print("torn down"); });
+    halvoEndProcess();
+  };
+
+  EXPECT_EXIT(end(), testing::ExitedWithCode(0), "^$");
+}
+
 }  // namespace
 }  // namespace halvo
