@@ -75,6 +75,20 @@ TEST_F(ClientOutputScenario, AManifestMayComeThroughAPipe) {
   EXPECT_EQ(result.out, std::string(kInstalledReply) + "\n") << result.err;
 }
 
+TEST_F(ClientOutputScenario, AnInterruptEndsItWithAStatusOfItsOwnWhateverItWaitsFor) {
+  start();
+  const std::string fifo = "/Users/user501/manifest";
+  const std::string app = std::string(ProductMachine::kAppProgram) + " install /Users/user501/a.pkg --manifest " + fifo;
+
+  // Opening the FIFO for writing waits until the program reads it. What a shell starts aside ignores interrupts.
+  const CommandResult result = mac().run(
+      machine.user(),
+      {"/bin/sh", "-c", "mkfifo " + fifo + "; " + app + " & exec 3>" + fifo + "; kill -INT $!; exec 3>&-; wait $!"});
+
+  EXPECT_EQ(result.status, 130);
+  EXPECT_EQ(result.err, "\nhalvo-app: interrupted; what the helper has begun, it finishes\n");
+}
+
 TEST_F(ClientOutputScenario, AMissingPackageIsToldBeforeAnybodyIsAskedForAPassword) {
   start();
   PackageFiles package = machine.package({});
