@@ -79,6 +79,14 @@ TEST_F(ServiceFailureTest, AfterAConnectionThatTheSystemGaveUpTheNextMessageConn
   EXPECT_EQ(pinged(), "text {}");
 }
 
+TEST_F(ServiceFailureTest, ARefusalAfterAConnectionThatTheSystemGaveUpIsNoInterruption) {
+  pinged();
+  giveUpDoubleConnections(kService);
+  delegate_->admits = false;
+
+  EXPECT_THAT(pinged(), StartsWith("unreachable: "));
+}
+
 TEST_F(ServiceFailureTest, AReplyAfterTheInterruptionIsDropped) {
   Answer answer;
   startUnansweredPing(answer);
