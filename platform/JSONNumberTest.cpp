@@ -62,6 +62,7 @@ INSTANTIATE_TEST_SUITE_P(Table, NoWholeNumber,
                                 NoWholeRow{"OneDigitTooMany", "1e19"}, NoWholeRow{"TwoDigitsTooMany", "1e20"},
                                 NoWholeRow{"ExponentBeyondAnInteger", "1e9999999999999999999"},
                                 NoWholeRow{"NegativeExponentBeyondAnInteger", "1e-9999999999999999999"},
+                                NoWholeRow{"MoreZerosThanAMachineHolds", "1e4000000000000000000"},
                                 NoWholeRow{"LargestExponent", "10e9223372036854775807"},
                                 NoWholeRow{"SmallestExponent", "0.1e-9223372036854775808"}),
                          [](const TestParamInfo<NoWholeRow>& row) { return row.param.name; });
