@@ -18,6 +18,7 @@
 namespace halvo {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Requests = std::vector<std::string>;
@@ -515,6 +516,19 @@ INSTANTIATE_TEST_SUITE_P(
                     "changed. Try again; if that does not help, restart the Mac.\n"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST_F(CommandsTest, ARefusedRemovalIsExplainedByWhatIsVisiblyWrongWithThePath) {
+  knowTheRight();
+  letTheAdministrator("allow");
+  helper->boolReply = false;
+
+  EXPECT_EQ(run({.verb = Verb::removeBundle, .withoutChecks = true, .path = "/Applications/Other.app"}),
+            ExitStatus::refused);
+
+  EXPECT_EQ(err.str(),
+            "halvo-app: The helper did not remove it. The path /Applications/Other.app does not end with Halvo.app: "
+            "name the application.\n");
+}
+
 class UninstallCommand : public CommandsTest {
  protected:
   UninstallCommand() { helper->textReply = kDone; }
@@ -567,6 +581,14 @@ TEST_F(UninstallCommand, EndsWhereTheApplicationStays) {
   EXPECT_THAT(err.str(),
               testing::EndsWith("\nhalvo-app: The uninstall ends here. The system parts are removed; the application "
                                 "and its helper are not.\n"));
+}
+
+TEST_F(UninstallCommand, NamesNoApplicationWhereTheReplyNamesNone) {
+  helper->textReply = R"({"code":"ok"})";
+
+  run(unapproved);
+
+  EXPECT_THAT(helper->requests, Contains("removeAppBundle 32 bytes "));
 }
 
 TEST_F(UninstallCommand, SaysThatTheHelperStaysWhereItDoes) {

@@ -221,6 +221,17 @@ TEST_F(RemoveTreeFaultTest, ARefusalThatNoFlagExplainsIsNotTriedAgain) {
   EXPECT_EQ(refused.calls(), 1);
 }
 
+TEST_F(RemoveTreeFaultTest, ARefusedItemThatCannotBeJudgedIsNotTriedAgain) {
+  directory_.makeFile("tree/file");
+
+  const SystemCallFault refused("unlinkat", EPERM, 1);
+  const SystemCallFault unknown("fstatat", EIO, 2, 2);
+  EXPECT_FALSE(halvoRemoveTree(directory_.path("tree")));
+
+  EXPECT_EQ(unknown.calls(), 2) << "the tree, and the item";
+  EXPECT_EQ(refused.calls(), 1);
+}
+
 // ---- Entries that vanish
 
 struct Moment {
