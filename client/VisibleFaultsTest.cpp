@@ -56,6 +56,13 @@ TEST(VisibleFaultsTest, APackageThatCannotBeLookedAtIsLeftToTheHelper) {
   EXPECT_EQ(faultOfPackage("/" + std::string(5000, 'a')), std::nullopt);
 }
 
+// A link that leads to itself.
+TEST(VisibleFaultsTest, AnApplicationThatCannotBeLookedAtIsLeftToTheHelper) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(faultOfBundle(directory.makeLink("Halvo.app", directory.path("Halvo.app"))), std::nullopt);
+}
+
 TEST(VisibleFaultsTest, ControlCharactersOfAnApplicationsPathAreShownAsCodes) {
   EXPECT_THAT(faultOfBundle("\x1B[2J/Halvo.app"), Optional(StartsWith("The path \\033[2J/Halvo.app ")));
 }
