@@ -11,15 +11,29 @@
 namespace halvo {
 namespace {
 
-// In the order of the enumeration.
-constexpr std::array<std::string_view, 9> kNames = {
-    "--help",          "--version",        "--manifest",      "--timeout", "--accept-audio-interruption",
-    "--without-grant", "--without-checks", "--open-settings", "--json",
+struct OptionRow {
+  std::string_view name;
+  std::string_view value;  // what it is; empty for an option that takes none
 };
 
-// What an option's value is; empty for one that takes none.
-constexpr std::array<std::string_view, 8> kValues = {"", "", "the path of a file", "a number of seconds", "", "",
-                                                     "", ""};
+// In the order of the enumeration.
+constexpr auto kOptions = std::to_array<OptionRow>({
+    {"--help", ""},
+    {"--version", ""},
+    {"--manifest", "the path of a file"},
+    {"--timeout", "a number of seconds"},
+    {"--accept-audio-interruption", ""},
+    {"--without-grant", ""},
+    {"--without-checks", ""},
+    {"--open-settings", ""},
+    {"--json", ""},
+});
+
+constexpr auto kNames = [] {
+  std::array<std::string_view, kOptions.size()> names;
+  std::ranges::transform(kOptions, names.begin(), &OptionRow::name);
+  return names;
+}();
 
 // Numbers that no character has.
 constexpr int kFirstNumber = 256;
@@ -29,10 +43,10 @@ constexpr int kOperand = 1;
 
 std::vector<option> tableForGetopt() {
   std::vector<option> table;
-  table.reserve(kNames.size() + 1);
-  for (std::size_t i = 0; i < kNames.size(); ++i) {
-    table.push_back({kNames[i].data() + 2, kValues[i].empty() ? no_argument : required_argument, nullptr,
-                     kFirstNumber + static_cast<int>(i)});
+  table.reserve(kOptions.size() + 1);
+  for (const OptionRow& row : kOptions) {
+    table.push_back({row.name.data() + 2, row.value.empty() ? no_argument : required_argument, nullptr,
+                     kFirstNumber + static_cast<int>(table.size())});
   }
   table.push_back({nullptr, 0, nullptr, 0});
   return table;
@@ -48,7 +62,7 @@ std::optional<Option> optionNumbered(int number) {
 std::string complaintAbout(std::string_view word) {
   if (const auto known = optionNumbered(optopt)) {
     const std::string name(nameOf(*known));
-    const std::string value(kValues[static_cast<std::size_t>(*known)]);
+    const std::string value(kOptions[static_cast<std::size_t>(*known)].value);
     return value.empty() ? name + " takes no value" : name + " needs " + value;
   }
   const std::string name =
