@@ -70,14 +70,14 @@ enum class End { head, tail };
 
 Contents contentsOf(const Opened& opened, End end, std::size_t most) {
   // A link at the end of the path is refused with ELOOP, and is no file.
-  if (opened.error != 0) return {opened.error == ELOOP ? Sight::present : sightFor(opened.error), false, {}};
+  if (!opened.file.valid()) return {opened.error == ELOOP ? Sight::present : sightFor(opened.error), false, {}};
   struct stat info {};
   if (::fstat(opened.file.get(), &info) != 0) return {Sight::unreadable, false, {}};
   Contents contents{Sight::present, S_ISREG(info.st_mode), {}};
   if (!contents.isFile) return contents;
   const off_t beyond = std::max<off_t>(0, info.st_size - static_cast<off_t>(most));
-  if (!readInto(contents.bytes, opened.file.get(), end == End::head ? 0 : beyond, most))
-    return {Sight::unreadable, true, {}};
+  const off_t from = end == End::head ? 0 : beyond;
+  if (!readInto(contents.bytes, opened.file.get(), from, most)) return {Sight::unreadable, true, {}};
   return contents;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "HalvoHelper/system/ProductPaths.h"
 #include "client/RefusalText.h"
@@ -33,13 +34,17 @@ Findings judgeTools(const Examination& seen) {
   for (const Tool& tool : *seen.tools) {
     if (tool.age < (tool.name == "installer" ? kLongForInstaller : kLongForOthers)) continue;
     const std::string process = std::to_string(tool.process);
+    std::string hint =
+        "The helper waits for it without a limit and holds every other change back. Look what it does with "
+        "\"ps -o etime,command -p ";
+    hint += process;
+    hint += "\". Ending it with \"sudo kill ";
+    hint += process;
+    hint += "\" fails its step; a failed installer is rolled back.";
     all.push_back(
         {"tool-slow",
          "The helper's " + tool.name + ", process " + process + ", has been running for " + ageText(tool.age) + ".",
-         "The helper waits for it without a limit and holds every other change back. Look what it does with "
-         "\"ps -o etime,command -p " +
-             process + "\". Ending it with \"sudo kill " + process +
-             "\" fails its step; a failed installer is rolled back."});
+         std::move(hint)});
   }
   return all;
 }

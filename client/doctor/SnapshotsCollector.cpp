@@ -30,11 +30,12 @@ Snapshot collectSnapshot(const Disk& disk, const std::string& name) {
   const auto [bytes, isAll] = disk.sizeOf(path);
   snapshot.bytes = bytes;
   snapshot.bytesAreAll = isAll;
+  const std::string inside = path + "/";
   for (const std::string part : kInstalledParts) {
     const std::string saved = halvoLastPathComponent(part);
-    if (disk.look(path + "/" + saved).sight == Sight::absent) snapshot.missing.push_back(saved);
+    if (disk.look(inside + saved).sight == Sight::absent) snapshot.missing.push_back(saved);
   }
-  auto [sight, version] = readDriverVersion(disk, path + "/" + halvoLastPathComponent(kDriverBundlePath));
+  auto [sight, version] = readDriverVersion(disk, inside + halvoLastPathComponent(kDriverBundlePath));
   snapshot.driverSight = sight;
   snapshot.driverVersion = std::move(version);
   return snapshot;

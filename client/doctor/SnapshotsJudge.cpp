@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <string_view>
+
 #include "HalvoHelper/system/ProductPaths.h"
 #include "client/doctor/Findings.h"
 
@@ -16,10 +19,9 @@ bool isPartial(const Snapshot& snapshot) {
 }
 
 bool holdsDriver(const Snapshot& snapshot) {
-  for (const std::string& name : snapshot.missing) {
-    if (std::string(kDriverBundlePath).ends_with("/" + name)) return false;
-  }
-  return true;
+  return std::ranges::none_of(snapshot.missing, [](const std::string& name) {
+    return std::string_view(kDriverBundlePath).ends_with("/" + name);
+  });
 }
 
 }  // namespace
