@@ -214,6 +214,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRow{"UnknownEntity", xmlWithValue("<string>&nbsp;</string>")},
         RefusedRow{"EntityOfItsOwn",
                    "<!DOCTYPE plist [<!ENTITY x \"9\">]><plist><dict><key>v</key><string>&x;</string></dict></plist>"},
+        RefusedRow{"DeclarationsOfItsOwn", std::string("<!DOCTYPE plist [<!-- > -->]>") + kVersion},
+        RefusedRow{"DocumentTypeThatEndsInQuotes", std::string("<!DOCTYPE plist SYSTEM \"a>b\">") + kVersion},
         RefusedRow{"NulInAText", xmlWithValue(std::string_view("<string>a\0b</string>", 20))},
         RefusedRow{"NulInAnArray", xmlWithValue(std::string_view("<array><string>\0</string></array>", 33))},
         RefusedRow{"NulByItsNumber", xmlWithValue("<string>a&#0;b</string>")},

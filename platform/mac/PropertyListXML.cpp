@@ -51,6 +51,12 @@ bool isTag(std::string_view piece) {
   return piece.starts_with('<') && !piece.starts_with("<!") && !piece.starts_with("<?");
 }
 
+// The reader goes through such declarations by rules of its own, and where it takes them to end cannot be told from
+// here.
+bool declaresItsOwnType(std::string_view piece) {
+  return piece.starts_with("<!DOCTYPE") && piece.find('[') != std::string_view::npos;
+}
+
 bool mayFollowTheEnd(std::string_view piece) {
   return isBlank(piece) || piece.starts_with("<!--") || piece.starts_with("<?");
 }
@@ -80,6 +86,7 @@ bool isLaxPropertyListXML(std::string_view utf8) {
     const std::string_view piece = takePiece(utf8);
     if (hasEnded && !mayFollowTheEnd(piece)) return true;
     if (!piece.starts_with('<') && namesNul(piece)) return true;
+    if (declaresItsOwnType(piece)) return true;
     if (!isTag(piece)) continue;
     const bool isEnd = piece.starts_with("</");
     if (!isEnd && !piece.ends_with("/>")) ++depth;

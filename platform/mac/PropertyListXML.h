@@ -11,7 +11,8 @@ namespace halvo {
 [[nodiscard]] std::string utf8OfPropertyList(std::string_view list);
 
 // Whether the list is XML that the platform's reader takes and a strict one does not. The reader stops at the end of
-// the first element, whatever stands behind it, and makes a NUL of &#0;. Lists in other forms are left to it.
+// the first element, whatever stands behind it, makes a NUL of &#0;, and goes through a document type with declarations
+// of its own by rules that nobody wrote down. Lists in other forms are left to it.
 [[nodiscard]] bool isLaxPropertyListXML(std::string_view utf8);
 
 }  // namespace halvo

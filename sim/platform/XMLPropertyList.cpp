@@ -151,6 +151,7 @@ class Reading {
     XML_SetCommentHandler(parser_.get(), [](void* self, const char*) { of(self).pass(&ListContents::aside); });
     XML_SetProcessingInstructionHandler(
         parser_.get(), [](void* self, const char*, const char*) { of(self).pass(&ListContents::aside); });
+    refuseDocumentTypes();
     refuseEntities();
   }
 
@@ -161,6 +162,17 @@ class Reading {
 
  private:
   static Reading& of(void* self) { return *static_cast<Reading*>(self); }
+
+  // A Mac's reader takes a document type to end at the first '>', also in quotes, and one with declarations of its own
+  // is refused before it gets there.
+  void refuseDocumentTypes() {
+    XML_SetStartDoctypeDeclHandler(parser_.get(),
+                                   [](void* self, const char*, const char* where, const char*, int hasDeclarations) {
+                                     const std::string_view quoted = where == nullptr ? "" : where;
+                                     if (hasDeclarations != 0 || quoted.find_first_of(">[") != std::string_view::npos)
+                                       of(self).refuse();
+                                   });
+  }
 
   // Only the five that XML itself knows are texts. Those of the document's own could grow without end, and those of a
   // DTD that is never fetched would be left out in silence.
