@@ -25,7 +25,7 @@ class Workshop:
         self.machine = folder / "machine"
         self.originals = folder / "originals"
         self._stand_ins = folder / "stand-ins"
-        self._build = build
+        self.build = build
         self._files = files
         self._scripts = scripts(files)
         self._copies = 0
@@ -44,7 +44,7 @@ class Workshop:
         at home."""
         behind = os.environ["PATH"]
         if installed:
-            behind = f"{self.machine}:{self._build / 'client'}:{behind}"
+            behind = f"{self.machine}:{self.build / 'client'}:{behind}"
         return {
             "PATH": f"{self._stand_ins}:{behind}", "PATH_BEHIND_STAND_INS": behind,
             "HOME": str(home), "TMPDIR": str(home), "LC_ALL": "C.UTF-8", "DOCUMENT_LOG": str(self.log_in(home)),
@@ -100,7 +100,7 @@ class Workshop:
 
     def _copy_machine_files(self) -> None:
         """halvo-sim reads where its files lie from a list beside it; the build itself may be out of a user's reach."""
-        built = self._build / "sim/machine"
+        built = self.build / "sim/machine"
         self.machine.mkdir()
         shutil.copy(built / "halvo-sim", self.machine)
         rows = []
@@ -115,7 +115,7 @@ class Workshop:
     def _pretend_build(self, folder: Path) -> None:
         (folder / "sim").mkdir(parents=True)
         (folder / "sim/machine").symlink_to(self.machine)
-        for entry in self._build.iterdir():
+        for entry in self.build.iterdir():
             if entry.name != "sim":
                 (folder / entry.name).symlink_to(entry)
 

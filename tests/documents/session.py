@@ -58,8 +58,17 @@ class Session:
         status, said = _run(["halvo-sim", "check"], folder, self._workshop.environment(folder, installed=True), user)
         return status == 0, said
 
+    def _reaches_the_build(self, user: int) -> tuple[bool, str]:
+        """Root may have put the repository where nobody else may go."""
+        build = str(self._workshop.build)
+        folder = self._workshop.new_folder(user)
+        status, _ = _run(["test", "-x", build], folder, self._workshop.environment(folder, installed=False), user)
+        return status == 0, f"{build} is out of that user's reach"
+
     def _as_ordinary_user(self, document: Document) -> list[Finding]:
         possible, reason = self._check(_ORDINARY_USER)
+        if possible:
+            possible, reason = self._reaches_the_build(_ORDINARY_USER)
         if not possible:
             self.tally.not_run.append(f"{document.path} as an ordinary user: {reason}")
             return []
