@@ -12,10 +12,10 @@ using testing::MatchesRegex;
 
 class ProtectedPackageScenario : public Scenario {
  protected:
-  // The folders that the application's program made and did not remove; other programs have theirs beside them.
+  // The folders that the application's program made and did not remove.
   std::vector<std::string> copiesLeft() {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(mac().path("/private/tmp"))) {
+    for (const auto& entry : std::filesystem::directory_iterator(mac().path("/private/var/folders/501/T"))) {
       const std::string name = entry.path().filename().string();
       if (name.starts_with("halvo-app.")) names.push_back(name);
     }
@@ -40,9 +40,10 @@ TEST_F(ProtectedPackageScenario, ThatIsRefusedLeavesNoCopyEither) {
 
   EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kStagingFailedReply);
 
-  EXPECT_THAT(messagesIn(kInstallLog),
-              ElementsAre(MatchesRegex("REFUSED: could not stage /tmp/halvo-app\\.[A-Za-z0-9]{6}/Halvo\\.pkg -> "
-                                       "/var/db/halvo/install-staging/incoming\\.pkg")));
+  EXPECT_THAT(
+      messagesIn(kInstallLog),
+      ElementsAre(MatchesRegex("REFUSED: could not stage /var/folders/501/T/halvo-app\\.[A-Za-z0-9]{6}/Halvo\\.pkg "
+                               "-> /var/db/halvo/install-staging/incoming\\.pkg")));
   EXPECT_THAT(copiesLeft(), IsEmpty());
 }
 
