@@ -168,6 +168,7 @@ void walkTurns(Stage& stage) {
   const PackageFiles slow = stage.machine().package(
       {.name = "slow", .version = "1.6.0", .extra = {"--postinstall", stage.mac().path(script).string()}});
 
+  awaitNextSecond();
   Step step = stage.begin("While a change is made, a question is answered at once and another change waits");
   Stage::Pending install = stage.send(step, {app, "install", slow.path, "--manifest", slow.manifest});
   Stage::expect(step, waitUntil([&] { return std::filesystem::exists(began); }), "the installer should run");
