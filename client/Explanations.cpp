@@ -158,7 +158,7 @@ std::string explainEndOfUninstall(const CommandLine& step) {
     case Verb::uninstall:
       break;
   }
-  return {};
+  return {};  // Not reached: there is no other verb.
 }
 
 Explanation explainOldHelper() {
