@@ -94,10 +94,12 @@ void walkRefusedPackages(Stage& stage) {
   refuse(stage, "A package whose chain ends with somebody else",
          {.name = "unknown-authority", .version = "1.3.0", .report = "unknown-authority.txt"}, "unknown_authority");
 
-  PackageFiles link = stage.machine().package({.name = "Halvo-1.3.0", .version = "1.3.0"});
+  // Where the helper may read it, so that nothing but the link is against it.
+  PackageFiles link =
+      stage.machine().package({.name = "Halvo-1.3.0", .version = "1.3.0", .folder = ProductMachine::kHome});
   const std::string target = link.path;
-  link.path = "/Users/user501/Downloads/link.pkg";
-  std::filesystem::create_symlink(target, stage.mac().path("/Users/user501/Downloads") / "link.pkg");
+  link.path = "/Users/user501/link.pkg";
+  std::filesystem::create_symlink(target, stage.mac().path(ProductMachine::kHome) / "link.pkg");
   Step step = stage.begin("A package that is a symbolic link");
   stage.request(step, ProductMachine::install(link, {"--without-checks"}), untrusted("staging_failed"));
   stage.tell(std::move(step));

@@ -13,6 +13,7 @@
 #include <variant>
 
 #include "sim/launchd/Domain.h"
+#include "sim/launchd/PrivacyProtection.h"
 #include "sim/launchd/ProcessStart.h"
 #include "sim/support/SimClock.h"
 
@@ -69,7 +70,9 @@ void Job::start(Clock::time_point now, const LaunchdPaths& paths) {
                         .listening = {},
                         .listeningNames = description_.machServices,
                         .user = domainUser(domain_),
-                        .output = paths.state / "job-output" / (description_.label + ".log")};
+                        .output = paths.state / "job-output" / (description_.label + ".log"),
+                        .closedFolders = {}};
+  if (domain_ == "system") order.closedFolders = foldersKeptFrom(description_.program, paths);
   for (const ListeningSocket& socket : sockets_) order.listening.push_back(socket.descriptor());
 
   loadStartDone_ = true;

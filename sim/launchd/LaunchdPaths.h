@@ -11,6 +11,7 @@ struct LaunchdPaths {
   std::filesystem::path systemDaemons;  // what comes with the system
   std::filesystem::path daemons;
   std::filesystem::path agents;
+  std::filesystem::path users;  // their homes
 };
 
 // The folders of a machine whose file system starts at `root`, which is "/" except in tests of launchd itself.
@@ -19,7 +20,8 @@ inline LaunchdPaths launchdPaths(const std::filesystem::path& root) {
           .machServices = root / "var/run/mach",
           .systemDaemons = root / "System/Library/LaunchDaemons",
           .daemons = root / "Library/LaunchDaemons",
-          .agents = root / "Library/LaunchAgents"};
+          .agents = root / "Library/LaunchAgents",
+          .users = root / "Users"};
 }
 
 }  // namespace halvo::sim
