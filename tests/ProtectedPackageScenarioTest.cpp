@@ -14,10 +14,13 @@ using testing::StartsWith;
 
 class ProtectedPackageScenario : public Scenario {
  protected:
+  // The user's folder for temporary files, which is nobody else's.
+  std::string temporary() { return "/var/folders/" + std::to_string(machine.user()) + "/T"; }
+
   // The folders that the application's program made and did not remove.
   std::vector<std::string> copiesLeft() {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(mac().path("/private/var/folders/501/T"))) {
+    for (const auto& entry : std::filesystem::directory_iterator(mac().path("/private" + temporary()))) {
       const std::string name = entry.path().filename().string();
       if (name.starts_with("halvo-app.")) names.push_back(name);
     }
@@ -42,10 +45,9 @@ TEST_F(ProtectedPackageScenario, ThatIsRefusedLeavesNoCopyEither) {
 
   EXPECT_EQ(reply(ProductMachine::install(machine.package({}))), kStagingFailedReply);
 
-  EXPECT_THAT(
-      messagesIn(kInstallLog),
-      ElementsAre(MatchesRegex("REFUSED: could not stage /var/folders/501/T/halvo-app\\.[A-Za-z0-9]{6}/Halvo\\.pkg "
-                               "-> /var/db/halvo/install-staging/incoming\\.pkg")));
+  EXPECT_THAT(messagesIn(kInstallLog), ElementsAre(MatchesRegex("REFUSED: could not stage " + temporary() +
+                                                                "/halvo-app\\.[A-Za-z0-9]{6}/Halvo\\.pkg "
+                                                                "-> /var/db/halvo/install-staging/incoming\\.pkg")));
   EXPECT_THAT(copiesLeft(), IsEmpty());
 }
 
