@@ -19,11 +19,11 @@ std::string exact(const std::string& token) {
   return std::isinf(std::strtod(token.c_str(), nullptr)) ? token : "0.5";
 }
 
-// Where the string that begins at `start` ends: behind its closing quotation mark.
+// Where the string that begins at `start` ends: behind its closing quotation mark, or behind everything without one.
 std::size_t endOfString(std::string_view json, std::size_t start) {
   std::size_t at = start + 1;
   while (at < json.size() && json[at] != '"') at += json[at] == '\\' ? 2 : 1;
-  return at < json.size() ? at + 1 : json.size();
+  return at + 1;
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ INSTANTIATE_TEST_SUITE_P(
            TextRow{"NoNumbers", "[01,1.,+1,-,1e]", "[01,1.,+1,-,1e]"}, TextRow{"NumberAtTheEnd", "6.0", "6"},
            TextRow{"DigitsInATextAreNoNumber", R"(["6.0",6.0])", R"(["6.0",6])"},
            TextRow{"DigitsFarInsideATextAreNoNumber", R"(["66.0 v12.50",6.0])", R"(["66.0 v12.50",6])"},
+           TextRow{"NumberRightBehindAText", R"("a"6.0)", R"("a"6)"},
            TextRow{"EscapedQuotationMarkInAText", R"(["\"6.0",6.0])", R"(["\"6.0",6])"},
            TextRow{"BackslashAtTheEndOfAText", R"(["\\",6.0])", R"(["\\",6])"},
            TextRow{"TextThatNeverEnds", R"(["6.0)", R"(["6.0)"},
