@@ -14,22 +14,22 @@ namespace {
 struct VerbRow {
   std::string_view name;
   Verb verb;
-  std::string_view operand;  // what follows; empty when nothing does
-  bool needsOperand;
+  bool takesOperand;
+  std::string_view neededOperand;  // empty where it can do without
   bool takesAudioOption;
   bool changesTheMachine;
   bool hasLegacyForm;
 };
 
 constexpr std::array<VerbRow, 8> kVerbs = {{
-    {"ping", Verb::ping, "", false, false, false, false},
-    {"users", Verb::users, "", false, false, false, false},
-    {"install", Verb::install, "a package", true, true, true, true},
-    {"prepare-removal", Verb::prepareRemoval, "", false, true, true, true},
-    {"remove-bundle", Verb::removeBundle, "the path of the application", true, false, true, true},
-    {"finalize", Verb::finalize, "", false, false, true, true},
-    {"uninstall", Verb::uninstall, "the path of the application", false, true, true, false},
-    {"doctor", Verb::doctor, "", false, false, false, false},
+    {"ping", Verb::ping, false, "", false, false, false},
+    {"users", Verb::users, false, "", false, false, false},
+    {"install", Verb::install, true, "a package", true, true, true},
+    {"prepare-removal", Verb::prepareRemoval, false, "", true, true, true},
+    {"remove-bundle", Verb::removeBundle, true, "the path of the application", false, true, true},
+    {"finalize", Verb::finalize, false, "", false, true, true},
+    {"uninstall", Verb::uninstall, true, "", true, true, false},
+    {"doctor", Verb::doctor, false, "", false, false, false},
 }};
 
 struct RegistrationRow {
@@ -69,26 +69,26 @@ bool takes(const VerbRow& row, bool legacy, Option option) {
     case Option::withoutGrant:
       return row.changesTheMachine && !legacy;
     case Option::withoutChecks:
-      return !row.operand.empty() && !legacy;
+      return row.takesOperand && !legacy;
     case Option::manifest:
       return row.verb == Verb::install;
-    case Option::openSettings:
-      return false;
     case Option::json:
       return row.verb == Verb::doctor;
     case Option::timeout:
     case Option::help:
     case Option::version:
       return true;
+    case Option::openSettings:
+      break;  // Only the registration takes it.
   }
-  return false;  // Not reached: there is no other option.
+  return false;
 }
 
 std::optional<std::chrono::seconds> secondsIn(std::string_view text) {
   constexpr int kDay = 24 * 60 * 60;
-  int seconds = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || seconds < 1 || seconds > kDay) return std::nullopt;
+  int seconds = 0;  // stays so where there is no number, or one that is too large
+  const char* const end = text.data() + text.size();
+  if (std::from_chars(text.data(), end, seconds).ptr != end || seconds < 1 || seconds > kDay) return std::nullopt;
   return std::chrono::seconds(seconds);
 }
 
@@ -107,14 +107,16 @@ std::optional<std::string> takeOption(const VerbRow& row, const GivenOption& giv
 }
 
 std::optional<std::string> takeOperands(const VerbRow& row, std::span<const std::string> operands, CommandLine& line) {
-  const std::size_t wanted = row.operand.empty() ? 0 : 1;
+  const std::size_t wanted = row.takesOperand ? 1 : 0;
   if (operands.size() > wanted) return refusalOf(row.name, operands[wanted]);
   if (!operands.empty()) line.path = operands.front();
   return std::nullopt;
 }
 
 std::optional<std::string> missingFrom(const VerbRow& row, const CommandLine& line) {
-  if (row.needsOperand && line.path.empty()) return std::string(row.name) + " needs " + std::string(row.operand);
+  if (!row.neededOperand.empty() && line.path.empty()) {
+    return std::string(row.name) + " needs " + std::string(row.neededOperand);
+  }
   if (row.verb == Verb::install && line.manifestPath.empty()) return "install needs --manifest and a file";
   return std::nullopt;
 }
