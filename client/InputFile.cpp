@@ -10,15 +10,11 @@ namespace halvo {
 InputFile::InputFile(const std::string& path, Links links)
     : descriptor_(
           ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | (links == Links::refused ? O_NOFOLLOW : 0))) {
-  if (descriptor_ < 0 || ::fstat(descriptor_, &info_) != 0) {
+  if (!descriptor_.valid() || ::fstat(descriptor_.get(), &info_) != 0) {
     error_ = errno;
   } else {
     isOpen_ = S_ISREG(info_.st_mode);
   }
-}
-
-InputFile::~InputFile() {
-  if (descriptor_ >= 0) ::close(descriptor_);
 }
 
 std::optional<std::string> InputFile::read(std::int64_t offset, std::size_t most) {
@@ -26,9 +22,9 @@ std::optional<std::string> InputFile::read(std::int64_t offset, std::size_t most
   std::size_t length = 0;
   while (length < most) {
     const ssize_t count =
-        ::pread(descriptor_, text.data() + length, most - length, offset + static_cast<std::int64_t>(length));
+        ::pread(descriptor_.get(), text.data() + length, most - length, offset + static_cast<std::int64_t>(length));
     if (count == 0) break;
-    if (count > 0) {
+    if (count != -1) {
       length += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
       error_ = errno;

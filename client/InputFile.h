@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
+
 namespace halvo {
 
 class InputFile {
@@ -17,9 +19,6 @@ class InputFile {
   // Opens the file, following links unless the one at its place is refused. Does not wait, as for somebody who writes
   // into a FIFO: what is no regular file counts as not open.
   explicit InputFile(const std::string& path, Links links = Links::followed);
-  InputFile(const InputFile&) = delete;
-  InputFile& operator=(const InputFile&) = delete;
-  ~InputFile();
 
   [[nodiscard]] bool isOpen() const { return isOpen_; }
 
@@ -33,7 +32,7 @@ class InputFile {
   [[nodiscard]] std::optional<std::string> read(std::int64_t offset, std::size_t most);
 
  private:
-  int descriptor_;
+  UniqueDescriptor descriptor_;
   bool isOpen_ = false;
   int error_ = 0;
   struct stat info_ {};

@@ -1,24 +1,21 @@
 #include "client/InputStream.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 
 namespace halvo {
 
-InputStream::InputStream() : descriptor_(STDIN_FILENO), closes_(false) {}
+InputStream::InputStream() : descriptor_(STDIN_FILENO) {}
 
 InputStream::InputStream(const std::string& path)
-    : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)), closes_(true) {
-  if (descriptor_ < 0) error_ = errno;
-}
-
-InputStream::~InputStream() {
-  if (closes_ && descriptor_ >= 0) ::close(descriptor_);
+    : opened_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)), descriptor_(opened_.get()) {
+  if (!opened_.valid()) error_ = errno;
 }
 
 std::optional<std::string> InputStream::read(std::size_t most) {
@@ -28,7 +25,7 @@ std::optional<std::string> InputStream::read(std::size_t most) {
   while (text.size() < most) {
     const ssize_t count = ::read(descriptor_, buffer.data(), std::min(buffer.size(), most - text.size()));
     if (count == 0) break;
-    if (count > 0) {
+    if (count != -1) {
       text.append(buffer.data(), static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
       error_ = errno;
@@ -39,8 +36,8 @@ std::optional<std::string> InputStream::read(std::size_t most) {
 }
 
 bool InputStream::isFifo(const std::string& path) {
-  struct stat info {};
-  return ::stat(path.c_str(), &info) == 0 && S_ISFIFO(info.st_mode);
+  std::error_code error;
+  return std::filesystem::is_fifo(path, error);
 }
 
 }  // namespace halvo

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
+
 namespace halvo {
 
 class InputStream {
@@ -14,9 +16,6 @@ class InputStream {
 
   // Opens what lies there, following links. Blocks until somebody writes, if it is a FIFO.
   explicit InputStream(const std::string& path);
-  InputStream(const InputStream&) = delete;
-  InputStream& operator=(const InputStream&) = delete;
-  ~InputStream();
 
   // Why it is not open, or why reading failed: a value of errno, otherwise 0.
   [[nodiscard]] int error() const { return error_; }
@@ -28,8 +27,8 @@ class InputStream {
   [[nodiscard]] static bool isFifo(const std::string& path);
 
  private:
-  int descriptor_;
-  bool closes_;
+  UniqueDescriptor opened_;
+  int descriptor_;  // of opened_ or of standard input
   int error_ = 0;
 };
 

@@ -110,6 +110,14 @@ TEST_F(FifoFaultTest, IsClosedWhenItWasRead) {
   EXPECT_EQ(closed.calls(), 2) << "the writer's end, and ours";
 }
 
+TEST_F(FifoFaultTest, ThatMayNotBeOpenedIsRefusedWithWhatToDo) {
+  const SystemCallFault fault("open", EACCES);
+
+  EXPECT_THAT(readManifest(fifo), VariantWith<UnreadableManifest>(Field(
+                                      &UnreadableManifest::reason,
+                                      EndsWith("/fifo cannot be read. Permission denied: check its permissions."))));
+}
+
 TEST_F(FifoFaultTest, IsNotInheritedByAProgramThatIsStartedMeanwhile) {
   const std::vector<int> inheritable = inheritableDescriptors();
   std::vector<int> meanwhile;
