@@ -42,7 +42,6 @@ void LogFollower::printNewLines(std::ostream& err) {
 void LogFollower::mention(int error, std::ostream& err) {
   if (error == ENOENT) {
     // The next file of that name is a new one, though it may well get the number of the old one.
-    identity_.reset();
     position_ = 0;
     return;
   }

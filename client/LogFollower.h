@@ -4,7 +4,6 @@
 #include <sys/types.h>
 
 #include <cstdint>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -27,7 +26,7 @@ class LogFollower {
   void mention(int error, std::ostream& err);
 
   std::string path_;
-  std::optional<std::pair<dev_t, ino_t>> identity_;  // of the file that was seen last
+  std::pair<dev_t, ino_t> identity_;  // of the file that was seen last
   std::int64_t position_ = 0;
   bool mentioned_ = false;
 };

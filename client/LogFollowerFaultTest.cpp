@@ -44,6 +44,17 @@ TEST_F(LogFollowerFaultTest, LinesThatCannotBeReadAreShownLater) {
   EXPECT_EQ(newLines(), "  first\n");
 }
 
+TEST_F(LogFollowerFaultTest, ALineThatIsAddedWhileTheLogIsReadIsShownTheNextTime) {
+  std::ofstream log(path);
+  log << "first\n" << std::flush;
+  EXPECT_EQ(newLines(), "  first\n");
+  log << "second\n" << std::flush;
+  const SystemCallHook somebody("pread", 1, [&] { log << "third\n" << std::flush; });
+
+  EXPECT_EQ(newLines(), "  second\n");
+  EXPECT_EQ(newLines(), "  third\n");
+}
+
 TEST_F(LogFollowerFaultTest, ALogThatBecomesShorterWhileItIsReadShowsWhatThereWas) {
   std::ofstream(path) << "first\n";
   const SystemCallFault fault("pread", 0);
