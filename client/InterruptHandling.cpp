@@ -26,7 +26,7 @@ void removeWhatIsLeft() {
 
 extern "C" void farewell(int /*signal*/) {
   removeWhatIsLeft();
-  static_cast<void>(::write(STDERR_FILENO, kFarewell.data(), kFarewell.size()) < 0);
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, kFarewell.data(), kFarewell.size());
   ::_exit(static_cast<int>(ExitStatus::interruptedByUser));
 }
 
@@ -37,25 +37,19 @@ extern "C" void removeAndEnd(int signal) {
   static_cast<void>(::raise(signal));
 }
 
-void handle(int signal, void (*handler)(int)) {
-  struct sigaction action {};
-  action.sa_handler = handler;
-  sigemptyset(&action.sa_mask);
-  ::sigaction(signal, &action, nullptr);
-}
-
 // A program that was started so that it outlives its window goes on doing so.
 bool isIgnored(int signal) {
   struct sigaction present {};
-  return ::sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
+  ::sigaction(signal, nullptr, &present);
+  return present.sa_handler == SIG_IGN;
 }
 
 }  // namespace
 
 void endWithStatusOnInterrupt() {
-  handle(SIGINT, farewell);
-  if (!isIgnored(SIGHUP)) handle(SIGHUP, removeAndEnd);
-  handle(SIGTERM, removeAndEnd);
+  ::signal(SIGINT, farewell);
+  if (!isIgnored(SIGHUP)) ::signal(SIGHUP, removeAndEnd);
+  ::signal(SIGTERM, removeAndEnd);
 }
 
 void removeOnInterrupt(const char* file, const char* folder) {

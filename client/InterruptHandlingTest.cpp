@@ -1,5 +1,6 @@
 #include "client/InterruptHandling.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -14,7 +15,17 @@ TEST(InterruptHandlingDeathTest, InterruptEndsWithItsOwnStatusAndASentence) {
         endWithStatusOnInterrupt();
         ::raise(SIGINT);
       },
-      testing::ExitedWithCode(130), "interrupted; what the helper has begun, it finishes");
+      testing::ExitedWithCode(130),
+      testing::StrEq("\nhalvo-app: interrupted; what the helper has begun, it finishes\n"));
+}
+
+TEST(InterruptHandlingDeathTest, TerminationEndsItWithoutAWord) {
+  EXPECT_EXIT(
+      {
+        endWithStatusOnInterrupt();
+        ::raise(SIGTERM);
+      },
+      testing::KilledBySignal(SIGTERM), testing::IsEmpty());
 }
 
 TEST(InterruptHandlingDeathTest, AHangUpThatWasToBeIgnoredIsIgnored) {
