@@ -174,20 +174,59 @@ TEST_F(ConversationTest, AnswerMayComeFromAnotherThread) {
   EXPECT_EQ(outcome, Outcome("from afar"));
 }
 
-// Passes however the two threads meet: an answer that is there at once is not waited for.
-TEST_F(ConversationTest, SlowAnswerIsWaitedForAlsoWhenNobodyLooks) {
-  helper->answersAtOnce = false;
-  std::thread answering;
-  const Outcome outcome = with({milliseconds(0), milliseconds(0)}).ask([&](auto& proxy, auto& text, auto&) {
-    proxy.ping(text);
-    answering = std::thread([reply = helper->kept] {
+// A helper that answers after a moment, from a thread of its own.
+class SlowAnswer {
+ public:
+  void give(const TextReply& reply) {
+    thread_ = std::thread([reply] {
       std::this_thread::sleep_for(milliseconds(20));
       reply("at last");
     });
+  }
+  ~SlowAnswer() { thread_.join(); }
+
+ private:
+  std::thread thread_;
+};
+
+// Passes however the two threads meet: an answer that is there at once is not waited for.
+TEST_F(ConversationTest, SlowAnswerIsWaitedForAlsoWhenNobodyLooks) {
+  helper->answersAtOnce = false;
+  SlowAnswer answer;
+  const Outcome outcome = with({milliseconds(0), milliseconds(0)}).ask([&](auto& proxy, auto& text, auto&) {
+    proxy.ping(text);
+    answer.give(helper->kept);
   });
-  answering.join();
 
   EXPECT_EQ(outcome, Outcome("at last"));
+}
+
+TEST_F(ConversationTest, WithinThePatienceNobodyLooks) {
+  helper->answersAtOnce = false;
+  SlowAnswer answer;
+  int looks = 0;
+  const Outcome outcome = with({std::chrono::hours(1), milliseconds(0)})
+                              .ask(
+                                  [&](auto& proxy, auto& text, auto&) {
+                                    proxy.ping(text);
+                                    answer.give(helper->kept);
+                                  },
+                                  [&] { ++looks; });
+
+  EXPECT_EQ(outcome, Outcome("at last"));
+  EXPECT_EQ(looks, 0);
+}
+
+TEST_F(ConversationTest, AfterTheFirstLookTheOtherPaceHolds) {
+  helper->answersAtOnce = false;
+  SlowAnswer answer;
+  int looks = 0;
+  const Outcome outcome = with({milliseconds(0), std::chrono::hours(1)}).ask(ping, [&] {
+    if (++looks == 1) answer.give(helper->kept);
+  });
+
+  EXPECT_EQ(outcome, Outcome("at last"));
+  EXPECT_EQ(looks, 2) << "one while it was waited for, and one when it was there";
 }
 
 TEST_F(ConversationTest, ARequestIsMadeOverOneConnection) {
