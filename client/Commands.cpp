@@ -40,9 +40,8 @@ ExitStatus report(const CommandLine& command, const Outcome& outcome, const Surr
 
 // The helper has another working directory than this program.
 std::string absolutePath(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-  return error ? path : absolute.string();
+  std::error_code noFolder;  // The path stays as it was typed then.
+  return (std::filesystem::current_path(noFolder) / path).string();
 }
 
 // What needs no approval, or has none to give.
@@ -114,8 +113,9 @@ Outcome askPlain(const CommandLine& command, const std::string& manifest, Conver
 std::optional<Explanation> helperCannotDoIt(const CommandLine& command, Conversation& conversation) {
   const Outcome ping = ofAClientThatMayBeRefused(conversation.askRepeatably(
       [](HalvoHelperProtocol& helper, const TextReply& text, const BoolReply&) { helper.ping(text); }));
-  if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure({.verb = Verb::ping}, *failure);
-  if (std::holds_alternative<TimedOut>(ping)) return explainTimeOut({.verb = Verb::ping, .timeout = command.timeout});
+  const CommandLine question{.verb = Verb::ping, .timeout = command.timeout};
+  if (const auto* failure = std::get_if<ServiceFailure>(&ping)) return explainFailure(question, *failure);
+  if (std::holds_alternative<TimedOut>(ping)) return explainTimeOut(question);
   if (halvoHelperSupportsAuthorization(halvoParseHelperVersion(std::get<std::string>(ping)))) return std::nullopt;
   return explainOldHelper();
 }
@@ -161,12 +161,12 @@ Answered request(const CommandLine& command, const AdminGrant& grant, const std:
 }
 
 // Where the application lies: as typed, else as the helper says in its reply to the first step.
-std::string bundleOf(const CommandLine& command, const Outcome& firstReply) {
+std::string bundleOf(const CommandLine& command, const std::string& firstReply) {
   if (!command.path.empty()) return command.path;
-  const auto* reply = std::get_if<std::string>(&firstReply);
-  const auto object = reply == nullptr ? std::nullopt : halvoReadJSONObject(*reply);
-  const auto found = object ? object->find("gui_app_path") : JSONObject::const_iterator();
-  const auto* path = !object || found == object->end() ? nullptr : std::get_if<std::string>(&found->second);
+  const auto object = halvoReadJSONObject(firstReply);
+  if (!object) return {};
+  const auto found = object->find("gui_app_path");
+  const auto* path = found == object->end() ? nullptr : std::get_if<std::string>(&found->second);
   return path == nullptr ? std::string() : *path;
 }
 
@@ -176,16 +176,17 @@ std::string bundleOf(const CommandLine& command, const Outcome& firstReply) {
 ExitStatus uninstall(const CommandLine& command, const AdminGrant& grant, Conversation& conversation,
                      const Surroundings& surroundings) {
   CommandLine step = command;
-  Outcome first;
+  Outcome previous;
   for (const Verb verb : {Verb::prepareRemoval, Verb::removeBundle, Verb::finalize}) {
     step.verb = verb;
-    if (verb == Verb::removeBundle) step.path = bundleOf(command, first);
-    const Answered answered = request(step, grant, {}, conversation, surroundings);
+    // The first step succeeds with a text for its reply.
+    if (verb == Verb::removeBundle) step.path = bundleOf(command, std::get<std::string>(previous));
+    Answered answered = request(step, grant, {}, conversation, surroundings);
     if (answered.status != ExitStatus::success) {
       say(surroundings.err, explainEndOfUninstall(step));
       return answered.status;
     }
-    if (verb == Verb::prepareRemoval) first = answered.outcome;
+    previous = std::move(answered.outcome);
   }
   return ExitStatus::success;
 }

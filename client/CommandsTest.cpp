@@ -270,6 +270,23 @@ TEST_F(CommandsTest, AChangeThatTheHelperCouldNotTakeIsExplainedAsThat) {
   EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper could not take the request. "));
 }
 
+TEST_F(CommandsTest, APingThatTheHelperCouldNotTakeIsExplainedAsThat) {
+  helper->pingFailure = {ServiceFailure::Kind::rejected, "why"};
+
+  EXPECT_EQ(run({.verb = Verb::ping}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The helper could not take the request. (why) "));
+}
+
+TEST_F(CommandsTest, TheDoctorAsksTheHelperAndNoAdministratorAndReportsToStandardOutput) {
+  run({.verb = Verb::doctor});
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "users"));
+  EXPECT_FALSE(isNamed(state.path("authorization-prompts")));
+  EXPECT_THAT(out.str(), testing::StartsWith("Date       "));
+  EXPECT_EQ(err.str(), "");
+}
+
 TEST_F(CommandsTest, AReplyThatDoesNotComeInTimeIsNotWaitedFor) {
   helper->answersAtOnce = false;
 
@@ -423,6 +440,18 @@ TEST_F(PackageKeptFromTheHelper, IsHandedOverItselfAsOldApplicationsDo) {
   EXPECT_THAT(helper->requests, ElementsAre("legacy install " + package + " {} false"));
 }
 
+TEST_F(PackageKeptFromTheHelper, IsNoReasonToCopyAnApplicationThatIsRemoved) {
+  state.makeFile("Halvo.app/Contents/MacOS/halvo-app");
+  Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); });
+  Surroundings surroundings{.out = out, .err = err};
+  surroundings.isKeptFromHelper = [](const std::string&) { return true; };
+
+  runCommand({.verb = Verb::removeBundle, .withoutGrant = true, .path = state.path("Halvo.app")}, conversation,
+             surroundings);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping", "removeAppBundle 32 bytes " + state.path("Halvo.app")));
+}
+
 TEST_F(PackageKeptFromTheHelper, OrIsNotKeptGoesAsItIs) {
   install({.withoutGrant = true}, false);
 
@@ -435,16 +464,90 @@ TEST_F(CommandsTest, ALegacyRequestIsSentAsItIs) {
   EXPECT_THAT(helper->requests, ElementsAre("legacy removeAppBundle Halvo.app"));
 }
 
-TEST_F(CommandsTest, WhatWasThereBeforeTheRequestExplainsTheReply) {
+class InstallOnAMac : public CommandsTest {
+ protected:
+  ExitStatus install(CommandLine command) {
+    command.verb = Verb::install;
+    command.path = package;
+    command.manifestPath = manifest;
+    Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); });
+    return runCommand(command, conversation, {.out = out, .err = err, .view = LocalView(state.path())});
+  }
+
+  // A file system that never has room.
+  void fillTheDisk() {
+    state.makeDirectory("var");
+    state.makeLink("var/db", "/proc");
+  }
+
+  const std::string package = state.makeFile("a.pkg");
+};
+
+TEST_F(InstallOnAMac, WhereAnotherOneWasBrokenOffIsToldSo) {
   state.makeDirectory("var/db/halvo/install-staging");
   helper->textReply = R"({"code":"untrusted_package","reason":"staging_failed"})";
-  Conversation conversation([this] { return std::make_unique<ScriptedClient>(helper); });
-  const CommandLine install{
-      .verb = Verb::install, .withoutGrant = true, .path = state.makeFile("a.pkg"), .manifestPath = manifest};
 
-  runCommand(install, conversation, {.out = out, .err = err, .view = LocalView(state.path())});
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::refused);
 
   EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: An install that was broken off had left its copy "));
+}
+
+TEST_F(InstallOnAMac, ThatLeavesStagingItselfIsNotToldOfAnother) {
+  helper->textReply = R"({"code":"untrusted_package","reason":"staging_failed"})";
+  helper->duringRequest = [this] { state.makeDirectory("var/db/halvo/install-staging"); };
+
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The package was refused and nothing was changed. The helper "
+                                             "could not take the package in: "));
+}
+
+TEST_F(InstallOnAMac, ThatFillsTheDiskIsToldSo) {
+  helper->textReply = R"({"code":"untrusted_package","reason":"staging_failed"})";
+  helper->duringRequest = [this] { fillTheDisk(); };
+
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The disk is full: it has no room for a copy "));
+}
+
+TEST_F(InstallOnAMac, ThatHadNothingOfTheProductHasNothingCopiedBack) {
+  helper->textReply = R"({"code":"rolled_back","log_path":"/x.log"})";
+  helper->duringRequest = [this] { state.makeDirectory("Library/Audio/Plug-Ins/HAL/Halvo.driver"); };
+
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The installer failed. Nothing of the product had been "));
+}
+
+TEST_F(InstallOnAMac, ThatHadTheProductHasItCopiedBack) {
+  state.makeDirectory("Library/Audio/Plug-Ins/HAL/Halvo.driver");
+  helper->textReply = R"({"code":"rolled_back","log_path":"/x.log"})";
+
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The installer failed, and what had been saved "));
+}
+
+TEST_F(InstallOnAMac, WithAManifestThatNamesNoVersionIsToldSo) {
+  helper->textReply = R"({"code":"downgrade","installed":"2.1","incoming":"0"})";
+
+  EXPECT_EQ(install({.withoutGrant = true}), ExitStatus::refused);
+
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The manifest names no \"driver_version\", and version 2.1 "));
+}
+
+TEST_F(InstallOnAMac, WithoutRoomForAnApprovalIsToldSo) {
+  fillTheDisk();
+  knowTheRight();
+  letTheAdministrator("allow");
+  sim::FrameworkProbe probe;
+  probe.failNext("AuthorizationCopyRights", -60005);
+
+  EXPECT_EQ(install({}), ExitStatus::unauthorized);
+
+  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+  EXPECT_THAT(err.str(), testing::StartsWith("halvo-app: The disk is full, and the system needs room to ask "));
 }
 
 TEST_F(CommandsTest, ALegacyRequestThatIsCutOffIsNotRepeatedSinceAnOldHelperActsOnIt) {
@@ -583,13 +686,19 @@ TEST_F(UninstallCommand, EndsWhereTheApplicationStays) {
                                 "and its helper are not.\n"));
 }
 
-TEST_F(UninstallCommand, NamesNoApplicationWhereTheReplyNamesNone) {
-  helper->textReply = R"({"code":"ok"})";
+class ReplyThatNamesNoApplication : public UninstallCommand, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ReplyThatNamesNoApplication, IsFollowedByARequestThatNamesNone) {
+  helper->textReply = GetParam();
 
   run(unapproved);
 
   EXPECT_THAT(helper->requests, Contains("removeAppBundle 32 bytes "));
 }
+
+INSTANTIATE_TEST_SUITE_P(Table, ReplyThatNamesNoApplication,
+                         testing::Values(R"({"code":"ok"})", R"({"code":"ok","gui_app_path":7})",
+                                         R"({"code":"ok","gui_app_path":"/Applications/Halvo.app")"));
 
 TEST_F(UninstallCommand, SaysThatTheHelperStaysWhereItDoes) {
   helper->finalReply = false;
