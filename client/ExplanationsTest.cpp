@@ -241,9 +241,15 @@ TEST(ExplanationsTest, ABundleRemovalThatNobodyApprovedLacksApproval) {
 }
 
 TEST(ExplanationsTest, AFinalRemovalAnsweredFalseLacksApproval) {
-  const CommandLine finalize{.verb = Verb::finalize, .withoutGrant = true};
-
-  EXPECT_EQ(explainBoolReply(finalize, false), explainTextReply(finalize, R"({"code":"unauthorized"})"));
+  EXPECT_EQ(explainBoolReply({.verb = Verb::finalize}, false),
+            (Explanation{ExitStatus::unauthorized,
+                         "The helper did not find an administrator's approval and did nothing. An approval is good for "
+                         "five minutes: try again. If that does not help, look for the helper's line \"admin right\" "
+                         "in the system log: with sound=0 it refuses every change."}));
+  EXPECT_EQ(explainBoolReply({.verb = Verb::finalize, .withoutGrant = true}, false),
+            (Explanation{ExitStatus::unauthorized,
+                         "Nobody approved the authorization that was sent, so the helper did nothing. Make the request "
+                         "without --without-grant."}));
 }
 
 TEST(ExplanationsTest, ALegacyRequestAnsweredFalseLacksApproval) {
