@@ -163,10 +163,9 @@ Answered request(const CommandLine& command, const AdminGrant& grant, const std:
 // Where the application lies: as typed, else as the helper says in its reply to the first step.
 std::string bundleOf(const CommandLine& command, const std::string& firstReply) {
   if (!command.path.empty()) return command.path;
-  const auto object = halvoReadJSONObject(firstReply);
-  if (!object) return {};
-  const auto found = object->find("gui_app_path");
-  const auto* path = found == object->end() ? nullptr : std::get_if<std::string>(&found->second);
+  const std::string key = "gui_app_path";
+  const JSONObject reply = halvoReadJSONObject(firstReply).value_or(JSONObject());
+  const auto* path = reply.contains(key) ? std::get_if<std::string>(&reply.at(key)) : nullptr;
   return path == nullptr ? std::string() : *path;
 }
 

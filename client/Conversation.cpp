@@ -27,22 +27,20 @@ class FirstAnswer {
 class TimeLeft {
  public:
   explicit TimeLeft(std::optional<milliseconds> limit) {
-    if (limit) end_ = std::chrono::steady_clock::now() + *limit;
+    if (limit) end_ = Clock::now() + *limit;
   }
 
   // As long as that, or what is left when that is less.
-  [[nodiscard]] milliseconds of(milliseconds wanted) const { return end_ ? std::min(wanted, until(*end_)) : wanted; }
-  [[nodiscard]] bool isNone() const { return end_ && until(*end_) <= milliseconds::zero(); }
+  [[nodiscard]] milliseconds of(milliseconds wanted) const { return std::min(wanted, untilEnd()); }
+  [[nodiscard]] bool isNone() const { return untilEnd() <= milliseconds::zero(); }
 
  private:
-  using Moment = std::chrono::steady_clock::time_point;
+  using Clock = std::chrono::steady_clock;
 
   // Rounded up: what has not passed whole is not over.
-  static milliseconds until(Moment end) {
-    return std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
-  }
+  [[nodiscard]] milliseconds untilEnd() const { return std::chrono::ceil<milliseconds>(end_ - Clock::now()); }
 
-  std::optional<Moment> end_;
+  Clock::time_point end_ = Clock::time_point::max();  // without a limit, never
 };
 
 }  // namespace

@@ -183,7 +183,9 @@ class SlowAnswer {
       reply("at last");
     });
   }
-  ~SlowAnswer() { thread_.join(); }
+  ~SlowAnswer() {
+    if (thread_.joinable()) thread_.join();
+  }
 
  private:
   std::thread thread_;
