@@ -60,6 +60,13 @@ void Stage::requestWith(Step& step, const std::vector<std::string>& command, con
   receive(step, send(step, command), expectedReply);
 }
 
+void Stage::requestStep(std::string title, const std::vector<std::string>& arguments,
+                        const std::string& expectedReply) {
+  Step step = begin(std::move(title));
+  request(step, arguments, expectedReply);
+  tell(std::move(step));
+}
+
 Stage::Pending Stage::send(Step& step, const std::vector<std::string>& command) {
   Request request;
   request.command = typed(command);

@@ -11,7 +11,6 @@
 #include <variant>
 #include <vector>
 
-#include "sim/demo/Lines.h"
 #include "sim/demo/Options.h"
 #include "sim/demo/Report.h"
 #include "sim/demo/StepPrinter.h"
