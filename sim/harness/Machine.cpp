@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
@@ -12,7 +11,7 @@
 #include "sim/harness/MachineSession.h"
 #include "sim/launchd/JobState.h"
 #include "sim/support/ChildProcess.h"
-#include "sim/support/WholeFile.h"
+#include "sim/support/Files.h"
 
 namespace halvo::sim {
 namespace {
@@ -73,14 +72,7 @@ constexpr unsigned kStateMode = 0666;
 
 void put(const std::filesystem::path& file, std::string_view content, unsigned mode) {
   std::filesystem::create_directories(file.parent_path());
-  // Whoever reads the file meanwhile sees all of the old or all of the new content.
-  const std::filesystem::path fresh = file.string() + ".new";
-  std::ofstream out(fresh, std::ios::binary | std::ios::trunc);
-  out << content;
-  out.close();
-  if (!out) throw std::runtime_error(file.string() + " cannot be written");
-  std::filesystem::permissions(fresh, std::filesystem::perms(mode));
-  std::filesystem::rename(fresh, file);
+  if (!replaceFile(file, content, mode)) throw std::runtime_error(file.string() + " cannot be written");
 }
 
 void buildFreshMachine(const std::filesystem::path& root) {

@@ -11,8 +11,8 @@
 #include <thread>
 #include <utility>
 
+#include "sim/support/Files.h"
 #include "sim/support/WaitUntil.h"
-#include "sim/support/WholeFile.h"
 
 namespace halvo::sim {
 namespace {

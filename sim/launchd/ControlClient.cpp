@@ -1,8 +1,6 @@
 #include "sim/launchd/ControlClient.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <array>
 #include <cerrno>
@@ -13,6 +11,7 @@
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/support/MachinePaths.h"
+#include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
 namespace {
@@ -22,22 +21,6 @@ using Json = nlohmann::json;
 std::string text(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string reason(int error) { return std::generic_category().message(error); }
-
-// A socket's address holds about a hundred bytes, and the path of a machine's folder may be longer: the folder is named
-// by a descriptor instead.
-UniqueDescriptor connectTo(const std::filesystem::path& name) {
-  const UniqueDescriptor folder(::open(name.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.valid()) return {};
-  const std::string viaFolder = "/proc/self/fd/" + std::to_string(folder.get()) + "/" + name.filename().string();
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (viaFolder.size() >= sizeof address.sun_path) return {};
-  std::memcpy(address.sun_path, viaFolder.c_str(), viaFolder.size() + 1);
-  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-  if (!socket.valid()) return {};
-  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return {};
-  return socket;
-}
 
 bool sendRequest(int socket, std::string request, const ChildStreams* streams) {
   iovec bytes{request.data(), request.size()};
@@ -122,7 +105,7 @@ std::optional<int> ControlClient::run(uid_t user, const std::vector<std::string>
 }
 
 ControlReply ControlClient::ask(const ControlRequest& request, const ChildStreams* streams) const {
-  const UniqueDescriptor socket = connectTo(socket_);
+  const UniqueDescriptor socket = connectTo(socket_, SOCK_SEQPACKET);
   if (!socket.valid()) return {kLaunchdUnreachable, "launchd cannot be reached: " + reason(errno)};
   if (!sendRequest(socket.get(), text({{"verb", request.verb}, {"arguments", request.arguments}}), streams)) {
     return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};

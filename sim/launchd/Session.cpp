@@ -28,7 +28,7 @@
 #include "sim/launchd/Launchd.h"
 #include "sim/launchd/LaunchdPaths.h"
 #include "sim/launchd/ProcessStart.h"
-#include "sim/support/Descendants.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {

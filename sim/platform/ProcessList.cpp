@@ -3,24 +3,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstdint>
 #include <ctime>
-#include <filesystem>
-#include <system_error>
+#include <utility>
 
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Files.h"
+#include "sim/support/Processes.h"
 #include "sim/support/SimClock.h"
-#include "sim/support/WholeFile.h"
 
 namespace halvo {
 namespace {
-
-std::optional<pid_t> numberIn(const std::string& name) {
-  pid_t number = 0;
-  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-  return error == std::errc() && end == name.data() + name.size() ? std::optional(number) : std::nullopt;
-}
 
 // Processes age as fast as the machine's clock runs.
 std::chrono::seconds ageOf(std::uint64_t startTicks) {
@@ -48,14 +40,13 @@ std::optional<ProcessEntry> entryFor(pid_t process) {
 }  // namespace
 
 std::optional<std::vector<ProcessEntry>> halvoRunningProcesses() {
-  std::error_code error;
+  const auto processes = sim::processNumbers();
+  if (!processes) return std::nullopt;
   std::vector<ProcessEntry> entries;
-  for (const auto& item : std::filesystem::directory_iterator("/proc", error)) {
-    const auto process = numberIn(item.path().filename().string());
-    auto entry = process ? entryFor(*process) : std::nullopt;
-    if (entry) entries.push_back(std::move(*entry));
+  for (const pid_t process : *processes) {
+    if (auto entry = entryFor(process)) entries.push_back(std::move(*entry));
   }
-  return error ? std::nullopt : std::optional(std::move(entries));
+  return entries;
 }
 
 }  // namespace halvo

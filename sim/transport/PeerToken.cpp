@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {

@@ -8,7 +8,7 @@
 
 #include <cstring>
 
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 #include "sim/transport/testing/LaunchedService.h"
 
 namespace halvo::sim {

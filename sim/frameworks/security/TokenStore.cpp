@@ -11,7 +11,7 @@
 #include "sim/frameworks/security/StateFiles.h"
 #include "sim/frameworks/testing/Instrumentation.h"
 #include "sim/support/MachinePaths.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {
