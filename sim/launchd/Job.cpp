@@ -55,21 +55,21 @@ void Job::withdraw() {
 
 bool Job::wantsProcess() const { return description_.keepAlive || (description_.runAtLoad && !loadStartDone_); }
 
-bool Job::startIfDue(Clock::time_point now, const LaunchdPaths& paths) {
+bool Job::startIfDue(Clock::time_point now, const std::filesystem::path& output) {
   if (process_ || leaving() || now < notBefore_) return false;
   if (!wantsProcess() && !std::ranges::any_of(awaited(now), readable)) return false;
-  start(now, paths);
+  start(now, output);
   return true;
 }
 
-void Job::start(Clock::time_point now, const LaunchdPaths& paths) {
+void Job::start(Clock::time_point now, const std::filesystem::path& output) {
   JobProcessOrder order{.label = description_.label,
                         .program = description_.program,
                         .arguments = description_.arguments,
                         .listening = {},
                         .listeningNames = description_.machServices,
                         .user = domainUser(domain_),
-                        .output = paths.state / "job-output" / (description_.label + ".log")};
+                        .output = output / (description_.label + ".log")};
   for (const ListeningSocket& socket : sockets_) order.listening.push_back(socket.descriptor());
 
   loadStartDone_ = true;

@@ -26,7 +26,6 @@
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/launchd/ControlServer.h"
 #include "sim/launchd/Launchd.h"
-#include "sim/launchd/LaunchdPaths.h"
 #include "sim/launchd/ProcessStart.h"
 #include "sim/support/Processes.h"
 

@@ -60,15 +60,12 @@ std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path&
   return words;
 }
 
-std::variant<EntryPossible, EntryImpossible> tryEntry(EntryWay way, const std::filesystem::path& root) {
-  if (way == EntryWay::root && ::geteuid() != 0) return EntryImpossible{"this takes root"};
+std::optional<std::string> obstacleOf(EntryWay way, const std::filesystem::path& root) {
+  if (way == EntryWay::root && ::geteuid() != 0) return "this takes root";
   const CommandResult result = runChild(entryCommand(way, root, {"/sbin/launchd", "--probe"}));
-  if (result.status == kProgramMissing) return EntryImpossible{"bubblewrap (bwrap) is not installed"};
-  if (result.status != 0) {
-    return EntryImpossible{result.err.empty() ? "it ended with status " + std::to_string(result.status)
-                                              : firstLine(result.err)};
-  }
-  return EntryPossible{.severalAccounts = firstLine(result.out) == "several"};
+  if (result.status == 0) return std::nullopt;
+  if (result.status == kProgramMissing) return "bubblewrap (bwrap) is not installed";
+  return result.err.empty() ? "it ended with status " + std::to_string(result.status) : firstLine(result.err);
 }
 
 std::string entryAdvice() {

@@ -1,43 +1,28 @@
 #include "sim/machine/MachineFiles.h"
 
-#include <array>
-#include <charconv>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <sstream>
 #include <system_error>
 
 namespace halvo::sim {
 namespace {
 
-constexpr int kOctal = 8;
 constexpr const char* kListName = "sim-machine-files";
 
-std::vector<std::string> fieldsOf(const std::string& line, char separator) {
-  std::vector<std::string> fields;
-  std::istringstream stream(line);
-  for (std::string field; std::getline(stream, field, separator);) fields.push_back(field);
-  return fields;
-}
-
-std::optional<unsigned> octal(const std::string& text) {
-  unsigned value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, kOctal);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 std::optional<MachineFile> parseLine(const std::string& line) {
-  const auto fields = fieldsOf(line, '\t');
-  if (fields.size() != 4) return std::nullopt;
-  const auto mode = octal(fields[2]);
-  const std::filesystem::path destination(fields[1]);
-  if (!mode || destination.empty() || destination.is_absolute()) return std::nullopt;
-  MachineFile file{.source = fields[0], .destination = destination, .mode = *mode, .signature = std::nullopt};
-  if (fields[3] == "-") return file;
-  const auto words = fieldsOf(fields[3], ',');
-  if (words.size() != 3) return std::nullopt;
-  file.signature = CodeSignature{.identifier = words[0], .teamIdentifier = words[1], .anchor = words[2]};
+  static const std::regex form(R"(([^\t]+)\t([^/\t][^\t]*)\t([0-7]{1,4})\t(?:-|([^,\t]+),([^,\t]*),([^,\t]+)))");
+  constexpr int kOctal = 8;
+  std::smatch field;
+  if (!std::regex_match(line, field, form)) return std::nullopt;
+  MachineFile file{.source = field.str(1),
+                   .destination = field.str(2),
+                   .mode = static_cast<unsigned>(std::stoul(field[3], nullptr, kOctal)),
+                   .signature = std::nullopt};
+  if (field[4].matched) {
+    file.signature = CodeSignature{.identifier = field[4], .teamIdentifier = field[5], .anchor = field[6]};
+  }
   return file;
 }
 

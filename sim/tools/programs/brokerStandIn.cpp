@@ -2,13 +2,13 @@
 // told to end.
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <system_error>
 
 #include "sim/support/Files.h"
-#include "sim/tools/programs/Termination.h"
 
 namespace {
 
@@ -25,12 +25,18 @@ std::string ownVersion() {
 
 // The argument is the folder of the log, for a run outside of the simulated Mac.
 int main(int argc, char** argv) {
-  const halvo::sim::Termination termination;
+  // launchd's request to end is kept until the line is written.
+  sigset_t end{};
+  sigemptyset(&end);
+  sigaddset(&end, SIGTERM);
+  sigprocmask(SIG_BLOCK, &end, nullptr);
   const std::string folder = argc > 1 ? argv[1] : kLogFolder;
   std::error_code ignored;
   std::filesystem::create_directories(folder, ignored);
   std::ofstream log(folder + "/broker.log", std::ios::app);
   log << "broker " << ownVersion() << " started pid " << ::getpid() << std::endl;
   if (!log) return 1;
-  termination.wait();
+  int received = 0;
+  while (sigwait(&end, &received) != 0) {
+  }
 }
