@@ -1,9 +1,10 @@
-// Owners and small helpers for libarchive, shared by what reads and what writes packages.
+// The archives of packages, by libarchive: making them, reading them, and putting their files on disk.
 #pragma once
 
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -62,5 +63,16 @@ std::string cpioArchive(const std::vector<CpioEntry>& entries);
 std::string gzipped(std::string_view bytes);
 
 inline std::string gzippedCpio(const std::vector<CpioEntry>& entries) { return gzipped(cpioArchive(entries)); }
+
+struct Unpacked {
+  std::vector<std::string> paths;  // what the archive brought, relative to the root, in its order
+  std::string problem;             // why it stopped; empty when everything is on disk
+};
+
+// Unpacks a gzip'd cpio archive below `root` with its modes and dates; everything belongs to root:wheel, if the owner
+// can be set. A bundle (a folder with Contents/Info.plist) that lies there is replaced as a whole, other files that the
+// archive does not bring stay. No name leads out of `root` or through a link. When the archive ends too early, what was
+// read is on disk; the file it ends in has its full size and the wrong content.
+Unpacked unpack(std::string_view archiveBytes, const std::filesystem::path& root);
 
 }  // namespace halvo::sim

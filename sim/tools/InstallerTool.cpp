@@ -14,7 +14,6 @@
 #include "sim/tools/Archive.h"
 #include "sim/tools/FlatPackage.h"
 #include "sim/tools/Receipts.h"
-#include "sim/tools/Unpack.h"
 #include "sim/tools/Xml.h"
 
 namespace halvo::sim {

@@ -1,4 +1,4 @@
-#include "sim/transport/LaunchSocket.h"
+#include "sim/transport/ServiceSocket.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "sim/transport/PeerToken.h"
+#include "sim/transport/ServiceSocket.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

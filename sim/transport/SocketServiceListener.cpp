@@ -19,8 +19,7 @@
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #include "platform/SystemLog.h"
 #include "sim/transport/ConnectionServer.h"
-#include "sim/transport/LaunchSocket.h"
-#include "sim/transport/PeerToken.h"
+#include "sim/transport/ServiceSocket.h"
 #include "transport/IncomingConnection.h"
 #include "transport/ServiceListener.h"
 
