@@ -14,16 +14,13 @@
 #include "sim/support/Files.h"
 
 namespace halvo::sim {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ToolCall, time, tool, arguments, status, began, ended)
+
 namespace {
 
 ToolCall parseCall(const std::string& line) try {
-  const nlohmann::json call = nlohmann::json::parse(line);
-  return {.time = call.at("time").get<std::string>(),
-          .tool = call.at("tool").get<std::string>(),
-          .arguments = call.at("arguments").get<std::vector<std::string>>(),
-          .status = call.at("status").get<int>(),
-          .began = call.at("began").get<std::int64_t>(),
-          .ended = call.at("ended").get<std::int64_t>()};
+  return nlohmann::json::parse(line).get<ToolCall>();
 } catch (const nlohmann::json::exception&) {
   throw std::runtime_error("calls.jsonl has a line that is no call: " + line);
 }
@@ -107,8 +104,6 @@ void Machine::start() {
 }
 
 void Machine::stop() { session_.reset(); }
-
-bool Machine::running() const { return session_ != nullptr; }
 
 bool Machine::supportsSeveralUsers() const { return session().severalUsers(); }
 

@@ -14,11 +14,15 @@
 #include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControlRequest, verb, arguments)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControlReply, status, text)
+
 namespace {
 
 using Json = nlohmann::json;
 
-std::string text(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string textOf(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string reason(int error) { return std::generic_category().message(error); }
 
@@ -48,20 +52,17 @@ std::optional<ControlReply> receiveReply(int socket) try {
   while (count < 0 && errno == EINTR);
   if (count <= 0) return std::nullopt;
   received.resize(static_cast<std::size_t>(count));
-  const Json message = Json::parse(received);
-  return ControlReply{.status = message.at("status").get<int>(), .text = message.at("text").get<std::string>()};
+  return Json::parse(received).get<ControlReply>();
 } catch (const Json::exception&) {
   return std::nullopt;
 }
 
 }  // namespace
 
-std::string toText(const ControlReply& reply) { return text({{"status", reply.status}, {"text", reply.text}}); }
+std::string toText(const ControlReply& reply) { return textOf(reply); }
 
 std::optional<ControlRequest> requestFromText(std::string_view received) try {
-  const Json message = Json::parse(received);
-  return ControlRequest{.verb = message.at("verb").get<std::string>(),
-                        .arguments = message.at("arguments").get<std::vector<std::string>>()};
+  return Json::parse(received).get<ControlRequest>();
 } catch (const Json::exception&) {
   return std::nullopt;
 }
@@ -107,7 +108,7 @@ std::optional<int> ControlClient::run(uid_t user, const std::vector<std::string>
 ControlReply ControlClient::ask(const ControlRequest& request, const ChildStreams* streams) const {
   const UniqueDescriptor socket = connectTo(socket_, SOCK_SEQPACKET);
   if (!socket.valid()) return {kLaunchdUnreachable, "launchd cannot be reached: " + reason(errno)};
-  if (!sendRequest(socket.get(), text({{"verb", request.verb}, {"arguments", request.arguments}}), streams)) {
+  if (!sendRequest(socket.get(), textOf(request), streams)) {
     return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};
   }
   return receiveReply(socket.get()).value_or(ControlReply{kLaunchdUnreachable, "launchd ended without an answer"});

@@ -1,9 +1,7 @@
 #include "sim/machine/MachineFiles.h"
 
 #include <fstream>
-#include <iterator>
 #include <regex>
-#include <sstream>
 #include <system_error>
 
 namespace halvo::sim {
@@ -11,6 +9,7 @@ namespace {
 
 constexpr const char* kListName = "sim-machine-files";
 
+// Source, destination, octal mode, and "-" or IDENTIFIER,TEAM,ANCHOR, with tabs between.
 std::optional<MachineFile> parseLine(const std::string& line) {
   static const std::regex form(R"(([^\t]+)\t([^/\t][^\t]*)\t([0-7]{1,4})\t(?:-|([^,\t]+),([^,\t]*),([^,\t]+)))");
   constexpr int kOctal = 8;
@@ -32,18 +31,6 @@ MachineProblem problem(const std::string& what, const std::error_code& error) {
 
 }  // namespace
 
-std::variant<std::vector<MachineFile>, MachineProblem> parseMachineFiles(std::string_view text) {
-  std::vector<MachineFile> files;
-  std::istringstream stream{std::string(text)};
-  for (std::string line; std::getline(stream, line);) {
-    const auto file = parseLine(line);
-    if (!file) return MachineProblem{"The list of the machine's files has a line that makes no sense: " + line};
-    files.push_back(*file);
-  }
-  if (files.empty()) return MachineProblem{"The list of the machine's files is empty; build halvo-sim again."};
-  return files;
-}
-
 std::variant<std::vector<MachineFile>, MachineProblem> machineFilesOfThisBuild() {
   std::error_code error;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -51,7 +38,14 @@ std::variant<std::vector<MachineFile>, MachineProblem> machineFilesOfThisBuild()
   const auto list = program.parent_path() / kListName;
   std::ifstream in(list, std::ios::binary);
   if (!in) return MachineProblem{"The list of the machine's files is missing: " + list.string() + ". Build halvo-sim."};
-  return parseMachineFiles(std::string{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()});
+  std::vector<MachineFile> files;
+  for (std::string line; std::getline(in, line);) {
+    const auto file = parseLine(line);
+    if (!file) return MachineProblem{"The list of the machine's files has a line that makes no sense: " + line};
+    files.push_back(*file);
+  }
+  if (files.empty()) return MachineProblem{"The list of the machine's files is empty; build halvo-sim again."};
+  return files;
 }
 
 std::optional<MachineProblem> layIn(const MachineFile& file, const std::filesystem::path& root) {
