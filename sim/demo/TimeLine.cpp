@@ -1,6 +1,7 @@
 #include "sim/demo/TimeLine.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 #include "sim/demo/Meaning.h"
@@ -68,15 +69,8 @@ Span spanOf(const std::vector<Track>& tracks) {
 }
 
 std::string nameOf(Mark::Kind kind) {
-  switch (kind) {
-    case Mark::Kind::request:
-      return "request";
-    case Mark::Kind::tool:
-      return "tool";
-    case Mark::Kind::wait:
-      return "wait";
-  }
-  return {};
+  constexpr std::array kNames = {"request", "tool", "wait"};
+  return kNames.at(static_cast<std::size_t>(kind));
 }
 
 }  // namespace halvo::sim

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
+#include <array>
 #include <cstring>
 #include <functional>
 #include <optional>
@@ -98,15 +99,8 @@ std::vector<TreeChange> changesBetween(const TreeSnapshot& before, const TreeSna
 }
 
 std::string describe(const TreeChange& change) {
-  switch (change.kind) {
-    case TreeChange::Kind::added:
-      return "added " + change.path;
-    case TreeChange::Kind::removed:
-      return "removed " + change.path;
-    case TreeChange::Kind::changed:
-      return "changed " + change.path;
-  }
-  return change.path;
+  constexpr std::array kWords = {"added ", "removed ", "changed "};
+  return kWords.at(static_cast<std::size_t>(change.kind)) + change.path;
 }
 
 }  // namespace halvo::sim

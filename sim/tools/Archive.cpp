@@ -82,15 +82,9 @@ void removeEverythingIn(const path& folder) {
 }
 
 void copyContent(archive* reader, archive* disk) {
-  const void* block = nullptr;
-  size_t size = 0;
-  la_int64_t offset = 0;
-  for (;;) {
-    const int result = archive_read_data_block(reader, &block, &size, &offset);
-    if (result == ARCHIVE_EOF) return;
-    requireDone(reader, result);
+  takeContent(reader, [disk](const void* block, std::size_t size, la_int64_t offset) {
     if (archive_write_data_block(disk, block, size, offset) < ARCHIVE_WARN) throw ArchiveError(archiveProblem(disk));
-  }
+  });
 }
 
 void writeEntry(archive* reader, archive_entry* entry, archive* disk) {

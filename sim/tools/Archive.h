@@ -44,6 +44,22 @@ ScopedReader openCpio(std::string_view bytes);
 // The next header; nullptr at the end of the archive. Throws ArchiveError when the archive is damaged.
 archive_entry* nextEntry(archive* reader);
 
+// Hands over the content of the entry at which the reader is, block by block with where it belongs: archive_read_data()
+// carries the offset at the end of one entry over to the next, and would put that many zeros before its content. Throws
+// ArchiveError when the archive is damaged.
+template <typename Take>
+void takeContent(archive* reader, Take take) {
+  const void* block = nullptr;
+  std::size_t size = 0;
+  la_int64_t offset = 0;
+  for (;;) {
+    const int result = archive_read_data_block(reader, &block, &size, &offset);
+    if (result == ARCHIVE_EOF) return;
+    requireDone(reader, result);
+    take(block, size, offset);
+  }
+}
+
 struct CpioEntry {
   enum class Kind { file, directory, link };
   std::string path;

@@ -155,7 +155,8 @@ int ClientLink::transmitNewest() {
 
 int ClientLink::connect() {
   // While the helper has as many clients as it takes, connecting waits; it must not wait for ever.
-  UniqueDescriptor socket = connectTo(machServiceDirectory() / machServiceName_, SOCK_STREAM, std::chrono::seconds(25));
+  UniqueDescriptor socket =
+      connectTo(machinePaths().machServices / machServiceName_, SOCK_STREAM, std::chrono::seconds(25));
   if (!socket.valid()) return errno;
   sd_bus* raw = nullptr;
   int status = sd_bus_new(&raw);

@@ -41,7 +41,7 @@ LaunchedService::LaunchedService(const std::string& name)
   ::setenv("LISTEN_FDS", "1", 1);
   ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
   ::setenv("LISTEN_FDNAMES", name.c_str(), 1);
-  setMachServiceDirectory(directory_.path());
+  machinePaths().machServices = directory_.path();
 }
 
 LaunchedService::~LaunchedService() {
