@@ -148,7 +148,6 @@ void walkStrangersAndIdleness(Stage& stage) {
 }
 
 void walkTurns(Stage& stage) {
-  const std::string app = ProductMachine::kAppProgram;
   // The installer is held in the script of the package until this walk lets it go.
   const auto began = stage.mac().path("/tmp/began");
   const std::string script = std::string(ProductMachine::kDownloads) + "/wait";
@@ -157,10 +156,11 @@ void walkTurns(Stage& stage) {
       {.name = "slow", .version = "1.6.0", .extra = {"--postinstall", stage.mac().path(script).string()}});
 
   Step step = stage.begin("While a change is made, a question is answered at once and another change waits");
-  Stage::Pending install = stage.send(step, {app, "install", slow.path, "--manifest", slow.manifest});
+  Stage::Pending install = stage.send(step, ProductMachine::command(ProductMachine::install(slow)));
   Stage::expect(step, waitUntil([&] { return std::filesystem::exists(began); }), "the installer should run");
   stage.request(step, {"ping"}, kPong);
-  Stage::Pending removal = stage.send(step, {app, "remove-bundle", "/Applications/Safari.app", "--without-checks"});
+  Stage::Pending removal =
+      stage.send(step, ProductMachine::command({"remove-bundle", "/Applications/Safari.app", "--without-checks"}));
   const bool waits = removal.result.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
   Stage::expect(step, waits, "the second change should wait for the first");
   stage.mac().writeFile("/tmp/go-on", "");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <limits>
 
 #include "sim/demo/Meaning.h"
@@ -13,35 +14,24 @@ std::string answer(const Request& request) {
   return request.command + "  -> " + (request.reply.empty() ? "no reply" : request.reply);
 }
 
-// What is drawn for one connection; number 0 stands for none.
-struct ConnectionTracks {
-  Track during;
-  Track afterwards;
-};
-
-ConnectionTracks tracksOf(const Step& step, std::size_t connection) {
-  ConnectionTracks tracks;
+// What is drawn for one connection, during and after its request; number 0 stands for none.
+std::vector<Track> tracksOf(const Step& step, std::size_t connection) {
   const Request* request = connection == 0 ? nullptr : &step.requests[connection - 1];
-  tracks.during.name = request == nullptr ? "No connection" : "Connection " + std::to_string(connection);
-  tracks.afterwards.name = tracks.during.name + ", after the answer";
+  Track during{.name = request == nullptr ? "No connection" : "Connection " + std::to_string(connection), .marks = {}};
+  Track afterwards{.name = during.name + ", after the answer", .marks = {}};
   if (request != nullptr) {
-    tracks.during.marks.push_back({Mark::Kind::request, answer(*request), request->began, request->ended});
+    during.marks.push_back({Mark::Kind::request, answer(*request), request->began, request->ended});
   }
   for (const Wait& wait : step.waits) {
     if (wait.connection != connection) continue;
-    tracks.during.marks.push_back({Mark::Kind::wait, "Waits: " + wait.reason, wait.began, wait.ended});
+    during.marks.push_back({Mark::Kind::wait, "Waits: " + wait.reason, wait.began, wait.ended});
   }
   for (const ToolCall& call : step.tools) {
     if (connectionOf(step, call) != connection) continue;
     const bool inTime = request == nullptr || call.ended <= request->ended;
-    Track& track = inTime ? tracks.during : tracks.afterwards;
-    track.marks.push_back({Mark::Kind::tool, describe(call), call.began, call.ended});
+    (inTime ? during : afterwards).marks.push_back({Mark::Kind::tool, describe(call), call.began, call.ended});
   }
-  return tracks;
-}
-
-void append(std::vector<Track>& list, Track track) {
-  if (!track.marks.empty()) list.push_back(std::move(track));
+  return {std::move(during), std::move(afterwards)};
 }
 
 }  // namespace
@@ -50,10 +40,9 @@ std::vector<Track> timeLine(const Step& step) {
   std::vector<Track> list;
   for (std::size_t i = 0; i <= step.requests.size(); ++i) {
     // What belongs to no connection, number 0, comes last.
-    ConnectionTracks tracks = tracksOf(step, (i + 1) % (step.requests.size() + 1));
-    append(list, std::move(tracks.during));
-    append(list, std::move(tracks.afterwards));
+    std::ranges::move(tracksOf(step, (i + 1) % (step.requests.size() + 1)), std::back_inserter(list));
   }
+  std::erase_if(list, [](const Track& track) { return track.marks.empty(); });
   return list;
 }
 
