@@ -14,7 +14,7 @@
 #include "sim/demo/Report.h"
 #include "sim/demo/StepPrinter.h"
 #include "sim/demo/Supervision.h"
-#include "sim/demo/Trace.h"
+#include "sim/demo/TimeLine.h"
 #include "sim/demo/Walk.h"
 #include "sim/support/Files.h"
 
