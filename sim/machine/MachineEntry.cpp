@@ -33,15 +33,9 @@ std::string firstLine(const std::string& text) { return text.substr(0, text.find
 }  // namespace
 
 std::string describe(EntryWay way) {
-  switch (way) {
-    case EntryWay::root:
-      return "as root, with several accounts";
-    case EntryWay::userNamespace:
-      return "in a user namespace, with one account";
-    case EntryWay::sharedProcesses:
-      return "in a user namespace with the host's processes, with one account";
-  }
-  return {};
+  constexpr std::array kWords = {"as root, with several accounts", "in a user namespace, with one account",
+                                 "in a user namespace with the host's processes, with one account"};
+  return kWords.at(static_cast<std::size_t>(way));
 }
 
 std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path& root,

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <array>
 #include <set>
 #include <stdexcept>
 
@@ -29,15 +30,8 @@ void writeContent(archive* writer, std::string_view content) {
 }
 
 mode_t typeOf(CpioEntry::Kind kind) {
-  switch (kind) {
-    case CpioEntry::Kind::file:
-      return S_IFREG;
-    case CpioEntry::Kind::directory:
-      return S_IFDIR;
-    case CpioEntry::Kind::link:
-      return S_IFLNK;
-  }
-  return S_IFREG;
+  constexpr std::array<mode_t, 3> kTypes = {S_IFREG, S_IFDIR, S_IFLNK};
+  return kTypes.at(static_cast<std::size_t>(kind));
 }
 
 ScopedEntry headerOf(const CpioEntry& source) {
