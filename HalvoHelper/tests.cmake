@@ -72,6 +72,7 @@ set(tests
   system/RemoveLockedTreeTest.cpp
   system/RemoveTreeTest.cpp
   system/StageFileTest.cpp
+  system/UniqueDescriptorTest.cpp
   text/TextTest.cpp)
 
 # Where the system's frameworks are simulated, their answers can be scripted, and small disks can be mounted.

@@ -81,7 +81,7 @@ bool takes(const VerbRow& row, bool legacy, Option option) {
     case Option::version:
       return true;
   }
-  return false;
+  return false;  // Not reached: there is no other option.
 }
 
 std::optional<std::chrono::seconds> secondsIn(std::string_view text) {

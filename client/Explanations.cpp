@@ -83,7 +83,7 @@ std::string_view adviceAfterTimeOut(const CommandLine& command) {
     case Verb::finalize:
       return "What it has begun, it finishes: look whether \"halvo-app ping\" is still answered.";
   }
-  return {};
+  return {};  // Not reached: there is no other verb.
 }
 
 }  // namespace
@@ -147,17 +147,18 @@ std::string explainEndOfUninstall(const CommandLine& step) {
       return "The uninstall ends here. The system parts are removed; the application and its helper are not.";
     case Verb::finalize:
       return "The uninstall ends here. The system parts and the application are removed; the helper stays registered. "
-             "It "
-             "goes when the application is put back and \"halvo-app finalize\" succeeds.";
+             "It goes when the application is put back and \"halvo-app finalize\" succeeds.";
+    case Verb::prepareRemoval:
+      return "The uninstall ends here. The application and its helper stay as they are.";
+    // Not reached: an uninstall has no other steps.
     case Verb::ping:
     case Verb::users:
     case Verb::doctor:
     case Verb::install:
-    case Verb::prepareRemoval:
     case Verb::uninstall:
-      return "The uninstall ends here. The application and its helper stay as they are.";
+      break;
   }
-  return {};
+  return {};  // Not reached: there is no other verb.
 }
 
 Explanation explainOldHelper() {

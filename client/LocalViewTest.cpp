@@ -1,6 +1,11 @@
 #include "client/LocalView.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <cstdlib>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 
@@ -53,6 +58,33 @@ TEST_F(LocalViewTest, ADiskWithoutRoomIsFull) {
 
   EXPECT_TRUE(view.diskIsFull());
 }
+
+struct SizeRow {
+  const char* name;
+  const char* options;
+  int isFull;
+};
+
+class EmptyDisk : public LocalViewTest, public testing::WithParamInterface<SizeRow> {
+ protected:
+  // Ends the process, whose mounts nobody else sees: 1 where the disk counts as full, 0 where not, 2 without a disk.
+  [[noreturn]] void lookAtDisk() const {
+    const std::string place = root.makeDirectory("var/db");
+    const int apart = ::geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS;
+    const bool isThere = ::unshare(apart) == 0 && ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                         ::mount("none", place.c_str(), "tmpfs", 0, GetParam().options) == 0;
+    std::_Exit(isThere ? static_cast<int>(view.diskIsFull()) : 2);
+  }
+};
+
+TEST_P(EmptyDisk, IsFullWhereItHoldsLessThanAMebibyte) {
+  EXPECT_EXIT(lookAtDisk(), testing::ExitedWithCode(GetParam().isFull), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, EmptyDisk,
+                         testing::Values(SizeRow{"OfOneMebibyte", "size=1048576", 0},
+                                         SizeRow{"OnePageSmaller", "size=1044480", 1}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace halvo

@@ -20,7 +20,7 @@ std::string wordFor(DaemonStatus status) {
     case DaemonStatus::unknown:
       return "unknown";
   }
-  return {};
+  return {};  // Not reached: there is no other status.
 }
 
 Explanation explain(DaemonStatus status) {
@@ -43,7 +43,7 @@ Explanation explain(DaemonStatus status) {
               "The system says something about the registration that this program does not know. Look at System "
               "Settings, General, Login Items."};
   }
-  return {ExitStatus::unreachable, {}};
+  return {ExitStatus::unreachable, {}};  // Not reached: there is no other status.
 }
 
 RegistrationReport reportOn(DaemonStatus status) { return {wordFor(status), explain(status)}; }
@@ -90,7 +90,7 @@ RegistrationReport carryOutRegistration(const RegistrationCommand& command, cons
     case Registering::look:
       return reportOn(service.look(kHelperPropertyList));
   }
-  return reportOn(DaemonStatus::unknown);
+  return reportOn(DaemonStatus::unknown);  // Not reached: there is no other request.
 }
 
 }  // namespace halvo

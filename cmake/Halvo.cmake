@@ -90,21 +90,48 @@ function(halvo_executable name)
   target_link_libraries(${name} PRIVATE halvo_flags ${ARG_PRIVATE})
 endfunction()
 
-# What nearly every test includes is read once. Product sources see what they include themselves and no more. A Mac's
-# tests are built without, which keeps each of them honest about its own includes; so are GCC's: what it precompiled is
-# no system header to it any more, and its warnings about the library's own code come through.
-function(halvo_precompile_test_headers name)
-  if(APPLE OR NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+# What nearly every source of a kind includes is read once: for tests, and for the libraries of the simulation and of what
+# tests share. Product sources see what they include themselves and no more. A Mac's tests are built without, which keeps
+# each of them honest about its own includes; so is everything by GCC: what it precompiled is no system header to it any
+# more, and its warnings about the library's own code come through.
+if(NOT APPLE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  set(HALVO_PRECOMPILES ON)
+endif()
+
+function(halvo_precompiled_headers name header)
+  target_precompile_headers(${name} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/${header}")
+  # What the compiler cache asks for, so that it knows the same header again.
+  target_compile_options(${name} PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+  target_link_libraries(${name} PRIVATE halvo_flags)
+endfunction()
+
+# Takes names of test programs.
+function(halvo_precompile_test_headers)
+  if(NOT HALVO_PRECOMPILES)
     return()
   endif()
   if(NOT TARGET halvo_test_headers)
-    add_executable(halvo_test_headers EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp")
-    target_link_libraries(halvo_test_headers PRIVATE halvo_flags GTest::gmock)
-    target_precompile_headers(halvo_test_headers PRIVATE "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.h")
-    # What the compiler cache asks for, so that it knows the same header again.
-    target_compile_options(halvo_test_headers PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+    add_executable(halvo_test_headers EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/cmake/PrecompiledHeaders.cpp")
+    halvo_precompiled_headers(halvo_test_headers TestHeaders.h)
+    target_link_libraries(halvo_test_headers PRIVATE GTest::gmock)
   endif()
-  target_precompile_headers(${name} REUSE_FROM halvo_test_headers)
+  foreach(name ${ARGN})
+    target_precompile_headers(${name} REUSE_FROM halvo_test_headers)
+  endforeach()
+endfunction()
+
+# Takes names of libraries.
+function(halvo_precompile_simulation_headers)
+  if(NOT HALVO_PRECOMPILES)
+    return()
+  endif()
+  if(NOT TARGET halvo_simulation_headers)
+    add_library(halvo_simulation_headers OBJECT EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/cmake/PrecompiledHeaders.cpp")
+    halvo_precompiled_headers(halvo_simulation_headers SimulationHeaders.h)
+  endif()
+  foreach(name ${ARGN})
+    target_precompile_headers(${name} REUSE_FROM halvo_simulation_headers)
+  endforeach()
 endfunction()
 
 # How CTest runs a GoogleTest program: whole, since starting one costs more than most of its tests, or in as many parts

@@ -23,7 +23,6 @@
 #include "HalvoHelper/system/PrivilegedFS.h"
 #include "HalvoHelper/system/ProcessRunner.h"
 #include "HalvoHelper/system/ProductPaths.h"
-#include "HalvoHelper/system/RealIdleSleep.h"
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #include "main/InstalledDriver.h"
 #include "main/MainQueue.h"
@@ -47,7 +46,7 @@ struct SystemAdapters {
   AudioActivity audio;
   Installer installer;
   PkgVerifier verifier;
-  std::shared_ptr<const IdleSleep> sleep = std::make_shared<const RealIdleSleep>();
+  std::shared_ptr<const IdleSleep> sleep;
   HelperEnding ending = {};
 };
 

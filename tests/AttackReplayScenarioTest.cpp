@@ -87,7 +87,7 @@ TEST_F(AttackReplay, AnApprovalOfAnInstallServesAFinalRemovalByAnotherAdmittedCl
 
 // Left open: nobody asks again for whom a request is carried out when its turn has come.
 TEST_F(AttackReplay, AnInstallThatWaitsForItsTurnIsCarriedOutAlthoughItsClientHasGone) {
-  const PackageFiles next = machine.package({.name = "next", .version = "1.3.0"});
+  const PackageFiles next = machine.package({.name = "next", .version = "1.3.0", .folder = ProductMachine::kHome});
   auto install = installThatLasts();
   std::vector<std::string> arguments = stolenForm();
   arguments.insert(arguments.end(), {next.path, R"({"driver_version":"1.3.0"})", "false"});

@@ -11,7 +11,7 @@ namespace {
 
 using testing::IsEmpty;
 
-constexpr const char* kManifest = "/Users/user501/Downloads/manifest.json";
+constexpr const char* kManifest = "/Users/user501/manifest.json";
 
 class BadInputScenario : public Scenario {
  protected:
@@ -20,11 +20,11 @@ class BadInputScenario : public Scenario {
     start();
   }
 
-  std::filesystem::path download(const std::string& name) { return mac().path(ProductMachine::kDownloads) / name; }
+  std::filesystem::path inHome(const std::string& name) { return mac().path(ProductMachine::kHome) / name; }
 
   std::string installNamed(const std::string& name) {
     return reply(
-        {"install", std::string(ProductMachine::kDownloads) + "/" + name, "--manifest", kManifest, "--without-checks"});
+        {"install", std::string(ProductMachine::kHome) + "/" + name, "--manifest", kManifest, "--without-checks"});
   }
 
   // No package was taken in: nothing of the staging directory is there, no tool ran, no part was changed.
@@ -35,7 +35,7 @@ class BadInputScenario : public Scenario {
   }
 
   std::string installWithManifest(const std::string& manifest) {
-    const PackageFiles package = machine.package({.name = "again"});
+    const PackageFiles package = machine.package({.name = "again", .folder = ProductMachine::kHome});
     mac().writeFile(package.manifest, manifest);
     return reply(ProductMachine::install(package, {"--without-checks"}));
   }
@@ -47,22 +47,22 @@ TEST_F(BadInputScenario, AMissingPackageIsRefused) {
 }
 
 TEST_F(BadInputScenario, ADirectoryIsRefused) {
-  std::filesystem::create_directory(download("folder.pkg"));
+  std::filesystem::create_directory(inHome("folder.pkg"));
 
   EXPECT_EQ(installNamed("folder.pkg"), kStagingFailedReply);
   expectNothingHappened();
 }
 
 TEST_F(BadInputScenario, ALinkToAGoodPackageIsRefused) {
-  machine.package({.name = "good"});
-  std::filesystem::create_symlink("good.pkg", download("link.pkg"));
+  machine.package({.name = "good", .folder = ProductMachine::kHome});
+  std::filesystem::create_symlink("good.pkg", inHome("link.pkg"));
 
   EXPECT_EQ(installNamed("link.pkg"), kStagingFailedReply);
   expectNothingHappened();
 }
 
 TEST_F(BadInputScenario, AFifoIsRefusedWithoutWaitingForAWriter) {
-  ASSERT_EQ(::mkfifo(download("fifo.pkg").c_str(), 0600), 0);
+  ASSERT_EQ(::mkfifo(inHome("fifo.pkg").c_str(), 0600), 0);
 
   EXPECT_EQ(installNamed("fifo.pkg"), kStagingFailedReply);
   expectNothingHappened();
@@ -74,15 +74,15 @@ TEST_F(BadInputScenario, ADeviceIsRefused) {
 }
 
 TEST_F(BadInputScenario, AFileOverTheBoundIsRefused) {
-  std::ofstream(download("huge.pkg")).put('x');
-  std::filesystem::resize_file(download("huge.pkg"), 268'435'457);
+  std::ofstream(inHome("huge.pkg")).put('x');
+  std::filesystem::resize_file(inHome("huge.pkg"), 268'435'457);
 
   EXPECT_EQ(installNamed("huge.pkg"), kStagingFailedReply);
   expectNothingHappened();
 }
 
 TEST_F(BadInputScenario, AFileThatIsNoPackageIsRefused) {
-  std::ofstream(download("text.pkg")) << "not a package\n";
+  std::ofstream(inHome("text.pkg")) << "not a package\n";
 
   EXPECT_EQ(installNamed("text.pkg"), R"({"code":"untrusted_package","reason":"not_developer_id"})");
   EXPECT_THAT(machine.components(), IsEmpty());
@@ -91,9 +91,8 @@ TEST_F(BadInputScenario, AFileThatIsNoPackageIsRefused) {
 TEST_F(BadInputScenario, TheRefusalNamesThePathInTheLog) {
   installNamed("missing.pkg");
 
-  EXPECT_THAT(messagesIn(kInstallLog),
-              testing::ElementsAre("REFUSED: could not stage /Users/user501/Downloads/missing.pkg -> "
-                                   "/var/db/halvo/install-staging/incoming.pkg"));
+  EXPECT_THAT(messagesIn(kInstallLog), testing::ElementsAre("REFUSED: could not stage /Users/user501/missing.pkg -> "
+                                                            "/var/db/halvo/install-staging/incoming.pkg"));
 }
 
 class UselessManifest : public BadInputScenario,

@@ -29,8 +29,14 @@ class ExampleScenario : public RemovalScenario {
     return mac().run(machine.user(), command, typed);
   }
 
+  // Lies where the helper may read it: the example makes no copy of its own.
+  PackageFiles readablePackage(PackageContents contents) {
+    contents.folder = ProductMachine::kHome;
+    return machine.package(contents);
+  }
+
   CommandResult install(const PackageContents& contents, const std::string& typed = {}) {
-    const PackageFiles package = machine.package(contents);
+    const PackageFiles package = readablePackage(contents);
     return example({"install", package.path, package.manifest}, typed);
   }
 
@@ -119,7 +125,7 @@ TEST_F(ExampleScenario, SaysThatAnOlderDriverIsRefusedAndShowsOnlyWhatTheLogGain
 
 TEST_F(ExampleScenario, IsNotDeceivedByAManifestThatWritesASecondCodeIntoTheReply) {
   installed();
-  const PackageFiles package = machine.package({});
+  const PackageFiles package = readablePackage({});
   mac().writeFile(package.manifest, R"({"driver_version":"1.1.9\",\"code\":\"ok"})");
 
   const CommandResult result = example({"install", package.path, package.manifest});
@@ -130,7 +136,7 @@ TEST_F(ExampleScenario, IsNotDeceivedByAManifestThatWritesASecondCodeIntoTheRepl
 
 TEST_F(ExampleScenario, ShowsNoControlCharactersOutOfALog) {
   installed();
-  const PackageFiles package = machine.package({});
+  const PackageFiles package = readablePackage({});
   mac().writeFile(package.manifest, R"({"driver_version":"1.1.9\u001b[2J"})");
 
   const CommandResult result = example({"install", package.path, package.manifest});
@@ -174,7 +180,7 @@ TEST_F(ExampleScenario, SaysThatAnInstallWasTakenBack) {
 
 TEST_F(ExampleScenario, SaysWhereToLookWhenTheHelperEndsDuringAnInstall) {
   start();
-  const PackageFiles package = machine.package({.extra = {"--postinstall", waitingScript(mac())}});
+  const PackageFiles package = readablePackage({.extra = {"--postinstall", waitingScript(mac())}});
   auto running = mac().runAsync(machine.user(), {kInsideTheBundle, "install", package.path, package.manifest});
   ASSERT_TRUE(waitUntil([&] { return mac().readFile(kInstallLog).find("package trusted") != std::string::npos; }));
 

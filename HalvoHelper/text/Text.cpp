@@ -58,12 +58,13 @@ std::size_t leadingASCII(std::string_view text) {
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
-constexpr char upperHexDigit(std::size_t byte) {
+// Not reached: the compiler makes the table with these two.
+consteval char upperHexDigit(std::size_t byte) {
   if ((byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F')) return static_cast<char>(byte);
   return byte >= 'a' && byte <= 'f' ? static_cast<char>(byte - 'a' + 'A') : '\0';
 }
 
-constexpr std::array<char, 256> upperHexDigits() {
+consteval std::array<char, 256> upperHexDigits() {
   std::array<char, 256> digits{};
   for (std::size_t byte = 0; byte < digits.size(); ++byte) digits[byte] = upperHexDigit(byte);
   return digits;

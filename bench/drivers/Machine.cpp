@@ -23,7 +23,8 @@ std::string outputOf(const CommandResult& result) {
 // One machine for the whole run of the driver.
 class Mac {
  public:
-  explicit Mac(const std::string& clockRate) : package_(machine_.package({})) {
+  // The package lies where the helper may read it: the client that is connected already makes no copy.
+  explicit Mac(const std::string& clockRate) : package_(machine_.package({.folder = ProductMachine::kHome})) {
     mac().writeState("clock-rate", clockRate + "\n");
     guest_ = machine_.signedCopy(HALVO_BENCH_GUEST, "guest", "com.halvo.app", "QX4TRM2ZL9");
     mac().start();

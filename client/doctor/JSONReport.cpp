@@ -31,7 +31,7 @@ std::string nameOf(Sight sight) {
     case Sight::unreadable:
       return jsonString("unreadable");
   }
-  return kJSONNull;  // Not reached, here and below.
+  return kJSONNull;  // Not reached: there is no other sight.
 }
 
 std::string nameOf(ItemKind kind) {
@@ -45,7 +45,7 @@ std::string nameOf(ItemKind kind) {
     case ItemKind::other:
       return jsonString("other");
   }
-  return kJSONNull;
+  return kJSONNull;  // Not reached: there is no other kind.
 }
 
 std::string nameOf(ServiceState state) {
@@ -59,7 +59,7 @@ std::string nameOf(ServiceState state) {
     case ServiceState::strange:
       return jsonString("strange");
   }
-  return kJSONNull;
+  return kJSONNull;  // Not reached: there is no other state.
 }
 
 std::string nameOf(RightState state) {
@@ -71,7 +71,7 @@ std::string nameOf(RightState state) {
     case RightState::missing:
       return jsonString("missing");
   }
-  return kJSONNull;
+  return kJSONNull;  // Not reached: there is no other state.
 }
 
 std::string versionOf(Sight sight, const std::string& version) {

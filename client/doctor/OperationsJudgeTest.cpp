@@ -73,6 +73,15 @@ INSTANTIATE_TEST_SUITE_P(
              "/x",
              "The helper cannot write to /var/db/halvo: the disk is full, or something else stands in its place. "
              "Put that right and install again."}},
+        DamageRow{"NotStaged",
+                  [](Examination& seen) { refuse(seen.logs[0], "REFUSED: could not stage /a.pkg -> /x", 0); },
+                  {"install-refused",
+                   "The last install did not succeed (2026-02-11 09:30:12 +0000): REFUSED: could not stage /a.pkg -> "
+                   "/x",
+                   "The package was refused and nothing was changed. The helper could not take the package in: it must "
+                   "be a regular file, no link, of at most 256 MiB, in a folder that the helper may read, and the disk "
+                   "must have room for a copy. Put it into another folder than Downloads, Desktop or Documents and try "
+                   "again."}},
         DamageRow{"Downgrade",
                   [](Examination& seen) { refuse(seen.logs[0], "refusing downgrade: installed=2 incoming=1", 0); },
                   {"install-refused",

@@ -191,6 +191,46 @@ TEST(JSONReportTest, AHealthyMacIsOneObjectOnOneLine) {
                 "\n");
 }
 
+class MemberOfTheJSONReport : public testing::TestWithParam<LineRow> {};
+
+TEST_P(MemberOfTheJSONReport, SaysWhatWasSeen) {
+  Examination seen = healthyMac();
+  GetParam().change(seen);
+
+  EXPECT_THAT(json(seen), HasSubstr(GetParam().line));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Words, MemberOfTheJSONReport,
+    testing::Values(
+        LineRow{"Unreachable", [](Examination& seen) { seen.service.state = ServiceState::unreachable; },
+                R"("service":{"state":"unreachable")"},
+        LineRow{"Silent", [](Examination& seen) { seen.service.state = ServiceState::silent; },
+                R"("service":{"state":"silent")"},
+        LineRow{"Strange", [](Examination& seen) { seen.service.state = ServiceState::strange; },
+                R"("service":{"state":"strange")"},
+        LineRow{"RightMendedByTheHelper", [](Examination& seen) { seen.rightBefore = RightState::unsound; },
+                R"("right":{"before":"unsound","after":"sound"})"},
+        LineRow{"NoRight", [](Examination& seen) { seen.rightAfter = RightState::missing; },
+                R"("right":{"before":"sound","after":"missing"})"},
+        LineRow{"UnreadablePart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
+                R"(halvo-broker","sight":"unreadable","kind":null,"version":null,"owner":null)"},
+        LineRow{"MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::absent; },
+                R"(halvo-broker","sight":"absent","kind":null,"version":null,"owner":null)"},
+        LineRow{"LinkForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::link; },
+                R"(halvo-broker","sight":"present","kind":"link")"},
+        LineRow{"FifoForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::other; },
+                R"(halvo-broker","sight":"present","kind":"other")"},
+        LineRow{"UnknownNumbers",
+                [](Examination& seen) {
+                  seen.service.helperVersion.reset();
+                  seen.service.buildABI.reset();
+                  seen.service.graphicalUsers.reset();
+                },
+                R"("helper_version":null,"build_abi":null,"graphical_users":null})"},
+        LineRow{"UnknownTools", [](Examination& seen) { seen.tools.reset(); }, R"("tools":null)"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 TEST(JSONReportTest, AFindingHasCodeTextAndHint) {
   Examination seen = healthyMac();
   seen.staging = {.sight = Sight::present, .kind = ItemKind::folder, .age = Seconds(7)};

@@ -75,7 +75,7 @@ std::string rightLine(RightState state) {
     case RightState::missing:
       return std::string(kHalvoAdminRight) + ": missing or unreadable";
   }
-  return {};
+  return {};  // Not reached: there is no other state.
 }
 
 std::string toolsLine(const std::optional<std::vector<Tool>>& tools) {

@@ -1,11 +1,11 @@
-# What is looked at besides compiling and linking: the protocol's metadata, the imports, the static analyzer's and
-# clang-tidy's findings in the Objective-C++ files.
+# What is looked at besides compiling and linking: the protocol's metadata, the imports, the facts about the frameworks,
+# and on demand the static analyzer's and clang-tidy's findings in the Objective-C++ files.
 foreach(arch arm64 x86_64)
   set(module "${CMAKE_CURRENT_BINARY_DIR}/metadata/${arch}/protocol.ll")
   get_filename_component(folder "${module}" DIRECTORY)
   file(MAKE_DIRECTORY "${folder}")
   add_custom_command(OUTPUT "${module}"
-    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} ${MACHO_OBJC_FLAGS} -MD -MF "${module}.d"
+    COMMAND "${MACHO_CLANG_${arch}}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} ${MACHO_OBJC_FLAGS} -MD -MF "${module}.d"
             -S -emit-llvm "${CMAKE_CURRENT_SOURCE_DIR}/checks/ProtocolUnderTest.mm" -o "${module}"
     DEPENDS checks/ProtocolUnderTest.mm DEPFILE "${module}.d"
     COMMENT "Emitting the protocol's metadata for ${arch}" VERBATIM)
@@ -48,11 +48,11 @@ add_test(NAME MachO.FactsCoverWhatTheFrameworksDeclare
 set_tests_properties(MachO.FactsCoverWhatTheFrameworksDeclare PROPERTIES FIXTURES_SETUP facts)
 foreach(arch arm64 x86_64)
   add_test(NAME MachO.FrameworksEqualTheFacts/${arch}
-    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} -Wno-four-char-constants -fsyntax-only "${facts}")
+    COMMAND "${MACHO_CLANG_${arch}}" ${MACHO_FLAGS} ${MACHO_FLAGS_${arch}} -Wno-four-char-constants -fsyntax-only "${facts}")
   set_tests_properties(MachO.FrameworksEqualTheFacts/${arch} PROPERTIES FIXTURES_REQUIRED facts)
 endforeach()
 
-# One stamp per file: found once, a clean file is not looked at again until it or a header changes.
+# For tools/tidy. One stamp per file: found once, a clean file is not looked at again until it or a header changes.
 macho_sources(example_sources halvo-example-objective-c)
 foreach(source ${mac_sources} ${example_sources})
   if(NOT source MATCHES "\\.mm$")
@@ -62,8 +62,8 @@ foreach(source ${mac_sources} ${example_sources})
   set(stamp "${CMAKE_CURRENT_BINARY_DIR}/analysis/${name}")
   set(flags ${MACHO_FLAGS} ${MACHO_FLAGS_arm64} ${MACHO_OBJC_FLAGS})
   add_custom_command(OUTPUT "${stamp}.analyzed"
-    COMMAND "${MACHO_CLANG}" ${flags} -MD -MF "${stamp}.d" -MT "${stamp}.analyzed" -fsyntax-only "${source}"
-    COMMAND "${MACHO_CLANG}" ${flags} --analyze -Xclang -analyzer-output=text -Xclang -analyzer-werror
+    COMMAND "${MACHO_CLANG_arm64}" ${flags} -MD -MF "${stamp}.d" -MT "${stamp}.analyzed" -fsyntax-only "${source}"
+    COMMAND "${MACHO_CLANG_arm64}" ${flags} --analyze -Xclang -analyzer-output=text -Xclang -analyzer-werror
             -Xclang -analyzer-checker=core,cplusplus,nullability,osx,deadcode "${source}"
     COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}.analyzed"
     DEPENDS "${source}" DEPFILE "${stamp}.d"
@@ -76,7 +76,7 @@ foreach(source ${mac_sources} ${example_sources})
   list(APPEND analyzed "${stamp}.tidied")
 endforeach()
 file(MAKE_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/analysis")
-add_custom_target(macho_analysis ALL DEPENDS ${analyzed})
+add_custom_target(macho_analysis DEPENDS ${analyzed})
 
 # The build files as a Mac reads them.
 foreach(tests ON OFF)

@@ -63,7 +63,7 @@ function(macho_link program arch)
   macho_write_stubs(stubs ${program} ${arch})
   set(output "${CMAKE_CURRENT_BINARY_DIR}/${arch}/${program}")
   add_custom_command(OUTPUT "${output}"
-    COMMAND "${MACHO_CLANG}" ${MACHO_FLAGS_${arch}} -fuse-ld=lld --ld-path=${MACHO_LLD} -nostdlib -nodefaultlibs
+    COMMAND "${MACHO_CLANG_arm64}" ${MACHO_FLAGS_${arch}} -fuse-ld=lld --ld-path=${MACHO_LLD} -nostdlib -nodefaultlibs
             -Wl,-dead_strip -Wl,--error-limit=0 -Wl,-platform_version,macos,13.0,13.0
             ${ARG_OBJECTS} -Wl,--start-lib ${ARG_LIBRARY} -Wl,--end-lib ${stubs} ${CXX_STUB} -o "${output}"
     DEPENDS ${ARG_OBJECTS} ${ARG_LIBRARY} ${stubs} ${CXX_STUB}

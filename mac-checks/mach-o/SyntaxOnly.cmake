@@ -1,6 +1,5 @@
-# What is read by a compiler and not linked: the product once more and the tests that a Mac builds, by an older compiler,
-# that of the oldest developer tools which can build this. What today's compiler has to say about the tests, the other
-# presets show. libc++ does not know the older compiler any more and says so in a warning.
+# What is read by a compiler and not linked: the tests that a Mac builds, and examples, by the older compiler. What
+# today's has to say about them, the other presets show.
 find_package(GTest REQUIRED)
 
 # GoogleTest lies beside the C library's headers, which must not be found.
@@ -23,38 +22,33 @@ foreach(program ${test_programs})
   endif()
 endforeach()
 
-macho_sources(product_sources HalvoHelperXPC HalvoHelper halvo_main halvo_client halvo_platform halvo_transport
-  ${programs})
-
-set(folder "${CMAKE_CURRENT_BINARY_DIR}/older")
-set(flags ${MACHO_FLAGS} ${MACHO_FLAGS_x86_64} -Wno-\#warnings ${test_flags})
+set(folder "${CMAKE_CURRENT_BINARY_DIR}/tests")
+set(flags ${MACHO_FLAGS} ${MACHO_FLAGS_x86_64} ${test_flags})
 set(common "${PROJECT_SOURCE_DIR}/cmake/TestHeaders.h")
 set(precompiled "${folder}/TestHeaders.pch")
 file(MAKE_DIRECTORY "${folder}")
 add_custom_command(OUTPUT "${precompiled}"
-  COMMAND "${MACHO_OLDER_CLANG}" ${flags} -MD -MF "${precompiled}.d" -x c++-header "${common}" -o "${precompiled}"
+  COMMAND "${MACHO_CLANG_x86_64}" ${flags} -MD -MF "${precompiled}.d" -x c++-header "${common}" -o "${precompiled}"
   DEPENDS "${common}" DEPFILE "${precompiled}.d"
-  COMMENT "Reading the common headers for x86_64 (older)" VERBATIM)
+  COMMENT "Reading the common headers for x86_64" VERBATIM)
 
 # One stamp per source.
 set(stamps "")
-foreach(source ${product_sources} ${test_sources})
+foreach(source ${test_sources})
   file(RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${source}")
   set(stamp "${folder}/${relative}.read")
   get_filename_component(stamp_folder "${stamp}" DIRECTORY)
   file(MAKE_DIRECTORY "${stamp_folder}")
   if(source MATCHES "\\.mm$")
     set(language ${MACHO_OBJC_FLAGS})
-  elseif(source IN_LIST test_sources)
-    set(language -include-pch "${precompiled}")
   else()
-    set(language "")  # sees what it includes itself, no more
+    set(language -include-pch "${precompiled}")
   endif()
   add_custom_command(OUTPUT "${stamp}"
-    COMMAND "${MACHO_OLDER_CLANG}" ${flags} ${language} -MD -MF "${stamp}.d" -MT "${stamp}" -fsyntax-only "${source}"
+    COMMAND "${MACHO_CLANG_x86_64}" ${flags} ${language} -MD -MF "${stamp}.d" -MT "${stamp}" -fsyntax-only "${source}"
     COMMAND "${CMAKE_COMMAND}" -E touch "${stamp}"
     DEPENDS "${source}" "${precompiled}" DEPFILE "${stamp}.d"
-    COMMENT "Reading ${relative} for x86_64 (older)" VERBATIM)
+    COMMENT "Reading ${relative} for x86_64" VERBATIM)
   list(APPEND stamps "${stamp}")
 endforeach()
-add_custom_target(macho_older ALL DEPENDS ${stamps})
+add_custom_target(macho_tests ALL DEPENDS ${stamps})

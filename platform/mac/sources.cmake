@@ -9,7 +9,7 @@ set(HALVO_MAC_JSON_SOURCES
   UnicodeText.cpp)
 set(HALVO_MAC_PLATFORM_SOURCES
   FoundationPropertyList.mm
-  ProcessList.cpp
+  ../ProcessList.cpp
   PropertyListContainers.cpp
   PropertyListXML.cpp
   SMServiceRegistration.mm

@@ -86,10 +86,12 @@ void walkRefusedPackages(Stage& stage) {
     stage.requestStep(title, ProductMachine::install(package), untrusted(reason));
   }
 
-  PackageFiles link = stage.machine().package({.name = "Halvo-1.3.0", .version = "1.3.0"});
+  // Where the helper may read it, so that nothing but the link is against it.
+  PackageFiles link =
+      stage.machine().package({.name = "Halvo-1.3.0", .version = "1.3.0", .folder = ProductMachine::kHome});
   const std::string target = link.path;
-  link.path = "/Users/user501/Downloads/link.pkg";
-  std::filesystem::create_symlink(target, stage.mac().path("/Users/user501/Downloads") / "link.pkg");
+  link.path = "/Users/user501/link.pkg";
+  std::filesystem::create_symlink(target, stage.mac().path(ProductMachine::kHome) / "link.pkg");
   stage.requestStep("A package that is a symbolic link", ProductMachine::install(link, {"--without-checks"}),
                     untrusted("staging_failed"));
 }
@@ -155,6 +157,7 @@ void walkTurns(Stage& stage) {
   const PackageFiles slow = stage.machine().package(
       {.name = "slow", .version = "1.6.0", .extra = {"--postinstall", stage.mac().path(script).string()}});
 
+  awaitNextSecond();
   Step step = stage.begin("While a change is made, a question is answered at once and another change waits");
   Stage::Pending install = stage.send(step, ProductMachine::command(ProductMachine::install(slow)));
   Stage::expect(step, waitUntil([&] { return std::filesystem::exists(began); }), "the installer should run");

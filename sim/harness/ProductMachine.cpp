@@ -30,7 +30,7 @@ std::future<CommandResult> ProductMachine::appAsync(const std::vector<std::strin
 }
 
 PackageFiles ProductMachine::package(const PackageContents& contents) {
-  const std::string stem = std::string(kDownloads) + "/" + contents.name;
+  const std::string stem = contents.folder + "/" + contents.name;
   std::vector<std::string> words = {"package",   mac_.path(stem + ".pkg").string(),
                                     "--version", contents.version,
                                     "--report",  std::string(HALVO_REPORTS) + "/" + contents.report};
@@ -49,7 +49,7 @@ std::vector<std::string> ProductMachine::install(const PackageFiles& package, co
 
 std::string ProductMachine::signedCopy(const std::filesystem::path& program, const std::string& name,
                                        const std::string& identifier, const std::string& team) {
-  const std::string inside = std::string(kDownloads) + "/" + name;
+  const std::string inside = std::string(kHome) + "/" + name;
   const std::filesystem::path copy = mac_.path(inside);
   std::filesystem::copy_file(program, copy);
   const CodeSignature signature{.identifier = identifier, .teamIdentifier = team, .anchor = "apple generic"};

@@ -1,5 +1,5 @@
-// A simulated Mac as the demonstration and the scenario tests use it: packages lie in the user's downloads, the
-// application's program makes the requests, and the product's parts are looked at.
+// A simulated Mac as the demonstration and the scenario tests use it: packages lie in the user's downloads, which the
+// helper may not read, the application's program makes the requests, and the product's parts are looked at.
 #pragma once
 
 #include <sys/types.h>
@@ -19,15 +19,17 @@ struct PackageFiles {
 };
 
 struct PackageContents {
-  std::string name = "Halvo";           // of the file, without ".pkg"
-  std::string version = "1.2.0";        // of the driver
-  std::string report = "good.txt";      // the signature report, a file of sim/tools/reports
-  std::vector<std::string> extra = {};  // further options of `halvo-sim package`
+  std::string name = "Halvo";                       // of the file, without ".pkg"
+  std::string version = "1.2.0";                    // of the driver
+  std::string report = "good.txt";                  // the signature report, a file of sim/tools/reports
+  std::vector<std::string> extra = {};              // further options of `halvo-sim package`
+  std::string folder = "/Users/user501/Downloads";  // where it lies
 };
 
 class ProductMachine {
  public:
   static constexpr const char* kAppProgram = "/Applications/Halvo.app/Contents/MacOS/halvo-app";
+  static constexpr const char* kHome = "/Users/user501";
   static constexpr const char* kDownloads = "/Users/user501/Downloads";
 
   // The machine is built and not yet running: prepare its state through mac(), then start it.
@@ -51,7 +53,7 @@ class ProductMachine {
   // The application's arguments that install such a package.
   static std::vector<std::string> install(const PackageFiles& package, const std::vector<std::string>& options = {});
 
-  // Copies a program of the host into the user's downloads, signs it, and answers its path inside the machine.
+  // Copies a program of the host into the user's home, signs it, and answers its path inside the machine.
   std::string signedCopy(const std::filesystem::path& program, const std::string& name, const std::string& identifier,
                          const std::string& team);
 

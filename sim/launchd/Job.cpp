@@ -13,6 +13,7 @@
 #include <variant>
 
 #include "sim/launchd/Domain.h"
+#include "sim/launchd/PrivacyProtection.h"
 #include "sim/launchd/ProcessStart.h"
 #include "sim/support/SimClock.h"
 
@@ -55,21 +56,23 @@ void Job::withdraw() {
 
 bool Job::wantsProcess() const { return description_.keepAlive || (description_.runAtLoad && !loadStartDone_); }
 
-bool Job::startIfDue(Clock::time_point now, const std::filesystem::path& output) {
+bool Job::startIfDue(Clock::time_point now, const LaunchdPaths& paths) {
   if (process_ || leaving() || now < notBefore_) return false;
   if (!wantsProcess() && !std::ranges::any_of(awaited(now), readable)) return false;
-  start(now, output);
+  start(now, paths);
   return true;
 }
 
-void Job::start(Clock::time_point now, const std::filesystem::path& output) {
+void Job::start(Clock::time_point now, const LaunchdPaths& paths) {
   JobProcessOrder order{.label = description_.label,
                         .program = description_.program,
                         .arguments = description_.arguments,
                         .listening = {},
                         .listeningNames = description_.machServices,
                         .user = domainUser(domain_),
-                        .output = output / (description_.label + ".log")};
+                        .output = paths.state / "job-output" / (description_.label + ".log"),
+                        .closedFolders = {}};
+  if (domain_ == "system") order.closedFolders = foldersKeptFrom(description_.program, paths);
   for (const ListeningSocket& socket : sockets_) order.listening.push_back(socket.descriptor());
 
   loadStartDone_ = true;

@@ -12,6 +12,7 @@
 
 #include "sim/launchd/JobDescription.h"
 #include "sim/launchd/JobState.h"
+#include "sim/launchd/LaunchdPaths.h"
 #include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
@@ -29,9 +30,8 @@ class Job {
   void withdraw();
 
   // Starts the process if the job wants one to run, or somebody is waiting at a service; not before the throttle
-  // interval since the last start has passed. What the process prints is added to a file in `output`. True when
-  // something changed.
-  bool startIfDue(Clock::time_point now, const std::filesystem::path& output);
+  // interval since the last start has passed. True when something changed.
+  bool startIfDue(Clock::time_point now, const LaunchdPaths& paths);
   // When, after `now`, startIfDue() or killIfOverdue() has something to do without any event; nothing when never.
   [[nodiscard]] std::optional<Clock::time_point> deadline(Clock::time_point now) const;
   // The sockets whose becoming readable calls for startIfDue() at `now`.
@@ -62,7 +62,7 @@ class Job {
 
  private:
   [[nodiscard]] bool wantsProcess() const;
-  void start(Clock::time_point now, const std::filesystem::path& output);
+  void start(Clock::time_point now, const LaunchdPaths& paths);
 
   std::string domain_;
   JobDescription description_;

@@ -17,7 +17,7 @@ using testing::SizeIs;
 class JobTest : public testing::Test {
  protected:
   JobTest() {
-    std::filesystem::create_directories(output);
+    std::filesystem::create_directories(root.path() / "sim/job-output");
     std::filesystem::create_directories(root.path() / "var/run/mach");
   }
 
@@ -36,14 +36,14 @@ class JobTest : public testing::Test {
   }
 
   const TemporaryDirectory root;
-  const std::filesystem::path output = root.path() / "sim/job-output";
+  const LaunchdPaths paths = launchdPaths(root.path());
   const Job::Clock::time_point start = Job::Clock::now();
 };
 
 TEST_F(JobTest, NothingIsDueForAJobThatNobodyAsksFor) {
   Job job("system", description());
 
-  EXPECT_FALSE(job.startIfDue(start, output));
+  EXPECT_FALSE(job.startIfDue(start, paths));
   EXPECT_EQ(job.deadline(start), std::nullopt);
 }
 
@@ -52,10 +52,10 @@ TEST_F(JobTest, RunningAtLoadHappensOnce) {
   atLoad.runAtLoad = true;
   Job job("system", atLoad);
 
-  EXPECT_TRUE(job.startIfDue(start, output));
+  EXPECT_TRUE(job.startIfDue(start, paths));
   collect(job);
 
-  EXPECT_FALSE(job.startIfDue(start + std::chrono::hours(1), output));
+  EXPECT_FALSE(job.startIfDue(start + std::chrono::hours(1), paths));
 }
 
 TEST_F(JobTest, StartsAreAThrottleIntervalApart) {
@@ -63,12 +63,12 @@ TEST_F(JobTest, StartsAreAThrottleIntervalApart) {
   always.keepAlive = true;
   Job job("system", always);
 
-  EXPECT_TRUE(job.startIfDue(start, output));
+  EXPECT_TRUE(job.startIfDue(start, paths));
   collect(job);
 
   EXPECT_EQ(job.deadline(start), start + std::chrono::seconds(10));
-  EXPECT_FALSE(job.startIfDue(start + std::chrono::milliseconds(9999), output));
-  EXPECT_TRUE(job.startIfDue(start + std::chrono::seconds(10), output));
+  EXPECT_FALSE(job.startIfDue(start + std::chrono::milliseconds(9999), paths));
+  EXPECT_TRUE(job.startIfDue(start + std::chrono::seconds(10), paths));
   collect(job);
 }
 
@@ -77,9 +77,9 @@ TEST_F(JobTest, AServiceIsListenedForAgainWhenTheThrottleIntervalIsOver) {
   server.machServices = {"test.service"};
   server.runAtLoad = true;
   Job job("system", server);
-  ASSERT_EQ(job.publish(root.path() / "var/run/mach"), std::nullopt);
+  ASSERT_EQ(job.publish(paths.machServices), std::nullopt);
 
-  EXPECT_TRUE(job.startIfDue(start, output));
+  EXPECT_TRUE(job.startIfDue(start, paths));
   EXPECT_THAT(job.awaited(start), IsEmpty());
   collect(job);
 
@@ -96,7 +96,7 @@ TEST_F(JobTest, AProgramThatCannotStartIsNotTriedAgainAtOnce) {
   broken.throttleInterval = std::chrono::seconds(0);
   Job job("system", broken);
 
-  EXPECT_TRUE(job.startIfDue(start, output));
+  EXPECT_TRUE(job.startIfDue(start, paths));
 
   EXPECT_EQ(job.state().lastExitStatus, 78);
   EXPECT_EQ(job.deadline(start), start + std::chrono::seconds(1));
@@ -116,7 +116,7 @@ TEST_F(JobTest, AProcessMayTakeItsExitTimeOutToEnd) {
   slow.runAtLoad = true;
   slow.exitTimeOut = std::chrono::seconds(3);
   Job job("system", slow);
-  job.startIfDue(start, output);
+  job.startIfDue(start, paths);
 
   job.terminate(start, nullptr);
 
@@ -129,7 +129,7 @@ TEST_F(JobTest, WithoutAnExitTimeOutNoProcessIsKilled) {
   patient.runAtLoad = true;
   patient.exitTimeOut = std::chrono::seconds(0);
   Job job("system", patient);
-  job.startIfDue(start, output);
+  job.startIfDue(start, paths);
 
   job.terminate(start, nullptr);
 
@@ -144,7 +144,7 @@ TEST_F(JobTest, AJobOnItsWayOutNeverStartsAgain) {
 
   job.terminate(start, nullptr);
 
-  EXPECT_FALSE(job.startIfDue(start, output));
+  EXPECT_FALSE(job.startIfDue(start, paths));
   EXPECT_TRUE(job.leaving());
 }
 

@@ -79,7 +79,7 @@ void Launchd::handle(const ControlRequest& request, bool mayChange, const Answer
 void Launchd::work(TimePoint now) {
   for (const auto& job : jobs_.all()) {
     job->killIfOverdue(now);
-    changed_ = job->startIfDue(now, paths_.state / "job-output") || changed_;
+    changed_ = job->startIfDue(now, paths_) || changed_;
   }
   if (changed_ && !jobs_.publish(paths_.state / "jobs.json")) note("The job table cannot be written.");
   changed_ = false;

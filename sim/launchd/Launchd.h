@@ -4,7 +4,6 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -13,27 +12,10 @@
 #include "sim/launchd/ControlClient.h"
 #include "sim/launchd/Domain.h"
 #include "sim/launchd/JobTable.h"
+#include "sim/launchd/LaunchdPaths.h"
 #include "sim/launchd/Registrations.h"
 
 namespace halvo::sim {
-
-// Where launchd finds and leaves things.
-struct LaunchdPaths {
-  std::filesystem::path state;          // what is scripted and shown, see docs/simulator.md
-  std::filesystem::path machServices;   // one listening socket per Mach service
-  std::filesystem::path systemDaemons;  // what comes with the system
-  std::filesystem::path daemons;
-  std::filesystem::path agents;
-};
-
-// The folders of a machine whose file system starts at `root`, which is "/" except in tests of launchd itself.
-inline LaunchdPaths launchdPaths(const std::filesystem::path& root) {
-  return {.state = root / "sim",
-          .machServices = root / "var/run/mach",
-          .systemDaemons = root / "System/Library/LaunchDaemons",
-          .daemons = root / "Library/LaunchDaemons",
-          .agents = root / "Library/LaunchAgents"};
-}
 
 class Launchd {
  public:

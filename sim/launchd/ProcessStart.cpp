@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/launchd/PrivacyProtection.h"
 
 namespace halvo::sim {
 namespace {
@@ -80,6 +81,7 @@ bool arrangeDescriptors(const JobProcessOrder& order, int& report) {
   int error = arrangeDescriptors(order, report) ? 0 : errno;
   ::setpgid(0, 0);
   ::umask(S_IWGRP | S_IWOTH);
+  if (error == 0) error = closeFolders(order.closedFolders);
   if (error == 0 && ::chdir("/") != 0) error = errno;
   if (error == 0 && userExists(order.user)) error = becomeUser(order.user);
   std::vector<std::string> environment = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin", "XPC_SERVICE_NAME=" + order.label};

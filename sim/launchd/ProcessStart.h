@@ -26,7 +26,8 @@ struct JobProcessOrder {
   std::vector<int> listening;               // sockets to pass on, from descriptor 3
   std::vector<std::string> listeningNames;  // their services
   uid_t user = 0;
-  std::filesystem::path output;  // file that standard output and error are appended to
+  std::filesystem::path output;                      // file that standard output and error are appended to
+  std::vector<std::filesystem::path> closedFolders;  // in which it finds nothing that it may look at
 };
 
 // An errno value.

@@ -26,6 +26,7 @@
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/launchd/ControlServer.h"
 #include "sim/launchd/Launchd.h"
+#include "sim/launchd/LaunchdPaths.h"
 #include "sim/launchd/ProcessStart.h"
 #include "sim/support/Processes.h"
 

@@ -5,9 +5,11 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
+#include "sim/launchd/PrivacyProtection.h"
 #include "sim/launchd/Session.h"
 #include "sim/support/MachinePaths.h"
 
@@ -20,11 +22,15 @@ bool opens(const std::string& path) {
 }
 
 // Answers 0 when a machine can run here. Says on standard error what is missing, and answers 1: the process table has
-// to be readable, since clients are identified by it.
+// to be readable, since clients are identified by it, and daemons have to be kept out of users' folders.
 int probe() {
   const std::string self = "/proc/" + std::to_string(::getpid());
   if (!opens(self + "/exe") || !opens(self + "/stat")) {
     std::cerr << "/proc does not show the processes of the machine\n";
+    return 1;
+  }
+  if (const int error = halvo::sim::closeFolders({"/private/tmp"})) {
+    std::cerr << "no folder can be kept from daemons: " << std::generic_category().message(error) << "\n";
     return 1;
   }
   if (!opens("/dev/null") || !opens("/dev/urandom")) {

@@ -28,6 +28,16 @@ void append(std::vector<std::string>& words, const std::vector<std::string>& mor
   words.insert(words.end(), more.begin(), more.end());
 }
 
+// The folders on the way are left to root alone unless they are made for everybody; a user's program counts as well.
+std::vector<std::string> folderForCounts() {
+  std::vector<std::string> words;
+  for (std::size_t slash = kCounts.find('/', 1); slash != std::string::npos; slash = kCounts.find('/', slash + 1)) {
+    append(words, {"--perms", "0755", "--dir", kCounts.substr(0, slash)});
+  }
+  append(words, {"--bind", kCounts, kCounts});
+  return words;
+}
+
 std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
 
 }  // namespace
@@ -48,7 +58,7 @@ std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path&
     append(words, {"--dev-bind", device, device});
   }
   append(words, namespaces(way));
-  if (!kCounts.empty()) append(words, {"--bind", kCounts, kCounts});
+  if (!kCounts.empty()) append(words, folderForCounts());
   append(words, {"--chdir", "/", "--"});
   append(words, command);
   return words;

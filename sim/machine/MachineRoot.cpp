@@ -71,12 +71,21 @@ constexpr Link kLinks[] = {
     {"etc", "private/etc"}, {"tmp", "private/tmp"}, {"var", "private/var"}, {"lib", "usr/lib"}, {"lib64", "usr/lib64"},
 };
 
-struct Home {
+struct UsersFolder {
   const char* path;
   uid_t owner;
+  unsigned mode;
 };
 
-constexpr Home kHomes[] = {{"Users/user501", 501}, {"Users/user502", 502}};
+constexpr UsersFolder kUsersFolders[] = {
+    {"Users/user501", 501, kUsual},
+    {"Users/user501/Downloads", 501, kUsual},
+    {"Users/user502", 502, kUsual},
+    {"Users/user502/Downloads", 502, kUsual},
+    {"private/var/folders/0/T", 0, kPrivate},
+    {"private/var/folders/501/T", 501, kPrivate},
+    {"private/var/folders/502/T", 502, kPrivate},
+};
 
 // Any account writes to these, and none but root may make files beside them.
 constexpr const char* kSharedState[] = {"sim/calls.jsonl", "sim/authorization-prompts", "sim/opened-settings",
@@ -101,16 +110,16 @@ std::optional<MachineProblem> makeFolders(const std::filesystem::path& root) {
   return std::nullopt;
 }
 
-std::optional<MachineProblem> makeHomes(const std::filesystem::path& root) {
+std::optional<MachineProblem> makeUsersFolders(const std::filesystem::path& root) {
   std::error_code error;
-  for (const Home& home : kHomes) {
-    for (const auto& path : {root / home.path, root / home.path / "Downloads"}) {
-      std::filesystem::create_directories(path, error);
-      if (error) return problem(path, error);
-      // Without root's rights the machine has one account only, and that one owns everything.
-      if (userExists(home.owner) && ::chown(path.c_str(), home.owner, kStaffGroup) != 0) {
-        return problem(path, std::error_code(errno, std::generic_category()));
-      }
+  for (const UsersFolder& folder : kUsersFolders) {
+    const auto path = root / folder.path;
+    std::filesystem::create_directories(path, error);
+    if (!error) std::filesystem::permissions(path, std::filesystem::perms(folder.mode), error);
+    if (error) return problem(path, error);
+    // Without root's rights the machine has one account only, and that one owns everything.
+    if (userExists(folder.owner) && ::chown(path.c_str(), folder.owner, kStaffGroup) != 0) {
+      return problem(path, std::error_code(errno, std::generic_category()));
     }
   }
   return std::nullopt;
@@ -140,7 +149,7 @@ std::optional<MachineProblem> build(const std::filesystem::path& root) {
   // Files get the modes of the list and folders the usual one, whatever the caller's mask is.
   ::umask(S_IWGRP | S_IWOTH);
   if (auto problem = makeFolders(root)) return problem;
-  if (auto problem = makeHomes(root)) return problem;
+  if (auto problem = makeUsersFolders(root)) return problem;
   if (auto problem = makeSharedState(root)) return problem;
   return layInAll(std::get<std::vector<MachineFile>>(files), root);
 }

@@ -5,7 +5,7 @@ set(headers
   CoreFoundation/CoreFoundation.h Security/Security.h CoreAudio/CoreAudio.h IOKit/pwr_mgt/IOPMLib.h
   dispatch/dispatch.h mach/message.h copyfile.h os/log.h spawn.h sys/attr.h
   assert.h dirent.h errno.h fcntl.h limits.h locale.h pthread.h signal.h stddef.h stdint.h stdio.h stdlib.h string.h
-  sys/resource.h sys/stat.h sys/statvfs.h sys/types.h sys/wait.h time.h unistd.h wchar.h)
+  sys/resource.h sys/stat.h sys/statvfs.h sys/sysctl.h sys/types.h sys/wait.h time.h unistd.h wchar.h)
 set(text "#include <type_traits>\n\n")
 foreach(header ${headers})
   string(APPEND text "#include <${header}>\n")
@@ -53,7 +53,7 @@ foreach(file ${files})
       list(APPEND declared "${CMAKE_MATCH_1}${CMAKE_MATCH_2}")
     elseif(line MATCHES "(^|[^A-Za-z0-9_])((k|err)[A-Z][A-Za-z0-9]+|OS_LOG_TYPE_[A-Z]+) *(=|;)")
       list(APPEND declared "${CMAKE_MATCH_2}")
-    elseif(line MATCHES "(^|[ *])((CF|Sec|Authorization|AudioObject|IOPM)[A-Z][A-Za-z]+|(dispatch_|posix_spawn|_?os_log_)[a-z_0-9]*|copyfile|fchflags|fgetattrlist)\\(")
+    elseif(line MATCHES "(^|[ *])((CF|Sec|Authorization|AudioObject|IOPM)[A-Z][A-Za-z]+|(dispatch_|posix_spawn|_?os_log_)[a-z_0-9]*|copyfile|fchflags|fgetattrlist|sysctl)\\(")
       list(APPEND declared "${CMAKE_MATCH_2}")
     endif()
   endforeach()

@@ -46,6 +46,23 @@ TEST_F(ServiceFailureTest, WhoTriesAgainWhileBeingToldOfTheFailureDoesNotGetTheD
   EXPECT_EQ(second.get(), "text {}");
 }
 
+// The system tells of an invalid connection twice: to the messages that wait on it, then to itself.
+TEST_F(ServiceFailureTest, WhoTriedAgainKeepsTheNewConnectionWhenTheEndOfTheOldOneIsTold) {
+  Answer second;
+  const auto tryAgain = [&](const ServiceFailure&) {
+    client_->proxy(second.failure())->removeAppBundle("/", second.boolean());
+  };
+  delegate_->handler->keepsTextReplies = true;
+  client_->proxy(tryAgain)->ping([](const std::string&) {});
+  ASSERT_EQ(removed(), "true");
+
+  giveUpDoubleConnections(kService);
+
+  EXPECT_EQ(second.get(), "true");
+  EXPECT_EQ(removed(), "true");
+  EXPECT_EQ(delegate_->asked, 2);
+}
+
 TEST_F(ServiceFailureTest, AHelperThatEndsDuringACallInterruptsIt) {
   pinged();
   Answer answer;

@@ -23,9 +23,11 @@ class ScriptedDelegate final : public ServiceListenerDelegate {
  public:
   const std::shared_ptr<RecordingHandler> handler = std::make_shared<RecordingHandler>();
   bool admits = true;
+  int asked = 0;  // once for each connection
   audit_token_t seen = {};
 
   bool shouldAcceptNewConnection(IncomingConnection& connection) override {
+    ++asked;
     seen = connection.auditTokenValue();
     if (!admits) return false;
     connection.exportHandler(handler);
