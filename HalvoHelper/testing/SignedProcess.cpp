@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo {
 namespace {

@@ -3,7 +3,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "sim/demo/Steps.h"
+#include "sim/demo/Stage.h"
+#include "sim/demo/Walk.h"
 
 namespace halvo::sim {
 namespace {
@@ -11,8 +12,21 @@ namespace {
 constexpr const char* kPong = R"({"ok":true,"helper_version":6,"build_abi":1})";
 constexpr const char* kInstalled = R"({"code":"ok","changed":["driver","broker","daemon_agent"]})";
 constexpr const char* kUnauthorized = R"({"code":"unauthorized"})";
-constexpr const char* kAudioActive = R"({"code":"audio_active"})";
 constexpr const char* kRolledBack = R"({"code":"rolled_back","log_path":"/var/log/halvo-install.log"})";
+
+struct RefusedPackage {
+  const char* title;
+  const char* name;  // of the package and of its signature report
+  const char* reason;
+};
+
+constexpr RefusedPackage kRefusedPackages[] = {
+    {"A package without a signature", "unsigned", "unsigned"},
+    {"A package that Apple did not notarise", "not-notarized", "not_notarized"},
+    {"A package of another team", "wrong-team", "wrong_team"},
+    {"A package whose certificate chain is cut short", "chain-truncated", "chain_truncated"},
+    {"A package whose chain ends with somebody else", "unknown-authority", "unknown_authority"},
+};
 
 std::string untrusted(const std::string& reason) {
   return R"({"code":"untrusted_package","reason":")" + reason + "\"}";
@@ -20,13 +34,6 @@ std::string untrusted(const std::string& reason) {
 
 std::string processText(std::optional<pid_t> pid) {
   return pid ? "process " + std::to_string(*pid) : std::string("no process");
-}
-
-void refuse(Stage& stage, const std::string& title, const PackageContents& contents, const std::string& reason) {
-  const PackageFiles package = stage.machine().package(contents);
-  Step step = stage.begin(title);
-  stage.request(step, ProductMachine::install(package), untrusted(reason));
-  stage.tell(std::move(step));
 }
 
 // Snapshots are named by the second, and two installs within one share a folder: what an install changes on disk would
@@ -48,22 +55,17 @@ void walkFirstContact(Stage& stage) {
   for (const std::string& line : stage.mac().systemLog()) start.remarks.push_back("log: " + line);
   stage.tell(std::move(start));
 
-  Step users = stage.begin("Who is logged in graphically");
-  stage.request(users, {"users"}, R"({"uids":[501]})");
-  stage.tell(std::move(users));
+  stage.requestStep("Who is logged in graphically", {"users"}, R"({"uids":[501]})");
 }
 
 void walkInstalls(Stage& stage) {
   const PackageFiles good = stage.machine().package({.name = "Halvo-1.2.0", .version = "1.2.0"});
   const PackageFiles older = stage.machine().package({.name = "Halvo-1.1.9", .version = "1.1.9"});
 
-  Step legacy = stage.begin("A first-generation install carries no authorization and is refused");
-  stage.request(legacy, {"legacy", "install", good.path, "--manifest", good.manifest}, kUnauthorized);
-  stage.tell(std::move(legacy));
-
-  Step ungranted = stage.begin("An install whose authorization never obtained the right is refused");
-  stage.request(ungranted, ProductMachine::install(good, {"--without-grant"}), kUnauthorized);
-  stage.tell(std::move(ungranted));
+  stage.requestStep("A first-generation install carries no authorization and is refused",
+                    {"legacy", "install", good.path, "--manifest", good.manifest}, kUnauthorized);
+  stage.requestStep("An install whose authorization never obtained the right is refused",
+                    ProductMachine::install(good, {"--without-grant"}), kUnauthorized);
 
   Step install = stage.begin("A good package is installed");
   stage.request(install, ProductMachine::install(good), kInstalled);
@@ -72,27 +74,17 @@ void walkInstalls(Stage& stage) {
   stage.tell(std::move(install));
 
   awaitNextSecond();
-  Step again = stage.begin("The same version may be installed again");
-  stage.request(again, ProductMachine::install(good), kInstalled);
-  stage.tell(std::move(again));
-
-  Step downgrade = stage.begin("A lower version is refused, naming both");
-  stage.request(downgrade, ProductMachine::install(older),
-                R"({"code":"downgrade","installed":"1.2.0","incoming":"1.1.9"})");
-  stage.tell(std::move(downgrade));
+  stage.requestStep("The same version may be installed again", ProductMachine::install(good), kInstalled);
+  stage.requestStep("A lower version is refused, naming both", ProductMachine::install(older),
+                    R"({"code":"downgrade","installed":"1.2.0","incoming":"1.1.9"})");
 }
 
 void walkRefusedPackages(Stage& stage) {
-  refuse(stage, "A package without a signature", {.name = "unsigned", .version = "1.3.0", .report = "unsigned.txt"},
-         "unsigned");
-  refuse(stage, "A package that Apple did not notarise",
-         {.name = "not-notarized", .version = "1.3.0", .report = "not-notarized.txt"}, "not_notarized");
-  refuse(stage, "A package of another team", {.name = "wrong-team", .version = "1.3.0", .report = "wrong-team.txt"},
-         "wrong_team");
-  refuse(stage, "A package whose certificate chain is cut short",
-         {.name = "chain-truncated", .version = "1.3.0", .report = "chain-truncated.txt"}, "chain_truncated");
-  refuse(stage, "A package whose chain ends with somebody else",
-         {.name = "unknown-authority", .version = "1.3.0", .report = "unknown-authority.txt"}, "unknown_authority");
+  for (const auto& [title, name, reason] : kRefusedPackages) {
+    const std::string file(name);
+    const PackageFiles package = stage.machine().package({.name = file, .version = "1.3.0", .report = file + ".txt"});
+    stage.requestStep(title, ProductMachine::install(package), untrusted(reason));
+  }
 
   // Where the helper may read it, so that nothing but the link is against it.
   PackageFiles link =
@@ -100,23 +92,19 @@ void walkRefusedPackages(Stage& stage) {
   const std::string target = link.path;
   link.path = "/Users/user501/link.pkg";
   std::filesystem::create_symlink(target, stage.mac().path(ProductMachine::kHome) / "link.pkg");
-  Step step = stage.begin("A package that is a symbolic link");
-  stage.request(step, ProductMachine::install(link, {"--without-checks"}), untrusted("staging_failed"));
-  stage.tell(std::move(step));
+  stage.requestStep("A package that is a symbolic link", ProductMachine::install(link, {"--without-checks"}),
+                    untrusted("staging_failed"));
 }
 
 void walkAudio(Stage& stage) {
   const PackageFiles newer = stage.machine().package({.name = "Halvo-1.4.0", .version = "1.4.0"});
   stage.mac().writeState("audio-devices", "0\n1\n");
 
-  Step refused = stage.begin("Audio is running: the install would interrupt it and is refused");
-  stage.request(refused, ProductMachine::install(newer), kAudioActive);
-  stage.tell(std::move(refused));
-
+  stage.requestStep("Audio is running: the install would interrupt it and is refused", ProductMachine::install(newer),
+                    R"({"code":"audio_active"})");
   awaitNextSecond();
-  Step accepted = stage.begin("The same with the interruption accepted");
-  stage.request(accepted, ProductMachine::install(newer, {"--accept-audio-interruption"}), kInstalled);
-  stage.tell(std::move(accepted));
+  stage.requestStep("The same with the interruption accepted",
+                    ProductMachine::install(newer, {"--accept-audio-interruption"}), kInstalled);
   stage.mac().writeState("audio-devices", "0\n0\n");
 }
 
@@ -162,7 +150,6 @@ void walkStrangersAndIdleness(Stage& stage) {
 }
 
 void walkTurns(Stage& stage) {
-  const std::string app = ProductMachine::kAppProgram;
   // The installer is held in the script of the package until this walk lets it go.
   const auto began = stage.mac().path("/tmp/began");
   const std::string script = std::string(ProductMachine::kDownloads) + "/wait";
@@ -172,10 +159,11 @@ void walkTurns(Stage& stage) {
 
   awaitNextSecond();
   Step step = stage.begin("While a change is made, a question is answered at once and another change waits");
-  Stage::Pending install = stage.send(step, {app, "install", slow.path, "--manifest", slow.manifest});
+  Stage::Pending install = stage.send(step, ProductMachine::command(ProductMachine::install(slow)));
   Stage::expect(step, waitUntil([&] { return std::filesystem::exists(began); }), "the installer should run");
   stage.request(step, {"ping"}, kPong);
-  Stage::Pending removal = stage.send(step, {app, "remove-bundle", "/Applications/Safari.app", "--without-checks"});
+  Stage::Pending removal =
+      stage.send(step, ProductMachine::command({"remove-bundle", "/Applications/Safari.app", "--without-checks"}));
   const bool waits = removal.result.wait_for(std::chrono::milliseconds(200)) == std::future_status::timeout;
   Stage::expect(step, waits, "the second change should wait for the first");
   stage.mac().writeFile("/tmp/go-on", "");

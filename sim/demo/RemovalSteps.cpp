@@ -1,7 +1,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "sim/demo/Steps.h"
+#include "sim/demo/Stage.h"
+#include "sim/demo/Walk.h"
 
 namespace halvo::sim {
 namespace {
@@ -67,9 +68,8 @@ void removeHelper(Stage& stage, const std::string& runningApplication) {
 
 void walkUninstall(Stage& stage) {
   stage.mac().writeState("audio-devices", "1\n");
-  Step refused = stage.begin("Audio is running: the removal would interrupt it and is refused");
-  stage.request(refused, {"prepare-removal"}, R"({"code":"audio_active"})");
-  stage.tell(std::move(refused));
+  stage.requestStep("Audio is running: the removal would interrupt it and is refused", {"prepare-removal"},
+                    R"({"code":"audio_active"})");
 
   Step accepted = stage.begin("The same with the interruption accepted: every part is removed");
   accepted.remarks.push_back("jobs before: " + jobTable(stage));

@@ -1,14 +1,47 @@
 #include "sim/demo/Report.h"
 
-#include <algorithm>
+#include <utf8.h>
 
-#include "sim/demo/Markup.h"
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
 #include "sim/demo/Meaning.h"
 #include "sim/demo/TimeLine.h"
 #include "sim/demo/TreeTable.h"
+#include "sim/tools/Xml.h"
 
 namespace halvo::sim {
 namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+bool isControl(char32_t letter) {
+  return (letter < 0x20 && letter != '\t' && letter != '\n') || (letter >= 0x7F && letter < 0xA0);
+}
+
+// The number in hundredths, with as many digits behind the point.
+std::string decimal(std::int64_t number, std::int64_t unit) {
+  std::string digits = std::to_string(number % unit);
+  digits.insert(0, std::to_string(unit).size() - 1 - digits.size(), '0');
+  return std::to_string(number / unit) + "." + digits;
+}
+
+// The content is markup, the attributes are as they stand in the tag.
+std::string element(std::string_view name, std::string_view attributes, std::string_view content) {
+  std::string text = "<" + std::string(name);
+  if (!attributes.empty()) text += " " + std::string(attributes);
+  return text + ">" + std::string(content) + "</" + std::string(name) + ">";
+}
+
+// Microseconds in milliseconds, as "12.3".
+std::string milliseconds(std::int64_t microseconds) { return decimal(microseconds / 100, 10); }
+
+// How much of the whole, as "12.34%"; all of it when the whole is nothing.
+std::string percentage(std::int64_t part, std::int64_t whole) {
+  constexpr std::int64_t kHundredths = 10'000;
+  return decimal(whole == 0 ? kHundredths : part * kHundredths / whole, 100) + "%";
+}
 
 std::string cell(std::string_view content, std::string_view attributes = {}) {
   return element("td", attributes, content);
@@ -167,6 +200,17 @@ void put(std::string& page, std::string_view place, const std::string& markup) {
 }
 
 }  // namespace
+
+std::string escaped(std::string_view text) {
+  std::string sound;
+  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(sound));
+  std::string shown;
+  for (auto at = sound.begin(); at != sound.end();) {
+    const char32_t letter = utf8::next(at, sound.end());
+    utf8::append(isControl(letter) ? kReplacement : letter, std::back_inserter(shown));
+  }
+  return xmlEscaped(shown);
+}
 
 std::string reportPage(std::string_view frame, const std::vector<Step>& steps) {
   std::string all;

@@ -10,6 +10,10 @@
 
 namespace halvo::sim {
 
+// The text as a page may hold it, between tags and in quoted attributes: nothing in it is markup. What is no UTF-8, and
+// control characters, which no page may hold, become U+FFFD.
+std::string escaped(std::string_view text);
+
 // The page, put together from a frame that has "@STEPS@", "@REFUSALS@", "@CONTENTS@" and "@VERDICT@" where each
 // belongs. It asks the network for nothing and runs no script.
 std::string reportPage(std::string_view frame, const std::vector<Step>& steps);

@@ -51,13 +51,18 @@ void Stage::tell(Step step) {
 }
 
 void Stage::request(Step& step, const std::vector<std::string>& arguments, const std::string& expectedReply) {
-  std::vector<std::string> command = {ProductMachine::kAppProgram};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  requestWith(step, command, expectedReply);
+  requestWith(step, ProductMachine::command(arguments), expectedReply);
 }
 
 void Stage::requestWith(Step& step, const std::vector<std::string>& command, const std::string& expectedReply) {
   receive(step, send(step, command), expectedReply);
+}
+
+void Stage::requestStep(std::string title, const std::vector<std::string>& arguments,
+                        const std::string& expectedReply) {
+  Step step = begin(std::move(title));
+  request(step, arguments, expectedReply);
+  tell(std::move(step));
 }
 
 Stage::Pending Stage::send(Step& step, const std::vector<std::string>& command) {

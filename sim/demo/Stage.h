@@ -34,6 +34,9 @@ class Stage {
   // The same with another program.
   void requestWith(Step& step, const std::vector<std::string>& command, const std::string& expectedReply);
 
+  // A step that is one request through the application's program.
+  void requestStep(std::string title, const std::vector<std::string>& arguments, const std::string& expectedReply);
+
   // The two halves of a request, for what happens in between.
   struct Pending {
     std::size_t request;  // its place in the step

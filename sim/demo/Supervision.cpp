@@ -11,7 +11,7 @@
 #include <system_error>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
-#include "sim/support/Descendants.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {

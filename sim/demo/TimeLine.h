@@ -38,4 +38,9 @@ Span spanOf(const std::vector<Track>& tracks);
 
 std::string nameOf(Mark::Kind kind);
 
+// The walk in the form of Chrome's trace events, which chrome://tracing and Perfetto show.
+// A JSON object. Each step is a process, each track of its time line a thread, each mark a complete event; moments are
+// microseconds since the first one. Bytes that are no UTF-8 are replaced.
+std::string traceJSON(const std::vector<Step>& steps);
+
 }  // namespace halvo::sim

@@ -4,8 +4,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sim/demo/Trace.h"
-
 namespace halvo::sim {
 namespace {
 

@@ -1,6 +1,7 @@
 #include "sim/demo/TreeTable.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <map>
 #include <sstream>
@@ -12,20 +13,9 @@ std::string describe(const FileState& state) {
   std::ostringstream words;
   words << std::oct << state.mode << std::dec;
   if (state.owner != 0 || state.group != 0) words << ", owner " << state.owner << ":" << state.group;
-  switch (state.kind) {
-    case FileState::Kind::file:
-      words << ", " << state.size << " bytes";
-      break;
-    case FileState::Kind::directory:
-      words << ", folder";
-      break;
-    case FileState::Kind::link:
-      words << ", link";
-      break;
-    case FileState::Kind::other:
-      words << ", special file";
-      break;
-  }
+  constexpr std::array kOtherKinds = {"", ", folder", ", link", ", special file"};
+  if (state.kind == FileState::Kind::file) words << ", " << state.size << " bytes";
+  words << kOtherKinds.at(static_cast<std::size_t>(state.kind));
   return words.str();
 }
 

@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "sim/demo/Steps.h"
+#include "sim/demo/Stage.h"
 
 namespace halvo::sim {
 namespace {

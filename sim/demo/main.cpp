@@ -4,21 +4,19 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include "sim/demo/Lines.h"
 #include "sim/demo/Options.h"
 #include "sim/demo/Report.h"
 #include "sim/demo/StepPrinter.h"
 #include "sim/demo/Supervision.h"
-#include "sim/demo/Trace.h"
+#include "sim/demo/TimeLine.h"
 #include "sim/demo/Walk.h"
-#include "sim/support/WholeFile.h"
+#include "sim/support/Files.h"
 
 namespace {
 
@@ -35,11 +33,9 @@ bool writable(const std::filesystem::path& file) {
 }
 
 bool write(const std::filesystem::path& file, const std::string& text) {
-  std::ofstream out(file, std::ios::binary | std::ios::trunc);
-  out << text;
-  out.close();
-  if (!out) std::cerr << "demo: " << file.string() << " cannot be written\n";
-  return !out.fail();
+  const bool written = writeWhole(file, text);
+  if (!written) std::cerr << "demo: " << file.string() << " cannot be written\n";
+  return written;
 }
 
 int demonstrate(const DemoOptions& options) {

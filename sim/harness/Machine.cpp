@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
@@ -12,19 +11,16 @@
 #include "sim/harness/MachineSession.h"
 #include "sim/launchd/JobState.h"
 #include "sim/support/ChildProcess.h"
-#include "sim/support/WholeFile.h"
+#include "sim/support/Files.h"
 
 namespace halvo::sim {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ToolCall, time, tool, arguments, status, began, ended)
+
 namespace {
 
 ToolCall parseCall(const std::string& line) try {
-  const nlohmann::json call = nlohmann::json::parse(line);
-  return {.time = call.at("time").get<std::string>(),
-          .tool = call.at("tool").get<std::string>(),
-          .arguments = call.at("arguments").get<std::vector<std::string>>(),
-          .status = call.at("status").get<int>(),
-          .began = call.at("began").get<std::int64_t>(),
-          .ended = call.at("ended").get<std::int64_t>()};
+  return nlohmann::json::parse(line).get<ToolCall>();
 } catch (const nlohmann::json::exception&) {
   throw std::runtime_error("calls.jsonl has a line that is no call: " + line);
 }
@@ -73,14 +69,7 @@ constexpr unsigned kStateMode = 0666;
 
 void put(const std::filesystem::path& file, std::string_view content, unsigned mode) {
   std::filesystem::create_directories(file.parent_path());
-  // Whoever reads the file meanwhile sees all of the old or all of the new content.
-  const std::filesystem::path fresh = file.string() + ".new";
-  std::ofstream out(fresh, std::ios::binary | std::ios::trunc);
-  out << content;
-  out.close();
-  if (!out) throw std::runtime_error(file.string() + " cannot be written");
-  std::filesystem::permissions(fresh, std::filesystem::perms(mode));
-  std::filesystem::rename(fresh, file);
+  if (!replaceFile(file, content, mode)) throw std::runtime_error(file.string() + " cannot be written");
 }
 
 void buildFreshMachine(const std::filesystem::path& root) {
@@ -115,8 +104,6 @@ void Machine::start() {
 }
 
 void Machine::stop() { session_.reset(); }
-
-bool Machine::running() const { return session_ != nullptr; }
 
 bool Machine::supportsSeveralUsers() const { return session().severalUsers(); }
 

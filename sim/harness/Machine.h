@@ -49,7 +49,6 @@ class Machine {
   void start();
   // Shuts down and waits until nothing inside runs any more. start() boots the same machine again.
   void stop();
-  [[nodiscard]] bool running() const;
 
   // Whether other accounts than uid 0 exist in the running machine. Where the host allows only one uid, every job runs
   // as root and commands of any other user fail with status 126.

@@ -11,8 +11,8 @@
 #include <thread>
 #include <utility>
 
+#include "sim/support/Files.h"
 #include "sim/support/WaitUntil.h"
-#include "sim/support/WholeFile.h"
 
 namespace halvo::sim {
 namespace {
@@ -24,7 +24,6 @@ constexpr std::chrono::seconds kShutdownBound(30);
 constexpr const char* kSessionCommand = "echo; exec cat";
 
 constexpr uid_t kFirstOrdinaryUser = 501;
-constexpr int kNoSuchUser = 126;
 
 pid_t startMachine(const std::filesystem::path& machine, const std::filesystem::path& errors, int input, int output) {
   const UniqueDescriptor err(::open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));

@@ -10,26 +10,23 @@
 #include "sim/support/CodeSignature.h"
 
 namespace halvo::sim {
-namespace {
 
-std::vector<std::string> withProgram(const std::vector<std::string>& arguments) {
-  std::vector<std::string> command = {ProductMachine::kAppProgram};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  return command;
+std::vector<std::string> ProductMachine::command(const std::vector<std::string>& arguments) {
+  std::vector<std::string> words = {kAppProgram};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return words;
 }
-
-}  // namespace
 
 ProductMachine::ProductMachine() { std::filesystem::create_directories(mac_.path(kDownloads)); }
 
 unsigned ProductMachine::user() const { return mac_.supportsSeveralUsers() ? 501 : 0; }
 
 CommandResult ProductMachine::app(const std::vector<std::string>& arguments) {
-  return mac_.run(user(), withProgram(arguments));
+  return mac_.run(user(), command(arguments));
 }
 
 std::future<CommandResult> ProductMachine::appAsync(const std::vector<std::string>& arguments) {
-  return mac_.runAsync(user(), withProgram(arguments));
+  return mac_.runAsync(user(), command(arguments));
 }
 
 PackageFiles ProductMachine::package(const PackageContents& contents) {

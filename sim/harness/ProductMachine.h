@@ -41,7 +41,10 @@ class ProductMachine {
   // Who makes requests: the logged-in user, or root where the host allows no other.
   unsigned user() const;
 
-  // Runs the application's program with these arguments as the user. While a request is long the future is not ready.
+  // The application's program with these arguments.
+  static std::vector<std::string> command(const std::vector<std::string>& arguments);
+
+  // Runs it as the user. While a request is long the future is not ready.
   CommandResult app(const std::vector<std::string>& arguments);
   std::future<CommandResult> appAsync(const std::vector<std::string>& arguments);
 

@@ -5,36 +5,17 @@
 
 #include <array>
 #include <cstring>
-#include <fstream>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <system_error>
 
+#include "sim/support/Files.h"
+
 namespace halvo::sim {
 namespace {
 
-// FNV-1a with 64 bits.
-class Hash {
- public:
-  void add(std::string_view bytes) {
-    for (const char byte : bytes) value_ = (value_ ^ static_cast<unsigned char>(byte)) * kPrime;
-  }
-  [[nodiscard]] std::uint64_t value() const { return value_; }
-
- private:
-  static constexpr std::uint64_t kPrime = 0x100000001b3;
-  std::uint64_t value_ = 0xcbf29ce484222325;
-};
-
-std::uint64_t hashOfFile(const std::filesystem::path& file) {
-  Hash hash;
-  std::ifstream in(file, std::ios::binary);
-  std::array<char, 65536> chunk{};
-  while (in.read(chunk.data(), chunk.size()) || in.gcount() > 0) {
-    hash.add({chunk.data(), static_cast<std::size_t>(in.gcount())});
-  }
-  return hash.value();
-}
+std::uint64_t hashOf(std::string_view bytes) { return std::hash<std::string_view>()(bytes); }
 
 std::string valueOf(const std::filesystem::path& path, const char* attribute) {
   std::string value(std::size_t{64} * 1024, '\0');
@@ -52,12 +33,9 @@ std::uint64_t hashOfAttributes(const std::filesystem::path& path) {
   for (std::size_t at = 0; at < names.size(); at += std::strlen(&names[at]) + 1) {
     attributes[&names[at]] = valueOf(path, &names[at]);
   }
-  Hash hash;
-  for (const auto& [name, value] : attributes) {
-    hash.add(name + "=" + value);
-    hash.add({"\0", 1});
-  }
-  return hash.value();
+  std::string all;
+  for (const auto& [name, value] : attributes) all += name + "=" + value + std::string(1, '\0');
+  return hashOf(all);
 }
 
 FileState::Kind kindOf(mode_t mode) {
@@ -81,11 +59,9 @@ std::optional<FileState> stateOf(const std::filesystem::path& host) {
   if (state.kind == FileState::Kind::file) {
     state.size = static_cast<std::uintmax_t>(info.st_size);
     state.modified = info.st_mtim.tv_sec * kNanoseconds + info.st_mtim.tv_nsec;
-    state.content = hashOfFile(host);
+    state.content = hashOf(wholeFile(host));
   } else if (state.kind == FileState::Kind::link) {
-    Hash hash;
-    hash.add(std::filesystem::read_symlink(host, error).native());
-    state.content = hash.value();
+    state.content = hashOf(std::filesystem::read_symlink(host, error).native());
   }
   return error ? std::nullopt : std::optional(state);
 }
@@ -123,15 +99,8 @@ std::vector<TreeChange> changesBetween(const TreeSnapshot& before, const TreeSna
 }
 
 std::string describe(const TreeChange& change) {
-  switch (change.kind) {
-    case TreeChange::Kind::added:
-      return "added " + change.path;
-    case TreeChange::Kind::removed:
-      return "removed " + change.path;
-    case TreeChange::Kind::changed:
-      return "changed " + change.path;
-  }
-  return change.path;
+  constexpr std::array kWords = {"added ", "removed ", "changed "};
+  return kWords.at(static_cast<std::size_t>(change.kind)) + change.path;
 }
 
 }  // namespace halvo::sim

@@ -1,8 +1,6 @@
 #include "sim/launchd/ControlClient.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <array>
 #include <cerrno>
@@ -13,31 +11,20 @@
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/support/MachinePaths.h"
+#include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControlRequest, verb, arguments)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ControlReply, status, text)
+
 namespace {
 
 using Json = nlohmann::json;
 
-std::string text(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace); }
+std::string textOf(const Json& message) { return message.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
 std::string reason(int error) { return std::generic_category().message(error); }
-
-// A socket's address holds about a hundred bytes, and the path of a machine's folder may be longer: the folder is named
-// by a descriptor instead.
-UniqueDescriptor connectTo(const std::filesystem::path& name) {
-  const UniqueDescriptor folder(::open(name.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.valid()) return {};
-  const std::string viaFolder = "/proc/self/fd/" + std::to_string(folder.get()) + "/" + name.filename().string();
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (viaFolder.size() >= sizeof address.sun_path) return {};
-  std::memcpy(address.sun_path, viaFolder.c_str(), viaFolder.size() + 1);
-  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-  if (!socket.valid()) return {};
-  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return {};
-  return socket;
-}
 
 bool sendRequest(int socket, std::string request, const ChildStreams* streams) {
   iovec bytes{request.data(), request.size()};
@@ -65,20 +52,17 @@ std::optional<ControlReply> receiveReply(int socket) try {
   while (count < 0 && errno == EINTR);
   if (count <= 0) return std::nullopt;
   received.resize(static_cast<std::size_t>(count));
-  const Json message = Json::parse(received);
-  return ControlReply{.status = message.at("status").get<int>(), .text = message.at("text").get<std::string>()};
+  return Json::parse(received).get<ControlReply>();
 } catch (const Json::exception&) {
   return std::nullopt;
 }
 
 }  // namespace
 
-std::string toText(const ControlReply& reply) { return text({{"status", reply.status}, {"text", reply.text}}); }
+std::string toText(const ControlReply& reply) { return textOf(reply); }
 
 std::optional<ControlRequest> requestFromText(std::string_view received) try {
-  const Json message = Json::parse(received);
-  return ControlRequest{.verb = message.at("verb").get<std::string>(),
-                        .arguments = message.at("arguments").get<std::vector<std::string>>()};
+  return Json::parse(received).get<ControlRequest>();
 } catch (const Json::exception&) {
   return std::nullopt;
 }
@@ -122,9 +106,9 @@ std::optional<int> ControlClient::run(uid_t user, const std::vector<std::string>
 }
 
 ControlReply ControlClient::ask(const ControlRequest& request, const ChildStreams* streams) const {
-  const UniqueDescriptor socket = connectTo(socket_);
+  const UniqueDescriptor socket = connectTo(socket_, SOCK_SEQPACKET);
   if (!socket.valid()) return {kLaunchdUnreachable, "launchd cannot be reached: " + reason(errno)};
-  if (!sendRequest(socket.get(), text({{"verb", request.verb}, {"arguments", request.arguments}}), streams)) {
+  if (!sendRequest(socket.get(), textOf(request), streams)) {
     return {kLaunchdUnreachable, "launchd hung up: " + reason(errno)};
   }
   return receiveReply(socket.get()).value_or(ControlReply{kLaunchdUnreachable, "launchd ended without an answer"});

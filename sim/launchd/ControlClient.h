@@ -32,6 +32,9 @@ inline constexpr std::size_t kPassedStreams = 3;
 std::string toText(const ControlReply& reply);
 std::optional<ControlRequest> requestFromText(std::string_view text);
 
+// What running a command answers where its user does not exist.
+inline constexpr int kNoSuchUser = 126;
+
 // The answer when no launchd listens.
 inline constexpr int kLaunchdUnreachable = 71;
 

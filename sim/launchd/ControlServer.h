@@ -10,7 +10,7 @@
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/launchd/ControlClient.h"
-#include "sim/launchd/ListeningSocket.h"
+#include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
 

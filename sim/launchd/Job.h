@@ -13,7 +13,7 @@
 #include "sim/launchd/JobDescription.h"
 #include "sim/launchd/JobState.h"
 #include "sim/launchd/LaunchdPaths.h"
-#include "sim/launchd/ListeningSocket.h"
+#include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
 

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <sstream>
-#include <system_error>
 #include <utility>
+
+#include "sim/support/Files.h"
 
 namespace halvo::sim {
 namespace {
@@ -57,14 +57,7 @@ void JobTable::remove(const Job& job) {
 bool JobTable::publish(const std::filesystem::path& file) const {
   std::vector<JobState> states;
   for (const auto& job : jobs_) states.push_back(job->state());
-  const std::filesystem::path fresh = file.string() + ".new";
-  std::ofstream out(fresh, std::ios::trunc);
-  out << jobStatesToJSON(states);
-  out.close();
-  if (!out) return false;
-  std::error_code error;
-  std::filesystem::rename(fresh, file, error);
-  return !error;
+  return replaceFile(file, jobStatesToJSON(states));
 }
 
 std::string describeJob(const Job& job) {

@@ -199,16 +199,14 @@ ControlReply Launchd::unregisterService(const std::string& plistName) {
 }
 
 ControlReply Launchd::load(const std::string& domain, const std::filesystem::path& plist) {
+  const auto refuse = [this](const std::string& reason) {
+    note(reason);
+    return inputOutputError(reason);
+  };
   const auto read = readJobDescription(plist);
-  if (const auto* unusable = std::get_if<UnusableJob>(&read)) {
-    note(unusable->reason);
-    return inputOutputError(unusable->reason);
-  }
+  if (const auto* unusable = std::get_if<UnusableJob>(&read)) return refuse(unusable->reason);
   const auto& description = std::get<JobDescription>(read);
-  if (const auto problem = domain == "system" ? unsafeDaemon(description) : std::nullopt) {
-    note(*problem);
-    return inputOutputError(*problem);
-  }
+  if (const auto problem = domain == "system" ? unsafeDaemon(description) : std::nullopt) return refuse(*problem);
   if (const Job* known = jobs_.find(domain, description.label)) {
     if (known->leaving()) return kInProgress;
     return inputOutputError(domain + "/" + description.label + " is loaded already.");
@@ -217,10 +215,7 @@ ControlReply Launchd::load(const std::string& domain, const std::filesystem::pat
     if (jobs_.publishes(service)) return inputOutputError("Another job publishes the service " + service + ".");
   }
   auto job = std::make_unique<Job>(domain, description);
-  if (const auto problem = job->publish(paths_.machServices)) {
-    note(*problem);
-    return inputOutputError(*problem);
-  }
+  if (const auto problem = job->publish(paths_.machServices)) return refuse(*problem);
   jobs_.add(std::move(job));
   changed_ = true;
   return kDone;

@@ -4,6 +4,8 @@
 #include <fstream>
 #include <utility>
 
+#include "sim/support/Files.h"
+
 namespace halvo::sim {
 
 Registrations::Registrations(std::filesystem::path file) : file_(std::move(file)) {}
@@ -40,10 +42,9 @@ bool Registrations::remove(const std::filesystem::path& plist) const {
 }
 
 bool Registrations::write(const std::vector<std::filesystem::path>& plists) const {
-  std::ofstream out(file_, std::ios::trunc);
-  for (const auto& plist : plists) out << plist.string() << '\n';
-  out.close();
-  return static_cast<bool>(out);
+  std::string text;
+  for (const auto& plist : plists) text += plist.string() + '\n';
+  return writeWhole(file_, text);
 }
 
 }  // namespace halvo::sim

@@ -28,15 +28,13 @@
 #include "sim/launchd/Launchd.h"
 #include "sim/launchd/LaunchdPaths.h"
 #include "sim/launchd/ProcessStart.h"
-#include "sim/support/Descendants.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {
 
 constexpr int kCannotStart = 71;
 constexpr int kRunningAlready = 75;
-constexpr int kNoSuchUser = 126;
-constexpr int kNoSuchCommand = 127;
 constexpr int kSignalBase = 128;
 
 std::string lastError() { return std::generic_category().message(errno); }
@@ -65,7 +63,7 @@ class Session {
     launchd_.boot();
     launchd_.work(Job::Clock::now());
     command_ = startSessionCommand(order.command, order.user);
-    if (!command_) status_ = kNoSuchCommand;
+    if (!command_) status_ = kProgramMissing;
     while (!status_) turn();
     if (interrupted_) finishWhatWasBegun();
     if (command_) ::kill(*command_, SIGTERM);

@@ -10,22 +10,19 @@
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "sim/launchd/PrivacyProtection.h"
-#include "sim/launchd/ProcessStart.h"
 #include "sim/launchd/Session.h"
 #include "sim/support/MachinePaths.h"
 
 namespace {
 
 constexpr int kUsage = 64;
-constexpr uid_t kFirstOrdinaryUser = 501;
 
 bool opens(const std::string& path) {
   return halvo::UniqueDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)).valid();
 }
 
-// Prints "several" when more accounts than uid 0 exist in this machine, else "one", and answers 0. Says on standard
-// error what is missing, and answers 1: the process table has to be readable, since clients are identified by it, and
-// daemons have to be kept out of users' folders.
+// Answers 0 when a machine can run here. Says on standard error what is missing, and answers 1: the process table has
+// to be readable, since clients are identified by it, and daemons have to be kept out of users' folders.
 int probe() {
   const std::string self = "/proc/" + std::to_string(::getpid());
   if (!opens(self + "/exe") || !opens(self + "/stat")) {
@@ -40,7 +37,6 @@ int probe() {
     std::cerr << "/dev/null and /dev/urandom cannot be opened\n";
     return 1;
   }
-  std::cout << (halvo::sim::userExists(kFirstOrdinaryUser) ? "several" : "one") << "\n";
   return 0;
 }
 

@@ -8,7 +8,6 @@
 #include <iterator>
 #include <optional>
 #include <system_error>
-#include <variant>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
 #include "sim/machine/MachineEntry.h"
@@ -56,9 +55,9 @@ int appCommand(const std::string& folder, const ToolStreams& streams) {
 std::optional<EntryWay> firstWay(const std::filesystem::path& root, const ToolStreams& streams) {
   std::string refusals;
   for (const EntryWay way : kEntryWays) {
-    const auto result = tryEntry(way, root);
-    if (std::holds_alternative<EntryPossible>(result)) return way;
-    refusals += "  " + describe(way) + ": " + std::get<EntryImpossible>(result).reason + "\n";
+    const auto obstacle = obstacleOf(way, root);
+    if (!obstacle) return way;
+    refusals += "  " + describe(way) + ": " + *obstacle + "\n";
   }
   fail(streams, "this host cannot run the machine. " + entryAdvice());
   streams.err << refusals;
@@ -86,11 +85,9 @@ int checkCommand(const ToolStreams& streams) {
   if (const auto problem = buildMachine(root)) return fail(streams, problem->text);
   bool possible = false;
   for (const EntryWay way : kEntryWays) {
-    const auto result = tryEntry(way, root);
-    const auto* refusal = std::get_if<EntryImpossible>(&result);
-    streams.out << describe(way) << ": " << (refusal == nullptr ? "works" : "does not work: " + refusal->reason)
-                << "\n";
-    possible = possible || refusal == nullptr;
+    const auto obstacle = obstacleOf(way, root);
+    streams.out << describe(way) << ": " << (obstacle ? "does not work: " + *obstacle : "works") << "\n";
+    possible = possible || !obstacle;
   }
   return possible ? 0 : fail(streams, "this host cannot run the machine. " + entryAdvice());
 }

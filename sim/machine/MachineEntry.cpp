@@ -43,15 +43,9 @@ std::string firstLine(const std::string& text) { return text.substr(0, text.find
 }  // namespace
 
 std::string describe(EntryWay way) {
-  switch (way) {
-    case EntryWay::root:
-      return "as root, with several accounts";
-    case EntryWay::userNamespace:
-      return "in a user namespace, with one account";
-    case EntryWay::sharedProcesses:
-      return "in a user namespace with the host's processes, with one account";
-  }
-  return {};
+  constexpr std::array kWords = {"as root, with several accounts", "in a user namespace, with one account",
+                                 "in a user namespace with the host's processes, with one account"};
+  return kWords.at(static_cast<std::size_t>(way));
 }
 
 std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path& root,
@@ -70,15 +64,12 @@ std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path&
   return words;
 }
 
-std::variant<EntryPossible, EntryImpossible> tryEntry(EntryWay way, const std::filesystem::path& root) {
-  if (way == EntryWay::root && ::geteuid() != 0) return EntryImpossible{"this takes root"};
+std::optional<std::string> obstacleOf(EntryWay way, const std::filesystem::path& root) {
+  if (way == EntryWay::root && ::geteuid() != 0) return "this takes root";
   const CommandResult result = runChild(entryCommand(way, root, {"/sbin/launchd", "--probe"}));
-  if (result.status == kProgramMissing) return EntryImpossible{"bubblewrap (bwrap) is not installed"};
-  if (result.status != 0) {
-    return EntryImpossible{result.err.empty() ? "it ended with status " + std::to_string(result.status)
-                                              : firstLine(result.err)};
-  }
-  return EntryPossible{.severalAccounts = firstLine(result.out) == "several"};
+  if (result.status == 0) return std::nullopt;
+  if (result.status == kProgramMissing) return "bubblewrap (bwrap) is not installed";
+  return result.err.empty() ? "it ended with status " + std::to_string(result.status) : firstLine(result.err);
 }
 
 std::string entryAdvice() {

@@ -3,8 +3,8 @@
 
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace halvo::sim {
@@ -24,15 +24,8 @@ std::string describe(EntryWay way);
 std::vector<std::string> entryCommand(EntryWay way, const std::filesystem::path& root,
                                       const std::vector<std::string>& command);
 
-struct EntryPossible {
-  bool severalAccounts = false;
-};
-struct EntryImpossible {
-  std::string reason;
-};
-
-// Really enters the machine and looks around.
-std::variant<EntryPossible, EntryImpossible> tryEntry(EntryWay way, const std::filesystem::path& root);
+// Really enters the machine and looks around. Why that does not work, or nothing.
+std::optional<std::string> obstacleOf(EntryWay way, const std::filesystem::path& root);
 
 // What a person can do when no way works.
 std::string entryAdvice();

@@ -26,9 +26,6 @@ struct MachineProblem {
   bool operator==(const MachineProblem&) const = default;
 };
 
-// One file a line: source, destination, octal mode, and "-" or IDENTIFIER,TEAM,ANCHOR, with tabs between.
-std::variant<std::vector<MachineFile>, MachineProblem> parseMachineFiles(std::string_view text);
-
 // The list that belongs to the running program.
 std::variant<std::vector<MachineFile>, MachineProblem> machineFilesOfThisBuild();
 

@@ -15,9 +15,9 @@ using testing::MatchesRegex;
 
 class SystemLogTest : public testing::Test {
  protected:
-  SystemLogTest() { setSystemLogPath(directory.path() / "system.log"); }
+  SystemLogTest() { machinePaths().systemLog = directory.path() / "system.log"; }
   // The log shows its lines on standard error as well, which is not looked at here.
-  void TearDown() override { setSystemLogPath("/dev/null"); }
+  void TearDown() override { machinePaths().systemLog = "/dev/null"; }
 
   std::string log() const { return directory.read("system.log"); }
 
@@ -67,7 +67,7 @@ TEST_F(SystemLogTest, LogThatWasMovedAwayBeginsAnew) {
 }
 
 TEST_F(SystemLogTest, LogThatCannotBeWrittenIsNoFailure) {
-  setSystemLogPath(directory.path() / "no such folder" / "system.log");
+  machinePaths().systemLog = directory.path() / "no such folder" / "system.log";
   testing::internal::CaptureStderr();
   halvoSystemLog("shown all the same");
 

@@ -87,7 +87,7 @@ void halvoSystemLog(std::string_view line) {
     const std::string entry = entryFor(line);
     // Opened for each entry, so that the log can be moved away while the process runs.
     const UniqueDescriptor file(
-        ::open(sim::systemLogPath().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644));
+        ::open(sim::machinePaths().systemLog.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644));
     if (file.valid()) writeWhole(file.get(), entry);
     if (!isStream(STDERR_FILENO)) return;
     const NoBrokenPipe guard;

@@ -3,20 +3,25 @@
 #pragma once
 
 #include <filesystem>
+#include <utility>
 
 namespace halvo::sim {
 
-// The folder of what a real Mac keeps in its kernel and daemons: the authorization database, the audio devices, the
-// clock. Starts as "/sim".
-std::filesystem::path stateRoot();
-void setStateRoot(std::filesystem::path root);
+struct MachinePaths {
+  // The folder of what a real Mac keeps in its kernel and daemons: the authorization database, the audio devices, the
+  // clock.
+  std::filesystem::path state = "/sim";
+  std::filesystem::path systemLog = "/var/log/system.log";
+  // The folder with one socket per published Mach service, named like the service.
+  std::filesystem::path machServices = "/var/run/mach";
+};
 
-// Starts as "/var/log/system.log".
-std::filesystem::path systemLogPath();
-void setSystemLogPath(std::filesystem::path path);
+inline MachinePaths& machinePaths() {
+  static MachinePaths paths;
+  return paths;
+}
 
-// The folder with one socket per published Mach service, named like the service. Starts as "/var/run/mach".
-std::filesystem::path machServiceDirectory();
-void setMachServiceDirectory(std::filesystem::path directory);
+inline std::filesystem::path stateRoot() { return machinePaths().state; }
+inline void setStateRoot(std::filesystem::path root) { machinePaths().state = std::move(root); }
 
 }  // namespace halvo::sim

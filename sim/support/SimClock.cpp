@@ -24,15 +24,12 @@ double clockRate() {
 }
 
 double uptimeSeconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return (static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9) * clockRate();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count() * clockRate();
 }
 
 std::int64_t uptimeMicroseconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * std::int64_t{1'000'000} + now.tv_nsec / 1000;
+  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
+      .count();
 }
 
 std::chrono::nanoseconds realDuration(std::chrono::nanoseconds simulated) {

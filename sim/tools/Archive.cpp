@@ -2,8 +2,17 @@
 
 #include <sys/stat.h>
 
+#include <array>
+#include <set>
+#include <stdexcept>
+
 namespace halvo::sim {
 namespace {
+
+using std::filesystem::path;
+
+constexpr int kHow = ARCHIVE_EXTRACT_OWNER | ARCHIVE_EXTRACT_PERM | ARCHIVE_EXTRACT_TIME |
+                     ARCHIVE_EXTRACT_SECURE_SYMLINKS | ARCHIVE_EXTRACT_SECURE_NODOTDOT;
 
 la_ssize_t appendTo(archive* /*writer*/, void* destination, const void* bytes, size_t size) {
   static_cast<std::string*>(destination)->append(static_cast<const char*>(bytes), size);
@@ -21,15 +30,8 @@ void writeContent(archive* writer, std::string_view content) {
 }
 
 mode_t typeOf(CpioEntry::Kind kind) {
-  switch (kind) {
-    case CpioEntry::Kind::file:
-      return S_IFREG;
-    case CpioEntry::Kind::directory:
-      return S_IFDIR;
-    case CpioEntry::Kind::link:
-      return S_IFLNK;
-  }
-  return S_IFREG;
+  constexpr std::array<mode_t, 3> kTypes = {S_IFREG, S_IFDIR, S_IFLNK};
+  return kTypes.at(static_cast<std::size_t>(kind));
 }
 
 ScopedEntry headerOf(const CpioEntry& source) {
@@ -44,6 +46,69 @@ ScopedEntry headerOf(const CpioEntry& source) {
   archive_entry_set_size(entry.get(), isFile ? static_cast<la_int64_t>(source.content.size()) : 0);
   if (source.kind == CpioEntry::Kind::link) archive_entry_set_symlink(entry.get(), source.content.c_str());
   return entry;
+}
+
+// "./Library/x/" and "Library/x" are one name; the root itself is the empty one.
+path relativeName(const char* name) {
+  const path normal = path(name).lexically_normal().relative_path();
+  if (normal == ".") return {};
+  return normal.has_filename() ? normal : normal.parent_path();
+}
+
+// An archive that ends too early has no bundles beyond its end; writing it finds the end by itself.
+std::set<path> bundlesIn(std::string_view archiveBytes) {
+  std::set<path> bundles;
+  const ScopedReader reader = openCpio(archiveBytes);
+  try {
+    while (archive_entry* entry = nextEntry(reader.get())) {
+      const path name = relativeName(archive_entry_pathname(entry));
+      const path contents = name.parent_path();
+      if (name.filename() == "Info.plist" && contents.filename() == "Contents") bundles.insert(contents.parent_path());
+    }
+  } catch (const ArchiveError&) {
+    return bundles;
+  }
+  return bundles;
+}
+
+void removeEverythingIn(const path& folder) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) std::filesystem::remove_all(entry.path());
+}
+
+void copyContent(archive* reader, archive* disk) {
+  takeContent(reader, [disk](const void* block, std::size_t size, la_int64_t offset) {
+    if (archive_write_data_block(disk, block, size, offset) < ARCHIVE_WARN) throw ArchiveError(archiveProblem(disk));
+  });
+}
+
+void writeEntry(archive* reader, archive_entry* entry, archive* disk) {
+  requireDone(disk, archive_write_header(disk, entry));
+  try {
+    copyContent(reader, disk);
+  } catch (const ArchiveError&) {
+    // Gives the file the size that the archive announced, as a tool does that reserves the space first.
+    archive_write_finish_entry(disk);
+    throw;
+  }
+  requireDone(disk, archive_write_finish_entry(disk));
+}
+
+void writeAll(std::string_view archiveBytes, const path& root, std::vector<std::string>& paths) {
+  const ScopedWriter disk(archive_write_disk_new());
+  requireDone(disk.get(), archive_write_disk_set_options(disk.get(), kHow));
+  const std::set<path> bundles = bundlesIn(archiveBytes);
+  const ScopedReader reader = openCpio(archiveBytes);
+  while (archive_entry* entry = nextEntry(reader.get())) {
+    const path name = relativeName(archive_entry_pathname(entry));
+    if (name.empty()) continue;  // the root is there, and its mode is not the package's to change
+    paths.push_back(name);
+    archive_entry_set_pathname(entry, (root / name).c_str());
+    archive_entry_set_uid(entry, 0);
+    archive_entry_set_gid(entry, 0);
+    writeEntry(reader.get(), entry, disk.get());
+    if (bundles.contains(name)) removeEverythingIn(root / name);
+  }
+  requireDone(disk.get(), archive_write_close(disk.get()));
 }
 
 }  // namespace
@@ -100,6 +165,17 @@ std::string gzipped(std::string_view bytes) {
   writeContent(writer.get(), bytes);
   requireDone(writer.get(), archive_write_close(writer.get()));
   return compressed;
+}
+
+Unpacked unpack(std::string_view archiveBytes, const path& root) {
+  Unpacked result;
+  try {
+    // The prefix has to be free of links, or the protection against following them would object to it.
+    writeAll(archiveBytes, std::filesystem::canonical(root), result.paths);
+  } catch (const std::runtime_error& problem) {
+    result.problem = problem.what();
+  }
+  return result;
 }
 
 }  // namespace halvo::sim

@@ -19,19 +19,12 @@ ScopedReader openXar(const std::filesystem::path& file) {
   return reader;
 }
 
-// Block by block: archive_read_data() carries the offset at the end of one member over to the next, and would put that
-// many zeros before its content.
 std::string contentOf(archive* reader) {
   std::string content;
-  const void* block = nullptr;
-  size_t size = 0;
-  la_int64_t offset = 0;
-  for (;;) {
-    const int result = archive_read_data_block(reader, &block, &size, &offset);
-    if (result == ARCHIVE_EOF) return content;
-    requireDone(reader, result);
+  takeContent(reader, [&content](const void* block, std::size_t size, la_int64_t /*offset*/) {
     content.append(static_cast<const char*>(block), size);
-  }
+  });
+  return content;
 }
 
 ScopedWriter createXar(const std::filesystem::path& file) {

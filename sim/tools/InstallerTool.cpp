@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <ostream>
 #include <string_view>
@@ -14,7 +15,6 @@
 #include "sim/tools/Archive.h"
 #include "sim/tools/FlatPackage.h"
 #include "sim/tools/Receipts.h"
-#include "sim/tools/Unpack.h"
 #include "sim/tools/Xml.h"
 
 namespace halvo::sim {
@@ -76,18 +76,9 @@ struct Request {
 
 std::optional<Request> parse(const std::vector<std::string>& arguments) {
   if (arguments.size() != 4) return std::nullopt;
-  Request request;
-  for (std::size_t i = 0; i < arguments.size(); i += 2) {
-    if (arguments[i] == "-pkg") {
-      request.package = arguments[i + 1];
-    } else if (arguments[i] == "-target") {
-      request.target = arguments[i + 1];
-    } else {
-      return std::nullopt;
-    }
-  }
-  if (request.package.empty() || request.target.empty()) return std::nullopt;
-  return request;
+  std::map<std::string, std::string> options = {{arguments[0], arguments[1]}, {arguments[2], arguments[3]}};
+  const Request request{.package = options["-pkg"], .target = options["-target"]};
+  return request.package.empty() || request.target.empty() ? std::nullopt : std::optional(request);
 }
 
 int fail(const ToolStreams& streams, std::string_view reason, const std::string& detail) {

@@ -1,5 +1,6 @@
 #include "sim/tools/SystemTools.h"
 
+#include <algorithm>
 #include <optional>
 #include <ostream>
 #include <string_view>
@@ -34,12 +35,7 @@ std::string_view statusIn(std::string_view report) {
   return rest.substr(0, rest.find('\n'));
 }
 
-bool isGoodSignature(std::string_view status) {
-  for (const std::string_view good : kGoodStatuses) {
-    if (status == good) return true;
-  }
-  return false;
-}
+bool isGoodSignature(std::string_view status) { return std::ranges::count(kGoodStatuses, status) > 0; }
 
 int checkSignature(const std::filesystem::path& file, const ToolStreams& streams) {
   std::error_code problem;

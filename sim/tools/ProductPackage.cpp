@@ -2,12 +2,13 @@
 
 #include <sysexits.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <optional>
+#include <random>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -35,15 +36,11 @@ CpioEntry text(const std::string& path, std::string content) {
 
 // Bytes that do not compress and that differ from version to version everywhere, so that a driver of two halves is
 // told from a whole one by any comparison of contents.
-std::string driverProgram(std::string_view version) {
-  std::uint64_t state = 0xcbf29ce484222325;
-  for (const char character : version) state = (state ^ static_cast<unsigned char>(character)) * 0x100000001b3;
-  std::string bytes;
-  bytes.reserve(kDriverSize);
-  while (bytes.size() < kDriverSize) {
-    state = state * 6364136223846793005 + 1442695040888963407;
-    bytes += static_cast<char>(state >> 56);
-  }
+std::string driverProgram(const std::string& version) {
+  std::seed_seq seed(version.begin(), version.end());
+  std::mt19937 random(seed);
+  std::string bytes(kDriverSize, '\0');
+  std::ranges::generate(bytes, [&random] { return static_cast<char>(random()); });
   return bytes;
 }
 

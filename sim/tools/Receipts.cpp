@@ -1,9 +1,9 @@
 #include "sim/tools/Receipts.h"
 
 #include <algorithm>
-#include <fstream>
 #include <system_error>
 
+#include "sim/support/Files.h"
 #include "sim/support/SimClock.h"
 #include "sim/tools/Xml.h"
 
@@ -26,13 +26,6 @@ std::string listText(const Receipt& receipt) {
   return text;
 }
 
-bool write(const std::filesystem::path& file, const std::string& text) {
-  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-  stream << text;
-  stream.close();
-  return !stream.fail();
-}
-
 }  // namespace
 
 Receipts::Receipts(const std::filesystem::path& root) : folder_(root / "private/var/db/receipts") {}
@@ -40,8 +33,8 @@ Receipts::Receipts(const std::filesystem::path& root) : folder_(root / "private/
 bool Receipts::keep(const Receipt& receipt) const {
   std::error_code problem;
   std::filesystem::create_directories(folder_, problem);
-  return write(folder_ / (receipt.identifier + kListExtension), listText(receipt)) &&
-         write(folder_ / (receipt.identifier + kReceiptExtension), receiptText(receipt));
+  return writeWhole(folder_ / (receipt.identifier + kListExtension), listText(receipt)) &&
+         writeWhole(folder_ / (receipt.identifier + kReceiptExtension), receiptText(receipt));
 }
 
 bool Receipts::forget(const std::string& identifier) const {

@@ -37,27 +37,20 @@ int reported(const std::string& what, const ControlReply& reply, const ToolStrea
   return reply.status;
 }
 
-int bootstrapAll(const ControlClient& launchd, const std::vector<std::string>& arguments, const ToolStreams& streams) {
-  int status = 0;
-  for (std::size_t i = 2; i < arguments.size(); ++i) {
-    const int one = reported("Bootstrap", launchd.bootstrap(arguments[1], arguments[i]), streams);
-    if (one != 0) status = one;
-  }
-  return status;
-}
-
 }  // namespace
 
 int launchctlTool(const ControlClient& launchd, const std::vector<std::string>& arguments, const ToolStreams& streams) {
   const std::string verb = arguments.empty() ? "" : arguments[0];
-  if (verb == "bootstrap" && arguments.size() >= 3) return bootstrapAll(launchd, arguments, streams);
+  if (verb == "bootstrap" && arguments.size() == 3) {
+    return reported("Bootstrap", launchd.bootstrap(arguments[1], arguments[2]), streams);
+  }
   if (verb == "bootout" && arguments.size() == 2) return reported("Boot-out", launchd.bootout(arguments[1]), streams);
   if (verb == "print" && arguments.size() == 2) {
     const ControlReply reply = launchd.print(arguments[1]);
     (reply.status == 0 ? streams.out : streams.err) << reply.text << "\n";
     return reply.status;
   }
-  streams.err << "Usage: launchctl bootstrap DOMAIN PLIST...\n"
+  streams.err << "Usage: launchctl bootstrap DOMAIN PLIST\n"
                  "       launchctl bootout DOMAIN/LABEL\n"
                  "       launchctl print DOMAIN | DOMAIN/LABEL\n"
                  "A DOMAIN is \"system\" or \"gui/UID\".\n";
@@ -65,18 +58,13 @@ int launchctlTool(const ControlClient& launchd, const std::vector<std::string>& 
 }
 
 int killallTool(const ControlClient& launchd, const std::vector<std::string>& arguments, const ToolStreams& streams) {
-  if (arguments.empty()) {
-    streams.err << "usage: killall procname ...\n";
+  if (arguments.size() != 1) {
+    streams.err << "usage: killall procname\n";
     return 1;
   }
-  int status = 0;
-  for (const std::string& name : arguments) {
-    const ControlReply reply = launchd.killall(name);
-    if (reply.status == 0) continue;
-    streams.err << reply.text << "\n";
-    status = 1;
-  }
-  return status;
+  const ControlReply reply = launchd.killall(arguments[0]);
+  if (reply.status != 0) streams.err << reply.text << "\n";
+  return reply.status;
 }
 
 int actAsSystemTool(std::string_view name, const std::vector<std::string>& arguments, std::string_view root,

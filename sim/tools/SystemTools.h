@@ -29,11 +29,11 @@ int installerTool(const std::vector<std::string>& arguments, const std::filesyst
 int pkgutilTool(const std::vector<std::string>& arguments, const std::filesystem::path& root,
                 const ToolStreams& streams);
 
-// `bootstrap DOMAIN PLIST...`, `bootout JOB`, `print TARGET`. Answers the exit status, which is launchd's own; 64 for
+// `bootstrap DOMAIN PLIST`, `bootout JOB`, `print TARGET`. Answers the exit status, which is launchd's own; 64 for
 // wrong usage.
 int launchctlTool(const ControlClient& launchd, const std::vector<std::string>& arguments, const ToolStreams& streams);
 
-// `NAME...`: 0 when each name belonged to a running job, 1 otherwise.
+// `NAME`: 0 when it belonged to a running job, 1 otherwise.
 int killallTool(const ControlClient& launchd, const std::vector<std::string>& arguments, const ToolStreams& streams);
 
 }  // namespace halvo::sim

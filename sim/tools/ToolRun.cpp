@@ -1,12 +1,9 @@
 #include "sim/tools/ToolRun.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <sysexits.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -16,9 +13,10 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
-#include <sstream>
+#include <regex>
 #include <stdexcept>
 
+#include "sim/support/Files.h"
 #include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
 
@@ -36,25 +34,12 @@ std::string callLine(const Call& call, int status) {
                                        {"ended", uptimeMicroseconds()}, {"tool", call.tool},
                                        {"arguments", call.arguments},   {"status", status}};
   // An argument need not be UTF-8, and a call with such an argument is worth a line too.
-  return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-}
-
-bool appendWhole(const std::string& path, const std::string& line) {
-  const int descriptor = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
-  if (descriptor < 0) return false;
-  // Users run these tools too, and the umask of whoever ran the first one must not shut them out. Only the owner may
-  // change the mode, and once is enough.
-  static_cast<void>(::fchmod(descriptor, 0666));
-  const ssize_t written = ::write(descriptor, line.data(), line.size());
-  const int error = errno;
-  ::close(descriptor);
-  errno = error;
-  return written == static_cast<ssize_t>(line.size());
+  return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 void record(const Call& call, int status) {
   const std::string path = stateRoot() / "calls.jsonl";
-  if (appendWhole(path, callLine(call, status))) return;
+  if (appendLine(path, callLine(call, status))) return;
   std::cerr << call.tool << ": the call could not be recorded in " << path << ": " << std::strerror(errno) << "\n";
 }
 
@@ -71,16 +56,6 @@ int recordedRuns(std::string_view tool, std::string_view verb) {
   return found;
 }
 
-constexpr int kLargestStatus = 255;
-
-std::optional<int> number(const std::string& word, int smallest, int largest) {
-  int value = 0;
-  const char* end = word.data() + word.size();
-  const auto parsed = std::from_chars(word.data(), end, value);
-  if (parsed.ec != std::errc{} || parsed.ptr != end || value < smallest || value > largest) return std::nullopt;
-  return value;
-}
-
 // A line of the file: a fault, and the runs that it is for.
 struct FaultLine {
   Fault fault;
@@ -88,41 +63,19 @@ struct FaultLine {
   int call = 0;      // 0 for any
 };
 
-class LineReader {
- public:
-  explicit LineReader(const std::string& line) {
-    std::istringstream stream(line);
-    for (std::string word; stream >> word;) words_.push_back(word);
+// Nothing for a line of another form than the header says.
+std::optional<FaultLine> readFaultLine(const std::string& text) {
+  constexpr int kLargestStatus = 255;
+  static const std::regex form(R"(\s*(?:hang|(\d{1,3})(\s+after)?)(?:\s+on\s+(\S+))?(?:\s+call\s+([1-9]\d{0,5}))?\s*)");
+  std::smatch part;
+  if (!std::regex_match(text, part, form)) return std::nullopt;
+  FaultLine line{.fault = {.kind = Fault::Kind::hang}, .verb = part[3], .call = 0};
+  if (part[1].matched) {
+    line.fault = {part[2].matched ? Fault::Kind::exitAfterActing : Fault::Kind::exit, std::stoi(part[1])};
   }
-
-  [[nodiscard]] bool blank() const { return words_.empty(); }
-
-  // Nothing when a word is left that has no place in a line.
-  std::optional<FaultLine> read() {
-    FaultLine line;
-    if (take("hang")) {
-      line.fault.kind = Fault::Kind::hang;
-    } else if (const auto status = number(next(), 0, kLargestStatus)) {
-      line.fault = {take("after") ? Fault::Kind::exitAfterActing : Fault::Kind::exit, *status};
-    } else {
-      return std::nullopt;
-    }
-    if (take("on")) line.verb = next();
-    if (take("call")) line.call = number(next(), 1, 1'000'000).value_or(-1);
-    return at_ == words_.size() && line.call >= 0 ? std::optional(line) : std::nullopt;
-  }
-
- private:
-  bool take(const char* word) {
-    const bool there = at_ < words_.size() && words_[at_] == word;
-    if (there) ++at_;
-    return there;
-  }
-  std::string next() { return at_ < words_.size() ? words_[at_++] : "(nothing)"; }
-
-  std::vector<std::string> words_;
-  std::size_t at_ = 0;
-};
+  if (part[4].matched) line.call = std::stoi(part[4]);
+  return line.fault.status <= kLargestStatus ? std::optional(line) : std::nullopt;
+}
 
 bool isFor(const FaultLine& line, std::string_view tool, const std::vector<std::string>& arguments) {
   if (!line.verb.empty() && (arguments.empty() || arguments.front() != line.verb)) return false;
@@ -143,9 +96,8 @@ std::optional<Fault> scriptedFault(std::string_view tool, const std::vector<std:
   const std::filesystem::path path = stateRoot() / "faults" / std::filesystem::path(tool).filename();
   std::ifstream file(path);
   for (std::string text; std::getline(file, text);) {
-    LineReader reader(text);
-    if (reader.blank()) continue;
-    const auto line = reader.read();
+    if (text.find_first_not_of(" \t\r") == std::string::npos) continue;
+    const auto line = readFaultLine(text);
     if (!line) {
       throw std::runtime_error(path.string() + ": \"" + text +
                                "\" is none of: STATUS [after] [on WORD] [call N], hang [on WORD] [call N]");

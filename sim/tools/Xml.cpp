@@ -1,6 +1,9 @@
 #include "sim/tools/Xml.h"
 
+#include <expat.h>
+
 #include <array>
+#include <memory>
 #include <utility>
 
 namespace halvo::sim {
@@ -12,30 +15,25 @@ constexpr std::array kEntities = {std::pair{'&', "&amp;"sv},  std::pair{'<', "&l
                                   std::pair{'"', "&quot;"sv}, std::pair{'\'', "&apos;"sv}, std::pair{'\n', "&#10;"sv},
                                   std::pair{'\t', "&#9;"sv},  std::pair{'\r', "&#13;"sv}};
 
-// The start tag's text between the element's name and its ">", which cannot stand in an attribute that was escaped.
-std::optional<std::string_view> startTag(std::string_view document, std::string_view element) {
-  const std::size_t begin = document.find("<" + std::string(element) + " ");
-  if (begin == std::string_view::npos) return std::nullopt;
-  const std::string_view rest = document.substr(begin + element.size() + 1);
-  const std::size_t end = rest.find('>');
-  if (end == std::string_view::npos) return std::nullopt;
-  return rest.substr(0, end);
-}
+struct ParserReleaser {
+  void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+};
 
-std::string unescaped(std::string_view text) {
-  std::string plain;
-  while (!text.empty()) {
-    std::size_t length = 1;
-    char character = text.front();
-    for (const auto& [decoded, entity] : kEntities) {
-      if (!text.starts_with(entity)) continue;
-      character = decoded;
-      length = entity.size();
-    }
-    plain += character;
-    text.remove_prefix(length);
+// What is looked for, and what was found in the first tag of that name.
+struct Search {
+  std::string_view element;
+  std::string_view attribute;
+  bool met = false;
+  std::optional<std::string> found{};
+};
+
+void lookAt(void* data, const char* name, const char** attributes) {
+  auto& search = *static_cast<Search*>(data);
+  if (search.met || search.element != name) return;
+  search.met = true;
+  for (; *attributes != nullptr; attributes += 2) {
+    if (search.attribute == attributes[0]) search.found = attributes[1];
   }
-  return plain;
 }
 
 }  // namespace
@@ -54,15 +52,12 @@ std::string xmlEscaped(std::string_view text) {
 
 std::optional<std::string> xmlAttribute(std::string_view document, std::string_view element,
                                         std::string_view attribute) {
-  const auto tag = startTag(document, element);
-  if (!tag) return std::nullopt;
-  const std::string opening = " " + std::string(attribute) + "=\"";
-  const std::size_t begin = tag->find(opening);
-  if (begin == std::string_view::npos) return std::nullopt;
-  const std::string_view value = tag->substr(begin + opening.size());
-  const std::size_t end = value.find('"');
-  if (end == std::string_view::npos) return std::nullopt;
-  return unescaped(value.substr(0, end));
+  const std::unique_ptr<XML_ParserStruct, ParserReleaser> parser(XML_ParserCreate(nullptr));
+  Search search{.element = element, .attribute = attribute};
+  XML_SetUserData(parser.get(), &search);
+  XML_SetStartElementHandler(parser.get(), lookAt);
+  XML_Parse(parser.get(), document.data(), static_cast<int>(document.size()), XML_TRUE);
+  return search.found;
 }
 
 std::string propertyList(std::string_view dictionary) {

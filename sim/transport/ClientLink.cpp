@@ -3,18 +3,16 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <sys/time.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <system_error>
 #include <utility>
 
 #include "sim/support/MachinePaths.h"
+#include "sim/support/UnixSocket.h"
 #include "sim/transport/WireFormat.h"
 
 namespace halvo::sim {
@@ -23,19 +21,6 @@ namespace {
 ServiceFailure rejected(std::string description) { return {ServiceFailure::Kind::rejected, std::move(description)}; }
 
 const ServiceFailure kClosed{ServiceFailure::Kind::interrupted, "The connection was closed by this program."};
-
-// Connects `socket` to the service's. 0, or the error.
-int connectTo(const std::string& machServiceName, UniqueDescriptor& socket) {
-  const std::string path = machServiceDirectory() / machServiceName;
-  sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-  if (path.size() >= sizeof address.sun_path) return ENAMETOOLONG;
-  std::copy(path.begin(), path.end(), std::begin(address.sun_path));
-  socket = UniqueDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  // Connecting waits while the helper has as many clients as it takes; it must not wait for ever.
-  const timeval longest{.tv_sec = 25, .tv_usec = 0};
-  ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest);
-  return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ? 0 : errno;
-}
 
 ServiceFailure unreachable(const std::string& machServiceName, int error) {
   return {ServiceFailure::Kind::unreachable,
@@ -169,8 +154,10 @@ int ClientLink::transmitNewest() {
 }
 
 int ClientLink::connect() {
-  UniqueDescriptor socket;
-  if (const int error = connectTo(machServiceName_, socket); error != 0) return error;
+  // While the helper has as many clients as it takes, connecting waits; it must not wait for ever.
+  UniqueDescriptor socket =
+      connectTo(machinePaths().machServices / machServiceName_, SOCK_STREAM, std::chrono::seconds(25));
+  if (!socket.valid()) return errno;
   sd_bus* raw = nullptr;
   int status = sd_bus_new(&raw);
   OwnedBus bus(raw);

@@ -7,7 +7,6 @@
 #include <condition_variable>
 #include <cstddef>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -34,70 +33,63 @@ class PendingReply : public std::enable_shared_from_this<PendingReply> {
   explicit PendingReply(sd_bus_message* call) : call_(call) {}
 
   // Call once.
-  [[nodiscard]] Functions functions();
+  [[nodiscard]] Functions functions() {
+    // Counts the copies of the functions; the last one to go says that nobody will answer any more.
+    const std::shared_ptr<PendingReply> ticket(this, [self = shared_from_this()](PendingReply* reply) {
+      reply->fail("The helper dropped the message without an answer.");
+    });
+    return {
+        .text =
+            [ticket](const std::string& json) {
+              ticket->answer([&](sd_bus_message* reply) {
+                return sd_bus_message_append_basic(reply, 's', sendableText(json).c_str());
+              });
+            },
+        .boolean =
+            [ticket](bool succeeded) {
+              const int value = succeeded ? 1 : 0;
+              ticket->answer([&](sd_bus_message* reply) { return sd_bus_message_append_basic(reply, 'b', &value); });
+            },
+    };
+  }
 
   // Tells the client that its message failed, unless it has been answered.
-  void fail(const char* reason);
+  void fail(const char* reason) {
+    settle([&] { sd_bus_reply_method_errorf(call_, SD_BUS_ERROR_FAILED, "%s", reason); });
+  }
 
   // Returns when the message has been answered, in whatever way.
-  void waitUntilSettled();
+  void waitUntilSettled() {
+    std::unique_lock lock(mutex_);
+    settledChanged_.wait(lock, [this] { return settled_; });
+  }
 
  private:
-  using Filler = std::function<int(sd_bus_message* reply)>;
+  template <typename Filler>
+  void answer(Filler fill) {
+    settle([&] {
+      sd_bus_message* raw = nullptr;
+      if (sd_bus_message_new_method_return(call_, &raw) < 0) return;
+      const OwnedBusMessage reply(raw);
+      // A failure means that the client is gone, which the connection's thread finds out by itself.
+      if (fill(raw) >= 0 && sd_bus_send(nullptr, raw, nullptr) >= 0) sd_bus_flush(sd_bus_message_get_bus(call_));
+    });
+  }
 
-  void answer(const Filler& fill);
+  template <typename Send>
+  void settle(Send send) {
+    const std::lock_guard lock(mutex_);
+    if (settled_) return;
+    send();
+    settled_ = true;
+    settledChanged_.notify_all();
+  }
 
   std::mutex mutex_;
   std::condition_variable settledChanged_;
   sd_bus_message* const call_;  // used only until settled
   bool settled_ = false;        // guarded by mutex_
 };
-
-PendingReply::Functions PendingReply::functions() {
-  // Counts the copies of the functions; the last one to go says that nobody will answer any more.
-  const std::shared_ptr<PendingReply> ticket(this, [self = shared_from_this()](PendingReply* reply) {
-    reply->fail("The helper dropped the message without an answer.");
-  });
-  return {
-      .text =
-          [ticket](const std::string& json) {
-            ticket->answer([&](sd_bus_message* reply) {
-              return sd_bus_message_append_basic(reply, 's', sendableText(json).c_str());
-            });
-          },
-      .boolean =
-          [ticket](bool succeeded) {
-            const int value = succeeded ? 1 : 0;
-            ticket->answer([&](sd_bus_message* reply) { return sd_bus_message_append_basic(reply, 'b', &value); });
-          },
-  };
-}
-
-void PendingReply::answer(const Filler& fill) {
-  const std::lock_guard lock(mutex_);
-  if (settled_) return;
-  sd_bus_message* raw = nullptr;
-  if (sd_bus_message_new_method_return(call_, &raw) >= 0) {
-    const OwnedBusMessage reply(raw);
-    // A failure means that the client is gone, which the connection's thread finds out by itself.
-    if (fill(raw) >= 0 && sd_bus_send(nullptr, raw, nullptr) >= 0) sd_bus_flush(sd_bus_message_get_bus(call_));
-  }
-  settled_ = true;
-  settledChanged_.notify_all();
-}
-
-void PendingReply::fail(const char* reason) {
-  const std::lock_guard lock(mutex_);
-  if (settled_) return;
-  sd_bus_reply_method_errorf(call_, SD_BUS_ERROR_FAILED, "%s", reason);
-  settled_ = true;
-  settledChanged_.notify_all();
-}
-
-void PendingReply::waitUntilSettled() {
-  std::unique_lock lock(mutex_);
-  settledChanged_.wait(lock, [this] { return settled_; });
-}
 
 // Third-party clients greet a bus before they do anything else and wait for the name that it gives them.
 int onHello(sd_bus_message* call, void* /*userdata*/, sd_bus_error* /*error*/) {
@@ -138,12 +130,20 @@ void answer(HalvoHelperProtocol& handler, const HalvoHelperMessage& message, con
 // bus uses it, and must outlive it.
 class MethodTable {
  public:
-  explicit MethodTable(HalvoHelperProtocol& handler);
+  explicit MethodTable(HalvoHelperProtocol& handler) {
+    for (std::size_t i = 0; i < methods_.size(); ++i) methods_[i] = {&handler, kHalvoHelperMessages[i].id};
+  }
   MethodTable(const MethodTable&) = delete;
   MethodTable& operator=(const MethodTable&) = delete;
 
   // False when the library refuses.
-  [[nodiscard]] bool addTo(sd_bus* bus);
+  [[nodiscard]] bool addTo(sd_bus* bus) {
+    const auto add = [bus](const char* object, const char* interface, const sd_bus_vtable* table, void* methods) {
+      return sd_bus_add_object_vtable(bus, nullptr, object, interface, table, methods) >= 0;
+    };
+    return add(kHelperObject, kHelperInterface, description(), methods_.data()) &&
+           add("/org/freedesktop/DBus", "org.freedesktop.DBus", kGreeting, nullptr);
+  }
 
  private:
   // What the library hands back with a call; the position tells the message.
@@ -152,60 +152,46 @@ class MethodTable {
     MessageId id;
   };
 
-  static int onCall(sd_bus_message* call, void* method, sd_bus_error* error);
-  static const sd_bus_vtable* description();
+  static int onCall(sd_bus_message* call, void* method, sd_bus_error* /*error*/) {
+    // Nothing may be thrown through the library's frames.
+    try {
+      const auto& [handler, id] = *static_cast<const Method*>(method);
+      const HalvoHelperMessage& message = halvoMessage(id);
+      MessageArguments arguments;
+      const int status = readArguments(call, message, arguments);
+      if (status < 0) return status;
+      if (message.reply == ReplyKind::none) {
+        callHandler(*handler, id, arguments, {}, {});
+        answerWithout(call);
+      } else {
+        answer(*handler, message, arguments, call);
+      }
+      return 1;
+    } catch (const std::exception&) {
+      return -ENOMEM;
+    }
+  }
+
+  static const sd_bus_vtable* description() {
+    // The flags are a bit field of this width.
+    constexpr std::uint64_t kFlagBits = (std::uint64_t{1} << 56U) - 1;
+    static const auto table = [] {
+      std::array<sd_bus_vtable, kHalvoHelperMessages.size() + 2> entries{};
+      entries.front() = SD_BUS_VTABLE_START(0);
+      for (std::size_t i = 0; i < kHalvoHelperMessages.size(); ++i) {
+        const WireMessage& wire = wireMessages()[i];
+        entries[i + 1] = SD_BUS_METHOD_WITH_NAMES_OFFSET(
+            wire.member.c_str(), wire.signature.c_str(), , wire.result.c_str(), wire.argumentNames.c_str(), onCall,
+            i * sizeof(Method), flagsOf(kHalvoHelperMessages[i]) & kFlagBits);
+      }
+      entries.back() = SD_BUS_VTABLE_END;
+      return entries;
+    }();
+    return table.data();
+  }
 
   std::array<Method, kHalvoHelperMessages.size()> methods_;
 };
-
-MethodTable::MethodTable(HalvoHelperProtocol& handler) {
-  for (std::size_t i = 0; i < methods_.size(); ++i) methods_[i] = {&handler, kHalvoHelperMessages[i].id};
-}
-
-bool MethodTable::addTo(sd_bus* bus) {
-  return sd_bus_add_object_vtable(bus, nullptr, kHelperObject, kHelperInterface, description(), methods_.data()) >= 0 &&
-         sd_bus_add_object_vtable(bus, nullptr, "/org/freedesktop/DBus", "org.freedesktop.DBus", kGreeting, nullptr) >=
-             0;
-}
-
-int MethodTable::onCall(sd_bus_message* call, void* method, sd_bus_error* /*error*/) {
-  // Nothing may be thrown through the library's frames.
-  try {
-    const auto& [handler, id] = *static_cast<const Method*>(method);
-    const HalvoHelperMessage& message = halvoMessage(id);
-    MessageArguments arguments;
-    const int status = readArguments(call, message, arguments);
-    if (status < 0) return status;
-    if (message.reply == ReplyKind::none) {
-      callHandler(*handler, id, arguments, {}, {});
-      answerWithout(call);
-    } else {
-      answer(*handler, message, arguments, call);
-    }
-    return 1;
-  } catch (const std::exception&) {
-    return -ENOMEM;
-  }
-}
-
-const sd_bus_vtable* MethodTable::description() {
-  // The flags are a bit field of this width.
-  constexpr std::uint64_t kFlagBits = (std::uint64_t{1} << 56U) - 1;
-  static const auto table = [] {
-    std::array<sd_bus_vtable, kHalvoHelperMessages.size() + 2> entries{};
-    entries.front() = SD_BUS_VTABLE_START(0);
-    for (std::size_t i = 0; i < kHalvoHelperMessages.size(); ++i) {
-      const WireMessage& wire = wireMessages()[i];
-      sd_bus_vtable& entry = entries[i + 1];
-      entry = SD_BUS_METHOD_WITH_NAMES_OFFSET(wire.member.c_str(), wire.signature.c_str(), , wire.result.c_str(),
-                                              wire.argumentNames.c_str(), onCall, i * sizeof(Method),
-                                              flagsOf(kHalvoHelperMessages[i]) & kFlagBits);
-    }
-    entries.back() = SD_BUS_VTABLE_END;
-    return entries;
-  }();
-  return table.data();
-}
 
 // The server's side of a connection. Authenticating proves nothing here and only has to be done: admission was decided
 // before.

@@ -19,8 +19,7 @@
 #include "HalvoHelperXPC/HalvoHelperProtocol.h"
 #include "platform/SystemLog.h"
 #include "sim/transport/ConnectionServer.h"
-#include "sim/transport/LaunchSocket.h"
-#include "sim/transport/PeerToken.h"
+#include "sim/transport/ServiceSocket.h"
 #include "transport/IncomingConnection.h"
 #include "transport/ServiceListener.h"
 
@@ -34,49 +33,43 @@ class OpenConnections : public std::enable_shared_from_this<OpenConnections> {
  public:
   // Runs `serve` on a thread of its own; the socket is closed when it returns. The thread leaves nothing behind. When
   // no thread can be had, the socket is closed at once.
-  void add(UniqueDescriptor socket, std::function<void(int socket)> serve);
+  void add(UniqueDescriptor socket, std::function<void(int socket)> serve) {
+    const int number = socket.get();
+    {
+      const std::lock_guard lock(mutex_);
+      sockets_.insert(number);
+    }
+    try {
+      std::thread([self = shared_from_this(), number, serve = std::move(serve)]() mutable {
+        const UniqueDescriptor kept(number);
+        serve(number);
+        serve = nullptr;
+        self->forget(number);
+      }).detach();
+      static_cast<void>(socket.release());
+    } catch (const std::system_error&) {
+      forget(number);
+    }
+  }
 
   // Cuts every connection that was added so far, and returns when all their threads are done.
-  void closeAll();
+  void closeAll() {
+    std::unique_lock lock(mutex_);
+    for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
+    changed_.wait(lock, [this] { return sockets_.empty(); });
+  }
 
  private:
-  void forget(int socket);
+  void forget(int socket) {
+    const std::lock_guard lock(mutex_);
+    sockets_.erase(socket);
+    changed_.notify_all();
+  }
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::set<int> sockets_;  // guarded by mutex_; a socket is closed only after it was taken out
 };
-
-void OpenConnections::add(UniqueDescriptor socket, std::function<void(int socket)> serve) {
-  const int number = socket.get();
-  {
-    const std::lock_guard lock(mutex_);
-    sockets_.insert(number);
-  }
-  try {
-    std::thread([self = shared_from_this(), number, serve = std::move(serve)]() mutable {
-      const UniqueDescriptor kept(number);
-      serve(number);
-      serve = nullptr;
-      self->forget(number);
-    }).detach();
-    static_cast<void>(socket.release());
-  } catch (const std::system_error&) {
-    forget(number);
-  }
-}
-
-void OpenConnections::closeAll() {
-  std::unique_lock lock(mutex_);
-  for (const int socket : sockets_) ::shutdown(socket, SHUT_RDWR);
-  changed_.wait(lock, [this] { return sockets_.empty(); });
-}
-
-void OpenConnections::forget(int socket) {
-  const std::lock_guard lock(mutex_);
-  sockets_.erase(socket);
-  changed_.notify_all();
-}
 
 class SocketConnection final : public IncomingConnection {
  public:

@@ -87,16 +87,9 @@ const std::array<WireMessage, kHalvoHelperMessages.size()>& wireMessages() {
 
 std::string sendableText(std::string_view text) {
   constexpr char32_t kReplacement = 0xFFFD;
-  std::string wellFormed;
-  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(wellFormed), kReplacement);
   std::string sendable;
-  for (const char byte : wellFormed) {
-    if (byte == '\0') {
-      utf8::append(kReplacement, std::back_inserter(sendable));
-    } else {
-      sendable.push_back(byte);
-    }
-  }
+  utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(sendable), kReplacement);
+  for (std::size_t at = 0; (at = sendable.find('\0', at)) != std::string::npos;) sendable.replace(at, 1, "\uFFFD");
   return sendable;
 }
 

@@ -37,16 +37,22 @@ class ReplyPath {
   bool used_ = false;  // guarded by mutex_
 };
 
-// Sends a message whose answer goes to `reply`.
-template <typename Value>
-void sendThrough(NSXPCConnection* connection, void (^errorHandler)(NSError*), void (^reply)(Value),
-                 std::function<void(id<HalvoHelperProtocol>, void (^)(Value))> send) {
+// Sends the message of that selector with these arguments, whose answer goes to `reply`.
+template <typename Value, typename... Arguments>
+void sendThrough(NSXPCConnection* connection, void (^errorHandler)(NSError*), SEL selector, void (^reply)(Value),
+                 Arguments... arguments) {
+  using Method = void (*)(id, SEL, Arguments..., void (^)(Value));
+  using AnyFunction = void (*)();  // what a cast between unlike function types has to go through
   const auto message = std::make_shared<DoubleMessage>(errorHandler);
   const auto path = std::make_shared<ReplyPath>(connection, message);
   void (^const answer)(Value) = ^(Value value) {
     path->answer([reply, value] { reply(value); });
   };
-  [connection sendMessage:message through:[send, answer](id<HalvoHelperProtocol> handler) { send(handler, answer); }];
+  [connection sendMessage:message
+                  through:[=](id<HalvoHelperProtocol> handler) {
+                    const auto method = reinterpret_cast<AnyFunction>([(id)handler methodForSelector:selector]);
+                    reinterpret_cast<Method>(method)(handler, selector, arguments..., answer);
+                  }];
 }
 
 }  // namespace
@@ -66,29 +72,19 @@ void sendThrough(NSXPCConnection* connection, void (^errorHandler)(NSError*), vo
 }
 
 - (void)pingWithReply:(void (^)(NSString*))reply {
-  sendThrough<NSString*>(
-      _connection, _errorHandler, reply,
-      [](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) { [handler pingWithReply:answer]; });
+  sendThrough(_connection, _errorHandler, _cmd, reply);
 }
 
 - (void)enumerateActiveGuiDomainsWithReply:(void (^)(NSString*))reply {
-  sendThrough<NSString*>(_connection, _errorHandler, reply,
-                         [](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                           [handler enumerateActiveGuiDomainsWithReply:answer];
-                         });
+  sendThrough(_connection, _errorHandler, _cmd, reply);
 }
 
 - (void)prepareForRemovalWithAcceptAudioInterruption:(bool)accept withReply:(void (^)(NSString*))reply {
-  sendThrough<NSString*>(_connection, _errorHandler, reply,
-                         [accept](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                           [handler prepareForRemovalWithAcceptAudioInterruption:accept withReply:answer];
-                         });
+  sendThrough(_connection, _errorHandler, _cmd, reply, accept);
 }
 
 - (void)removeAppBundleWithPath:(NSString*)path withReply:(void (^)(bool))reply {
-  sendThrough<bool>(_connection, _errorHandler, reply, [path](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
-    [handler removeAppBundleWithPath:path withReply:answer];
-  });
+  sendThrough(_connection, _errorHandler, _cmd, reply, path);
 }
 
 - (void)finalizeRemoval {
@@ -104,34 +100,21 @@ void sendThrough(NSXPCConnection* connection, void (^errorHandler)(NSError*), vo
                        manifestJSON:(NSString*)manifest
             acceptAudioInterruption:(bool)accept
                           withReply:(void (^)(NSString*))reply {
-  sendThrough<NSString*>(_connection, _errorHandler, reply,
-                         [=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                           [handler installSystemPkgWithPkgPath:pkgPath
-                                                   manifestJSON:manifest
-                                        acceptAudioInterruption:accept
-                                                      withReply:answer];
-                         });
+  sendThrough(_connection, _errorHandler, _cmd, reply, pkgPath, manifest, accept);
 }
 
 - (void)prepareForRemovalWithAuthorization:(NSData*)authorization
                    acceptAudioInterruption:(bool)accept
                                  withReply:(void (^)(NSString*))reply {
-  sendThrough<NSString*>(
-      _connection, _errorHandler, reply, [=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-        [handler prepareForRemovalWithAuthorization:authorization acceptAudioInterruption:accept withReply:answer];
-      });
+  sendThrough(_connection, _errorHandler, _cmd, reply, authorization, accept);
 }
 
 - (void)removeAppBundleWithAuthorization:(NSData*)authorization path:(NSString*)path withReply:(void (^)(bool))reply {
-  sendThrough<bool>(_connection, _errorHandler, reply, [=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
-    [handler removeAppBundleWithAuthorization:authorization path:path withReply:answer];
-  });
+  sendThrough(_connection, _errorHandler, _cmd, reply, authorization, path);
 }
 
 - (void)finalizeRemovalWithAuthorization:(NSData*)authorization withReply:(void (^)(bool))reply {
-  sendThrough<bool>(_connection, _errorHandler, reply, [=](id<HalvoHelperProtocol> handler, void (^answer)(bool)) {
-    [handler finalizeRemovalWithAuthorization:authorization withReply:answer];
-  });
+  sendThrough(_connection, _errorHandler, _cmd, reply, authorization);
 }
 
 - (void)installSystemPkgWithAuthorization:(NSData*)authorization
@@ -139,14 +122,7 @@ void sendThrough(NSXPCConnection* connection, void (^errorHandler)(NSError*), vo
                              manifestJSON:(NSString*)manifest
                   acceptAudioInterruption:(bool)accept
                                 withReply:(void (^)(NSString*))reply {
-  sendThrough<NSString*>(_connection, _errorHandler, reply,
-                         [=](id<HalvoHelperProtocol> handler, void (^answer)(NSString*)) {
-                           [handler installSystemPkgWithAuthorization:authorization
-                                                              pkgPath:pkgPath
-                                                         manifestJSON:manifest
-                                              acceptAudioInterruption:accept
-                                                            withReply:answer];
-                         });
+  sendThrough(_connection, _errorHandler, _cmd, reply, authorization, pkgPath, manifest, accept);
 }
 
 @end

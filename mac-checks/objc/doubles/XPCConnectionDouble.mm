@@ -1,6 +1,7 @@
 #include <mach/message.h>
 #import <objc/runtime.h>
 
+#include <atomic>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -20,9 +21,9 @@ using namespace halvo::sim;
   pid_t _pid;
   SerialQueue _queue;
   __weak NSXPCConnection* _client;  // of the helper's end
-  std::mutex _mutex;                // guards everything below
-  int _tokenReads;
-  int _resumeCount;
+  std::atomic<int> _tokenReads;
+  std::atomic<int> _resumeCount;
+  std::mutex _mutex;  // guards everything below
   BOOL _invalid;
   BOOL _ended;                  // invalidate was called; what follows from it comes later, on the queue
   NSXPCConnection* _helperEnd;  // of the client's end, once connected
@@ -72,23 +73,19 @@ using namespace halvo::sim;
 - (id)valueForKey:(NSString*)key {
   if (![key isEqualToString:@"auditToken"]) return [super valueForKey:key];
   if (self.withoutTokenKey) [NSException raise:@"NSUnknownKeyException" format:@"no such key"];
-  const std::lock_guard lock(_mutex);
   ++_tokenReads;
   return _token;
 }
 
 - (int)tokenReads {
-  const std::lock_guard lock(_mutex);
   return _tokenReads;
 }
 
 - (int)resumeCount {
-  const std::lock_guard lock(_mutex);
   return _resumeCount;
 }
 
 - (void)resume {
-  const std::lock_guard lock(_mutex);
   ++_resumeCount;
 }
 

@@ -72,7 +72,6 @@ id objc_autoreleaseReturnValue(id object) { return objc_autorelease(object); }
 id objc_retainAutorelease(id object) { return objc_autorelease(objc_retain(object)); }
 id objc_retainAutoreleaseReturnValue(id object) { return objc_retainAutorelease(object); }
 id objc_retainAutoreleasedReturnValue(id object) { return objc_retain(object); }
-id objc_unsafeClaimAutoreleasedReturnValue(id object) { return object; }
 
 id objc_storeStrong(id* slot, id value) {
   const id old = *slot;
@@ -172,17 +171,9 @@ id objc_loadWeakRetained(id* slot) {
   return objc_retain(*slot);
 }
 
-id objc_loadWeak(id* slot) { return objc_autorelease(objc_loadWeakRetained(slot)); }
-
 void objc_copyWeak(id* to, id* from) {
   const std::lock_guard lock(table().mutex);
   objc_initWeak(to, *from);
-}
-
-void objc_moveWeak(id* to, id* from) {
-  const std::lock_guard lock(table().mutex);
-  objc_initWeak(to, *from);
-  objc_destroyWeak(from);
 }
 
 }  // extern "C"

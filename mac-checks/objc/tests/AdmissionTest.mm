@@ -133,7 +133,7 @@ class HospitableDelegate final : public ServiceListenerDelegate {
 TEST_F(AdmissionTest, AMissingConnectionIsRefusedAndTheDelegateNotAsked) {
   const auto hospitable = std::make_shared<HospitableDelegate>();
   HalvoListenerDelegate* const delegate = [[HalvoListenerDelegate alloc] initWithDelegate:hospitable];
-  const id nothing = nil;
+  id nothing = nil;
 
   EXPECT_FALSE([delegate listener:listener_ shouldAcceptNewConnection:nothing]);
   EXPECT_EQ(hospitable->asked, 0);

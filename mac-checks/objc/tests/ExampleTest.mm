@@ -19,6 +19,7 @@ int halvoExample(int argc, char* argv[]);
 namespace halvo::sim {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
@@ -52,7 +53,7 @@ class Terminal {
 class ExampleTest : public testing::Test {
  protected:
   ExampleTest() {
-    SMAppService.statusOfTheHelper = SMAppServiceStatusEnabled;
+    serviceManager.status = SMAppServiceStatusEnabled;
     setDoubleClientIdentity(boxed(kSampleToken), 4711);
     listener_->setDelegate(delegate_);
     listener_->resume();
@@ -68,7 +69,7 @@ class ExampleTest : public testing::Test {
     // The helper's last call may still be about to choose its next text.
     waitForSerialQueues();
     resetAuthorizations();
-    [SMAppService reset];
+    serviceManager = {};
   }
 
   // The helper's texts, one for each request; it ends at one more.
@@ -115,30 +116,30 @@ TEST_F(ExampleTest, ExplainsHowItIsCalled) {
 }
 
 TEST_F(ExampleTest, RegistersTheHelperThatIsNotRegistered) {
-  SMAppService.statusOfTheHelper = SMAppServiceStatusNotRegistered;
+  serviceManager.status = SMAppServiceStatusNotRegistered;
   helperAnswers({kPong, kInstalled});
 
   EXPECT_EQ(install(), 0);
 
-  EXPECT_EQ(SMAppService.statusOfTheHelper, SMAppServiceStatusEnabled);
+  EXPECT_EQ(serviceManager.status, SMAppServiceStatusEnabled);
 }
 
 TEST_F(ExampleTest, OpensTheSettingsWhereAnAdministratorHasToAllowTheHelper) {
-  SMAppService.statusOfTheHelper = SMAppServiceStatusNotRegistered;
-  SMAppService.asksAnAdministrator = YES;
+  serviceManager.status = SMAppServiceStatusNotRegistered;
+  serviceManager.asksAnAdministrator = true;
 
   EXPECT_EQ(install(), 1);
 
   EXPECT_EQ(shown, "Allow Halvo under Login Items in the window that opens, and try again.\n");
-  EXPECT_TRUE([SMAppService.calls containsObject:@"open settings"]);
+  EXPECT_THAT(serviceManager.calls, Contains("open settings"));
   EXPECT_THAT(requests(), IsEmpty());
 }
 
 TEST_F(ExampleTest, SaysWhyTheHelperCannotBeRegistered) {
-  SMAppService.statusOfTheHelper = SMAppServiceStatusNotFound;
-  SMAppService.scriptedError = [NSError errorWithDomain:@"SMAppServiceErrorDomain"
-                                                   code:8
-                                               userInfo:@{NSLocalizedDescriptionKey : @"No such list."}];
+  serviceManager.status = SMAppServiceStatusNotFound;
+  serviceManager.error = [NSError errorWithDomain:@"SMAppServiceErrorDomain"
+                                             code:8
+                                         userInfo:@{NSLocalizedDescriptionKey : @"No such list."}];
 
   EXPECT_EQ(install(), 1);
 

@@ -19,11 +19,13 @@
 namespace halvo::sim {
 namespace {
 
+using testing::ElementsAre;
+
 constexpr const char* kPlist = "com.halvo.helper.plist";
 
 class ServiceRegistrationTest : public testing::Test {
  protected:
-  ~ServiceRegistrationTest() override { [SMAppService reset]; }
+  ~ServiceRegistrationTest() override { serviceManager = {}; }
 };
 
 TEST_F(ServiceRegistrationTest, ARegisteredDaemonIsEnabled) {
@@ -41,7 +43,7 @@ TEST_F(ServiceRegistrationTest, AnUnregisteredOneIsNotRegistered) {
 }
 
 TEST_F(ServiceRegistrationTest, OneThatHasToBeApprovedFailsAndIsThereAllTheSame) {
-  SMAppService.asksAnAdministrator = YES;
+  serviceManager.asksAnAdministrator = true;
 
   EXPECT_NE(halvoRegisterDaemon(kPlist), std::nullopt);
 
@@ -53,19 +55,18 @@ TEST_F(ServiceRegistrationTest, TheServiceIsNamedByItsPropertyList) {
   static_cast<void>(halvoDaemonStatus(kPlist));
   static_cast<void>(halvoUnregisterDaemon(kPlist));
 
-  NSString* const all = [SMAppService.calls componentsJoinedByString:@", "];
-  EXPECT_STREQ(all.UTF8String, "register com.halvo.helper.plist, status com.halvo.helper.plist, "
-                               "unregister com.halvo.helper.plist");
+  EXPECT_THAT(serviceManager.calls, ElementsAre("register com.halvo.helper.plist", "status com.halvo.helper.plist",
+                                                "unregister com.halvo.helper.plist"));
 }
 
 TEST_F(ServiceRegistrationTest, TheSettingsAreOpenedOnce) {
   halvoOpenLoginItemsSettings();
 
-  EXPECT_TRUE([SMAppService.calls isEqualToArray:@[ @"open settings" ]]);
+  EXPECT_THAT(serviceManager.calls, ElementsAre("open settings"));
 }
 
 TEST_F(ServiceRegistrationTest, AStatusThatNoDocumentationNamesIsUnknown) {
-  SMAppService.statusOfTheHelper = static_cast<SMAppServiceStatus>(4);
+  serviceManager.status = static_cast<SMAppServiceStatus>(4);
 
   EXPECT_EQ(halvoDaemonStatus(kPlist), DaemonStatus::unknown);
 }
@@ -106,9 +107,9 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ServiceRegistrationTest, AFailureIsItsErrorsWholeDescription) {
-  SMAppService.scriptedError = [HalvoVerboseError errorWithDomain:@"SMAppServiceErrorDomain"
-                                                             code:6
-                                                         userInfo:@{NSLocalizedDescriptionKey : @"Job not found"}];
+  serviceManager.error = [HalvoVerboseError errorWithDomain:@"SMAppServiceErrorDomain"
+                                                       code:6
+                                                   userInfo:@{NSLocalizedDescriptionKey : @"Job not found"}];
   const char* const whole = "Error Domain=SMAppServiceErrorDomain Code=6 \"Job not found\"";
 
   EXPECT_EQ(halvoRegisterDaemon(kPlist), whole);
@@ -116,7 +117,7 @@ TEST_F(ServiceRegistrationTest, AFailureIsItsErrorsWholeDescription) {
 }
 
 TEST_F(ServiceRegistrationTest, AFailureWithoutErrorObjectIsStillAFailure) {
-  SMAppService.failsWithoutError = YES;
+  serviceManager.failsWithoutError = true;
 
   EXPECT_EQ(halvoRegisterDaemon(kPlist), "unknown error");
   EXPECT_EQ(halvoUnregisterDaemon(kPlist), "unknown error");

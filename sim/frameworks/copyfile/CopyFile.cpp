@@ -1,5 +1,6 @@
 #include <copyfile.h>
 #include <fcntl.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -28,25 +29,12 @@ bool failWith(int error) {
 
 int resultOf(bool copied) { return copied ? 0 : -1; }
 
-bool writeAll(int descriptor, const char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t count = ::write(descriptor, bytes, size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return false;
-    bytes += count;
-    size -= static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
 bool copyContent(int from, int to) {
-  std::vector<char> chunk(std::size_t{128} * 1024);
-  while (true) {
-    const ssize_t count = ::read(from, chunk.data(), chunk.size());
-    if (count == 0) return true;
-    if (count < 0 && errno != EINTR) return false;
-    if (count > 0 && !writeAll(to, chunk.data(), static_cast<std::size_t>(count))) return false;
-  }
+  constexpr std::size_t kChunk = std::size_t{1} << 30U;
+  ssize_t count = 0;
+  do count = ::sendfile(to, from, nullptr, kChunk);
+  while (count > 0 || (count < 0 && errno == EINTR));
+  return count == 0;
 }
 
 // Attributes that the target's file system does not take are left out.

@@ -57,8 +57,7 @@ bool isDeviceList(AudioObjectID object, const AudioObjectPropertyAddress& addres
 OSStatus readListSize(UInt32& size) {
   const Devices devices = readDevices();
   if (!devices.answering) return kAudioHardwareUnspecifiedError;
-  std::size_t count = devices.states.size();
-  if (probed()) count = std::min(count, probe::takeSizeLimit().value_or(count));
+  const std::size_t count = probe::limitedDevices("AudioObjectGetPropertyDataSize", devices.states.size());
   size = static_cast<UInt32>(count * sizeof(AudioObjectID));
   return kAudioHardwareNoError;
 }
@@ -66,8 +65,8 @@ OSStatus readListSize(UInt32& size) {
 OSStatus readDeviceList(UInt32& size, void* data) {
   const Devices devices = readDevices();
   if (!devices.answering) return kAudioHardwareUnspecifiedError;
-  std::size_t count = std::min(devices.states.size(), size / sizeof(AudioObjectID));
-  if (probed()) count = std::min(count, probe::takeListLimit().value_or(count));
+  const std::size_t count = probe::limitedDevices("AudioObjectGetPropertyData",
+                                                  std::min(devices.states.size(), size / sizeof(AudioObjectID)));
   for (std::size_t i = 0; i < count; ++i) {
     const auto device = static_cast<AudioObjectID>(kFirstDevice + i);
     std::memcpy(static_cast<char*>(data) + i * sizeof device, &device, sizeof device);

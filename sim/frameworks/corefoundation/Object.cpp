@@ -1,7 +1,13 @@
-#include "sim/frameworks/corefoundation/Object.h"
-
+// What all objects share, and the plain ones: data, numbers and booleans.
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "sim/frameworks/corefoundation/Types.h"
+#include "sim/frameworks/testing/Instrumentation.h"
 
 namespace halvo::sim {
 namespace {
@@ -34,7 +40,38 @@ void abortWithReason(const char* reason) noexcept {
 }  // namespace halvo::sim
 
 using halvo::sim::abortWithReason;
+using halvo::sim::objectAs;
 using halvo::sim::objectOf;
+
+namespace {
+
+constinit halvo::sim::Constant<__CFBoolean> trueObject(true);
+constinit halvo::sim::Constant<__CFBoolean> falseObject(false);
+
+// The nearest integer below what can be represented: a cast of anything beyond would be undefined.
+std::int64_t truncated(double value) {
+  constexpr double kLimit = 9223372036854775808.0;
+  if (std::isnan(value)) return 0;
+  if (value >= kLimit) return std::numeric_limits<std::int64_t>::max();
+  if (value < -kLimit) return std::numeric_limits<std::int64_t>::min();
+  return static_cast<std::int64_t>(value);
+}
+
+// The integer, and whether it is the value exactly.
+std::pair<std::int64_t, bool> asInteger(std::int64_t value) { return {value, true}; }
+std::pair<std::int64_t, bool> asInteger(double value) {
+  const std::int64_t whole = truncated(value);
+  return {whole, static_cast<double>(whole) == value && whole != std::numeric_limits<std::int64_t>::max()};
+}
+
+template <typename T>
+CFNumberRef numberAt(const void* value) {
+  T content{};
+  std::memcpy(&content, value, sizeof content);
+  return new __CFNumber(content);
+}
+
+}  // namespace
 
 extern "C" {
 
@@ -54,6 +91,39 @@ CFTypeRef CFRetain(CFTypeRef cf) {
 void CFRelease(CFTypeRef cf) {
   if (cf == nullptr) abortWithReason("CFRelease was given a null reference");
   objectOf(cf).release();
+}
+
+const CFBooleanRef kCFBooleanTrue = &trueObject.object;
+const CFBooleanRef kCFBooleanFalse = &falseObject.object;
+
+CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
+  if (halvo::sim::observe("CFDataCreate")) return nullptr;
+  return length < 0 ? nullptr : new __CFData(std::vector<UInt8>(bytes, bytes + length));
+}
+
+CFTypeID CFBooleanGetTypeID(void) { return halvo::sim::kBooleanType; }
+
+Boolean CFBooleanGetValue(CFBooleanRef boolean) {
+  const auto* object = objectAs<__CFBoolean>(boolean, halvo::sim::kBooleanType);
+  if (object == nullptr) abortWithReason("CFBooleanGetValue was given something that is not a boolean");
+  return object->value ? 1 : 0;
+}
+
+CFTypeID CFNumberGetTypeID(void) { return halvo::sim::kNumberType; }
+
+CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void* valuePtr) {
+  if (theType == kCFNumberSInt64Type) return numberAt<std::int64_t>(valuePtr);
+  if (theType == kCFNumberDoubleType) return numberAt<double>(valuePtr);
+  abortWithReason("numbers are made here of 64-bit integers and of doubles only");
+}
+
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void* valuePtr) {
+  if (theType != kCFNumberSInt64Type) abortWithReason("only 64-bit integers are taken out of numbers here");
+  const auto* object = objectAs<__CFNumber>(number, halvo::sim::kNumberType);
+  if (object == nullptr) abortWithReason("CFNumberGetValue was given something that is not a number");
+  const auto [value, exact] = std::visit([](auto content) { return asInteger(content); }, object->value);
+  std::memcpy(valuePtr, &value, sizeof value);
+  return exact ? 1 : 0;
 }
 
 }  // extern "C"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <ctime>
 #include <thread>
 #include <utility>
 
@@ -12,20 +11,13 @@
 namespace halvo::sim {
 namespace {
 
-// The moment of the real monotonic clock at which the simulated uptime reaches `when`.
-timespec realMoment(dispatch_time_t when) {
-  constexpr std::int64_t kSecond = 1'000'000'000;
+// The moment of the real clock at which the simulated uptime reaches `when`. Setting the wall clock must not move it.
+std::chrono::steady_clock::time_point realMoment(dispatch_time_t when) {
   // No machine runs this long; adding it to a clock cannot overflow.
   constexpr std::chrono::nanoseconds kLongestWait = std::chrono::hours(24 * 365 * 100);
   const dispatch_time_t now = uptimeNanoseconds();
   const auto ahead = std::min<dispatch_time_t>(when - std::min(when, now), INT64_MAX);
-  const auto wait = std::min(realDuration(std::chrono::nanoseconds(ahead)), kLongestWait);
-  timespec moment{};
-  ::clock_gettime(CLOCK_MONOTONIC, &moment);
-  const std::int64_t nanoseconds = moment.tv_nsec + wait.count();
-  moment.tv_sec += static_cast<time_t>(nanoseconds / kSecond);
-  moment.tv_nsec = static_cast<long>(nanoseconds % kSecond);
-  return moment;
+  return std::chrono::steady_clock::now() + std::min(realDuration(std::chrono::nanoseconds(ahead)), kLongestWait);
 }
 
 }  // namespace
@@ -47,31 +39,23 @@ MainQueue& MainQueue::instance() {
   return queue;
 }
 
-MainQueue::MainQueue() {
-  pthread_condattr_t attributes{};
-  pthread_condattr_init(&attributes);
-  pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
-  pthread_cond_init(&changed_, &attributes);
-  pthread_condattr_destroy(&attributes);
-}
-
 void MainQueue::add(Callout work) {
   const std::lock_guard lock(mutex_);
   ready_.emplace_back(work);
-  pthread_cond_signal(&changed_);
+  changed_.notify_one();
 }
 
 void MainQueue::addAt(dispatch_time_t when, Callout work) {
   const std::lock_guard lock(mutex_);
   delayed_.emplace(when, work);
-  pthread_cond_signal(&changed_);
+  changed_.notify_one();
 }
 
 void MainQueue::add(Timer& timer) {
   const std::lock_guard lock(mutex_);
   std::erase(timers_, &timer);
   timers_.push_back(&timer);
-  pthread_cond_signal(&changed_);
+  changed_.notify_one();
 }
 
 void MainQueue::collectDue(dispatch_time_t now) {
@@ -92,14 +76,13 @@ dispatch_time_t MainQueue::nextDeadline() const {
   return deadline;
 }
 
-void MainQueue::wait() {
+void MainQueue::wait(std::unique_lock<std::mutex>& lock) {
   const dispatch_time_t deadline = nextDeadline();
   if (deadline == DISPATCH_TIME_FOREVER) {
-    pthread_cond_wait(&changed_, mutex_.native_handle());
-    return;
+    changed_.wait(lock);
+  } else {
+    changed_.wait_until(lock, realMoment(deadline));
   }
-  const timespec moment = realMoment(deadline);
-  pthread_cond_timedwait(&changed_, mutex_.native_handle(), &moment);
 }
 
 Callout MainQueue::prepare(const Item& item) {
@@ -122,7 +105,7 @@ void MainQueue::runForever() {
   while (true) {
     collectDue(uptimeNanoseconds());
     if (ready_.empty()) {
-      wait();
+      wait(lock);
       continue;
     }
     const Item item = std::move(ready_.front());

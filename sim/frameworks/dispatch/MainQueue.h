@@ -3,8 +3,8 @@
 #pragma once
 
 #include <dispatch/dispatch.h>
-#include <pthread.h>
 
+#include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -43,7 +43,7 @@ class MainQueue {
   void changeTimer(Timer& timer, Change change) {
     const std::lock_guard lock(mutex_);
     change(timer);
-    pthread_cond_signal(&changed_);
+    changed_.notify_one();
   }
 
   // Runs what is added, with every signal blocked on this thread.
@@ -52,15 +52,14 @@ class MainQueue {
  private:
   using Item = std::variant<Callout, Timer*>;
 
-  MainQueue();
+  MainQueue() = default;
   void collectDue(dispatch_time_t now);
   dispatch_time_t nextDeadline() const;
-  void wait();
+  void wait(std::unique_lock<std::mutex>& lock);
   // What is to run for an item taken from the queue; empty for a timer that was set anew meanwhile.
   static Callout prepare(const Item& item);
 
-  // A plain condition variable on the monotonic clock: setting the wall clock must not move a deadline.
-  pthread_cond_t changed_{};
+  std::condition_variable changed_;
   mutable std::mutex mutex_;
   // Everything below is guarded by the mutex.
   std::deque<Item> ready_;

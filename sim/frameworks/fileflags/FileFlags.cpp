@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <string>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
+
 namespace halvo::sim {
 namespace {
 
@@ -36,23 +38,16 @@ class Item {
     errno = ENOTSUP;
     if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) return;
     const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-    value_ = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    file_ = UniqueDescriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   }
-  Item(const Item&) = delete;
-  Item& operator=(const Item&) = delete;
-  ~Item() {
-    const int kept = errno;
-    if (value_ >= 0) ::close(value_);
-    errno = kept;
-  }
-  [[nodiscard]] bool valid() const { return value_ >= 0; }
+  [[nodiscard]] bool valid() const { return file_.valid(); }
   [[nodiscard]] bool isMine() const { return ::geteuid() == 0 || ::geteuid() == owner_; }
 
   // 0 where the file system has none.
   [[nodiscard]] std::uint32_t flags() const {
     const auto kernel = kernelFlags();
     std::uint32_t owners = 0;
-    if (::fgetxattr(value_, kOwners, &owners, sizeof owners) != sizeof owners) owners = 0;
+    if (::fgetxattr(file_.get(), kOwners, &owners, sizeof owners) != sizeof owners) owners = 0;
     return part(kernel & FS_IMMUTABLE_FL, owners & kImmutable, SF_IMMUTABLE) |
            part(kernel & FS_APPEND_FL, owners & kAppend, SF_APPEND);
   }
@@ -61,7 +56,7 @@ class Item {
   bool setFlags(std::uint32_t flags) const {
     const int others = kernelFlags() & ~(FS_IMMUTABLE_FL | FS_APPEND_FL);
     const int locks = ((flags & kImmutable) != 0 ? FS_IMMUTABLE_FL : 0) | ((flags & kAppend) != 0 ? FS_APPEND_FL : 0);
-    return setKernelFlags(others) && ::fsetxattr(value_, kOwners, &flags, sizeof flags, 0) == 0 &&
+    return setKernelFlags(others) && ::fsetxattr(file_.get(), kOwners, &flags, sizeof flags, 0) == 0 &&
            setKernelFlags(others | locks);
   }
 
@@ -73,12 +68,12 @@ class Item {
 
   int kernelFlags() const {
     int flags = 0;
-    return ::ioctl(value_, FS_IOC_GETFLAGS, &flags) == 0 ? flags : 0;
+    return ::ioctl(file_.get(), FS_IOC_GETFLAGS, &flags) == 0 ? flags : 0;
   }
 
-  bool setKernelFlags(int flags) const { return ::ioctl(value_, FS_IOC_SETFLAGS, &flags) == 0; }
+  bool setKernelFlags(int flags) const { return ::ioctl(file_.get(), FS_IOC_SETFLAGS, &flags) == 0; }
 
-  int value_ = -1;
+  UniqueDescriptor file_;
   uid_t owner_ = 0;
 };
 

@@ -18,31 +18,25 @@ using namespace halvo::sim;
 
 namespace {
 
-// How many handles this process holds on each authorization it created.
-class OwnedTokens {
- public:
-  static OwnedTokens& instance() {
-    static OwnedTokens& tokens = *new OwnedTokens;
-    return tokens;
-  }
-
-  void add(const TokenName& name) {
-    const std::lock_guard lock(mutex_);
-    ++handles_[name];
-  }
-
-  // True with the last handle.
-  bool drop(const TokenName& name) {
-    const std::lock_guard lock(mutex_);
-    if (--handles_[name] > 0) return false;
-    handles_.erase(name);
-    return true;
-  }
-
- private:
-  std::mutex mutex_;
-  std::map<TokenName, int> handles_;  // guarded by the mutex
+// How many handles this process holds on each authorization that it created.
+struct OwnHandles {
+  std::mutex mutex;
+  std::map<TokenName, int> counts;  // guarded by the mutex
 };
+
+// Never destroyed: threads may outlive main().
+OwnHandles& ownHandles() {
+  static OwnHandles& handles = *new OwnHandles;
+  return handles;
+}
+
+// Answers how many there are afterwards.
+int countHandles(const TokenName& name, int change) {
+  const std::lock_guard lock(ownHandles().mutex);
+  const int left = ownHandles().counts[name] += change;
+  if (left == 0) ownHandles().counts.erase(name);
+  return left;
+}
 
 }  // namespace
 
@@ -51,12 +45,12 @@ class OwnedTokens {
 struct AuthorizationOpaqueRef {
   AuthorizationOpaqueRef(const TokenName& tokenName, bool isOwner) : name(tokenName), isOwner_(isOwner) {
     countCreated();
-    if (isOwner_) OwnedTokens::instance().add(name);
+    if (isOwner_) countHandles(name, 1);
   }
   AuthorizationOpaqueRef(const AuthorizationOpaqueRef&) = delete;
   AuthorizationOpaqueRef& operator=(const AuthorizationOpaqueRef&) = delete;
   ~AuthorizationOpaqueRef() {
-    if (isOwner_ && OwnedTokens::instance().drop(name)) destroyToken(name);
+    if (isOwner_ && countHandles(name, -1) == 0) destroyToken(name);
     countDestroyed();
   }
 

@@ -13,7 +13,7 @@
 #include "HalvoHelper/security/ScopedCF.h"
 #include "sim/frameworks/corefoundation/Types.h"
 #include "sim/support/CodeSignature.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 

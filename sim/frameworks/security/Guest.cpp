@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {

@@ -1,5 +1,5 @@
 // The requirement language of code signing, as far as this system uses it: any number of the following, with "and"
-// between them.
+// between them and blanks where they are shown.
 //   identifier "x"          anchor apple generic          certificate leaf[subject.OU] = "T"
 #pragma once
 
@@ -12,7 +12,7 @@ namespace halvo::sim {
 
 using Requirement = std::function<bool(const CodeSignature&)>;
 
-// Empty when `text` is not in the language.
-Requirement compileRequirement(std::string_view text);
+// Empty when `source` is not in the language.
+Requirement compileRequirement(std::string_view source);
 
 }  // namespace halvo::sim

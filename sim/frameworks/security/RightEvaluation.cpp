@@ -13,6 +13,7 @@
 
 #include "sim/frameworks/security/RightStore.h"
 #include "sim/frameworks/security/StateFiles.h"
+#include "sim/support/Files.h"
 #include "sim/support/MachinePaths.h"
 #include "sim/support/SimClock.h"
 

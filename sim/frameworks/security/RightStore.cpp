@@ -132,14 +132,6 @@ RightDefinition rightDefinitionFrom(const json& stored) {
   return definition;
 }
 
-RightDefinition defaultRightDefinition() {
-  RightDefinition definition;
-  definition.group = "admin";
-  definition.shared = true;
-  definition.timeout = 300;
-  return definition;
-}
-
 }  // namespace
 
 json rebuiltDefinition(const json& stored) {
@@ -173,7 +165,7 @@ OSStatus writeRight(std::string_view name, nlohmann::json definition) {
 
 RightDefinition definitionDeciding(std::string_view name) {
   const auto stored = readRight(name);
-  return stored ? rightDefinitionFrom(*stored) : defaultRightDefinition();
+  return stored ? rightDefinitionFrom(*stored) : RightDefinition{.group = "admin", .shared = true, .timeout = 300};
 }
 
 }  // namespace halvo::sim

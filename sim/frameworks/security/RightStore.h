@@ -14,8 +14,8 @@ namespace halvo::sim {
 // What has to be fulfilled for a right.
 struct RightDefinition {
   std::string ruleClass = "user";
-  std::string group;
-  std::string rule;  // another right that decides, for the class "rule"
+  std::string group{};
+  std::string rule{};  // another right that decides, for the class "rule"
   bool authenticateUser = true;
   bool allowRoot = false;
   bool sessionOwner = false;

@@ -17,9 +17,6 @@ std::optional<nlohmann::json> readJSONObject(const std::filesystem::path& file);
 // Replaces the file at once, so that no reader sees half of it. Makes the folder above it with `folderMode` if needed.
 bool replaceJSON(const std::filesystem::path& file, const nlohmann::json& json, mode_t folderMode);
 
-// Appends `line` in one write, so that lines of several processes do not mix.
-bool appendLine(const std::filesystem::path& file, std::string_view line);
-
 // The status that a test wrote for `call` into "faults/authorization" of the state folder, a line each such as
 // "create -60008". The calls are create, create-from-external-form, make-external-form, copy-rights, right-get and
 // right-set.

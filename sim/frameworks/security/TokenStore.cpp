@@ -11,9 +11,14 @@
 #include "sim/frameworks/security/StateFiles.h"
 #include "sim/frameworks/testing/Instrumentation.h"
 #include "sim/support/MachinePaths.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
+
+// Reading throws when a member is missing or of another type.
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Credential, user, obtained)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Token, creator, creatorVersion, creatorUser, credentials)
+
 namespace {
 
 using nlohmann::json;
@@ -26,26 +31,6 @@ std::filesystem::path folder() { return stateRoot() / "authorization-tokens"; }
 std::filesystem::path fileOf(const TokenName& name) { return folder() / (hexText(name.data(), name.size()) + ".json"); }
 
 std::filesystem::path fileOf(uid_t login) { return folder() / ("login-" + std::to_string(login) + ".json"); }
-
-json jsonFrom(const Credential& credential) { return {{"user", credential.user}, {"obtained", credential.obtained}}; }
-
-json jsonFrom(const Token& token) {
-  json credentials = json::array();
-  for (const Credential& credential : token.credentials) credentials.push_back(jsonFrom(credential));
-  return {{"pid", token.creator},
-          {"version", token.creatorVersion},
-          {"uid", token.creatorUser},
-          {"credentials", credentials}};
-}
-
-// These throw when a member is missing or of another type.
-Credential credentialFrom(const json& stored) { return {stored.at("user"), stored.at("obtained")}; }
-
-Token tokenFrom(const json& stored) {
-  Token token{stored.at("pid"), stored.at("version"), stored.at("uid"), {}};
-  for (const json& credential : stored.at("credentials")) token.credentials.push_back(credentialFrom(credential));
-  return token;
-}
 
 }  // namespace
 
@@ -62,7 +47,7 @@ std::optional<Token> readToken(const TokenName& name) {
   const auto stored = readJSONObject(fileOf(name));
   if (!stored) return std::nullopt;
   try {
-    Token token = tokenFrom(*stored);
+    Token token = stored->get<Token>();
     if (processVersion(token.creator) == token.creatorVersion) return token;
   } catch (const json::exception&) {
     return std::nullopt;
@@ -72,9 +57,7 @@ std::optional<Token> readToken(const TokenName& name) {
   return std::nullopt;
 }
 
-bool writeToken(const TokenName& name, const Token& token) {
-  return replaceJSON(fileOf(name), jsonFrom(token), kFolderMode);
-}
+bool writeToken(const TokenName& name, const Token& token) { return replaceJSON(fileOf(name), token, kFolderMode); }
 
 void destroyToken(const TokenName& name) {
   std::error_code ignored;
@@ -83,14 +66,14 @@ void destroyToken(const TokenName& name) {
 
 std::optional<Credential> sharedCredential(uid_t login) try {
   const auto stored = readJSONObject(fileOf(login));
-  return stored ? std::optional(credentialFrom(*stored)) : std::nullopt;
+  return stored ? std::optional(stored->get<Credential>()) : std::nullopt;
 } catch (const json::exception&) {
   return std::nullopt;
 }
 
 void shareCredential(uid_t login, const Credential& credential) {
   // A password that cannot be shared is asked for again.
-  static_cast<void>(replaceJSON(fileOf(login), jsonFrom(credential), kFolderMode));
+  static_cast<void>(replaceJSON(fileOf(login), credential, kFolderMode));
 }
 
 }  // namespace halvo::sim

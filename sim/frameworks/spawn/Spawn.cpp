@@ -6,9 +6,9 @@
 
 #include <cerrno>
 #include <new>
+#include <optional>
 #include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "sim/frameworks/corefoundation/LivingObjects.h"
@@ -50,37 +50,23 @@ struct NativeActions {
   posix_spawn_file_actions_t value{};
 };
 
-struct Duplicate {
-  int from;
+// What happens to one of a child's descriptors before its program runs: a file is opened as `to`, or `from` duplicated.
+struct FileAction {
   int to;
+  int from = -1;
+  bool inherits = false;  // stays open, whatever its close-on-exec flag says
+  std::optional<std::string> path{};
+  int flags = 0;
+  mode_t mode = 0;
 };
-struct Inherit {
-  int descriptor;
-};
-struct Open {
-  int descriptor;
-  std::string path;
-  int flags;
-  mode_t mode;
-};
-// What happens to a child's descriptors before its program runs.
-using FileActions = std::vector<std::variant<Duplicate, Inherit, Open>>;
+using FileActions = std::vector<FileAction>;
 
-struct Translator {
-  posix_spawn_file_actions_t& target;
-
-  int operator()(const Duplicate& action) const {
-    return ::posix_spawn_file_actions_adddup2(&target, action.from, action.to);
-  }
-  // Duplicating a descriptor onto itself clears its close-on-exec flag here.
-  int operator()(const Inherit& action) const {
-    return ::posix_spawn_file_actions_adddup2(&target, action.descriptor, action.descriptor);
-  }
-  int operator()(const Open& action) const {
-    return ::posix_spawn_file_actions_addopen(&target, action.descriptor, action.path.c_str(), action.flags,
-                                              action.mode);
-  }
-};
+// Duplicating a descriptor onto itself clears its close-on-exec flag here.
+int translate(const FileAction& action, posix_spawn_file_actions_t& target) {
+  return action.path
+             ? ::posix_spawn_file_actions_addopen(&target, action.to, action.path->c_str(), action.flags, action.mode)
+             : ::posix_spawn_file_actions_adddup2(&target, action.from, action.to);
+}
 
 bool closesOnExec(int descriptor) { return ::fcntl(descriptor, F_GETFD) == FD_CLOEXEC; }
 
@@ -90,19 +76,14 @@ struct Outcome {
   // Duplicated onto themselves only: a Mac leaves their close-on-exec flag as it was, the C library clears it.
   std::set<int> lost;
 
-  void operator()(const Duplicate& action) {
-    if (action.from == action.to && !open.contains(action.to) && closesOnExec(action.to)) {
+  void add(const FileAction& action) {
+    const bool ontoItself = action.from == action.to && !action.inherits;
+    if (ontoItself && !open.contains(action.to) && closesOnExec(action.to)) {
       lost.insert(action.to);
     } else {
-      keep(action.to);
+      open.insert(action.to);
+      lost.erase(action.to);
     }
-  }
-  void operator()(const Inherit& action) { keep(action.descriptor); }
-  void operator()(const Open& action) { keep(action.descriptor); }
-
-  void keep(int descriptor) {
-    open.insert(descriptor);
-    lost.erase(descriptor);
   }
 };
 
@@ -129,12 +110,11 @@ int closeAllBut(const std::set<int>& descriptors, posix_spawn_file_actions_t& ta
 // Into the C library's actions; answers an errno value. With `closeRest`, every descriptor that no action leaves open
 // is closed at the end.
 int translate(const FileActions& actions, posix_spawn_file_actions_t& target, bool closeRest) {
-  const Translator translator{target};
   Outcome outcome;
-  for (const auto& action : actions) {
-    const int error = std::visit(translator, action);
+  for (const FileAction& action : actions) {
+    const int error = translate(action, target);
     if (error != 0) return error;
-    std::visit(outcome, action);
+    outcome.add(action);
   }
   return closeRest ? closeAllBut(outcome.open, target) : closeAll(outcome.lost, target);
 }
@@ -161,12 +141,11 @@ Attributes* attributesOf(void* const* attributes) {
   return attributes == nullptr ? nullptr : static_cast<Attributes*>(*attributes);
 }
 
-template <typename Action>
-int add(void** actions, const Action& action, int descriptor) noexcept {
+int add(void** actions, const FileAction& action) noexcept {
   if (actions == nullptr || *actions == nullptr) return EINVAL;
-  if (descriptor < 0) return EBADF;
+  if (action.to < 0 || (!action.path && action.from < 0)) return EBADF;
   try {
-    static_cast<FileActions*>(*actions)->emplace_back(action);
+    static_cast<FileActions*>(*actions)->push_back(action);
     return 0;
   } catch (const std::bad_alloc&) {
     return ENOMEM;
@@ -208,16 +187,16 @@ int halvo_sim_posix_spawn_file_actions_init(void** actions) { return create<File
 int halvo_sim_posix_spawn_file_actions_destroy(void** actions) { return destroy<FileActions>(actions); }
 
 int halvo_sim_posix_spawn_file_actions_adddup2(void** actions, int from, int to) {
-  return add(actions, Duplicate{from, to}, from < 0 ? from : to);
+  return add(actions, {.to = to, .from = from});
 }
 
 int halvo_sim_posix_spawn_file_actions_addopen(void** actions, int descriptor, const char* path, int flags,
                                                mode_t mode) {
-  return add(actions, Open{descriptor, path, flags, mode}, descriptor);
+  return add(actions, {.to = descriptor, .path = path, .flags = flags, .mode = mode});
 }
 
 int halvo_sim_posix_spawn_file_actions_addinherit_np(void** actions, int descriptor) {
-  return add(actions, Inherit{descriptor}, descriptor);
+  return add(actions, {.to = descriptor, .from = descriptor, .inherits = true});
 }
 
 int halvo_sim_posix_spawn(pid_t* pid, const char* path, void* const* fileActions, void* const* attributes,

@@ -5,27 +5,18 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Files.h"
+#include "sim/support/Processes.h"
 #include "sim/support/SimClock.h"
-#include "sim/support/WholeFile.h"
 
 namespace halvo::sim {
 namespace {
-
-std::optional<pid_t> numberIn(const std::string& name) {
-  pid_t number = 0;
-  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-  return error == std::errc() && end == name.data() + name.size() ? std::optional(number) : std::nullopt;
-}
 
 // Processes age as fast as the machine's clock runs.
 time_t ageOf(std::uint64_t startTicks) {
@@ -53,11 +44,9 @@ std::optional<kinfo_proc> rowFor(pid_t process) {
 }
 
 std::vector<kinfo_proc> allRows() {
-  std::error_code error;
   std::vector<kinfo_proc> rows;
-  for (const auto& item : std::filesystem::directory_iterator("/proc", error)) {
-    const auto process = numberIn(item.path().filename().string());
-    if (const auto row = process ? rowFor(*process) : std::nullopt) rows.push_back(*row);
+  for (const pid_t process : processNumbers().value_or(std::vector<pid_t>())) {
+    if (const auto row = rowFor(process)) rows.push_back(*row);
   }
   return rows;
 }

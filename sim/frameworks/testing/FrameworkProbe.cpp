@@ -1,5 +1,6 @@
 #include "sim/frameworks/testing/FrameworkProbe.h"
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -17,8 +18,7 @@ struct Script {
   // All of the following is guarded by the mutex.
   std::vector<std::string> calls;
   std::map<std::string, std::deque<ScriptedAnswer>, std::less<>> answers;
-  std::optional<std::size_t> listLimit;
-  std::optional<std::size_t> sizeLimit;
+  std::map<std::string, std::size_t, std::less<>> deviceLimits;  // by function
 };
 
 // Never destroyed: framework calls may come from threads that outlive main().
@@ -31,13 +31,17 @@ void clear() {
   const std::lock_guard lock(script().mutex);
   script().calls.clear();
   script().answers.clear();
-  script().listLimit.reset();
-  script().sizeLimit.reset();
+  script().deviceLimits.clear();
 }
 
 void addAnswer(std::string_view function, ScriptedAnswer answer) {
   const std::lock_guard lock(script().mutex);
   script().answers[std::string(function)].push_back(answer);
+}
+
+void limitDevices(std::string_view function, std::size_t count) {
+  const std::lock_guard lock(script().mutex);
+  script().deviceLimits[std::string(function)] = count;
 }
 
 }  // namespace
@@ -58,14 +62,11 @@ void record(std::string call) {
   script().calls.push_back(std::move(call));
 }
 
-std::optional<std::size_t> takeListLimit() {
+std::size_t limitedDevices(std::string_view function, std::size_t count) {
+  if (!probed()) return count;
   const std::lock_guard lock(script().mutex);
-  return std::exchange(script().listLimit, std::nullopt);
-}
-
-std::optional<std::size_t> takeSizeLimit() {
-  const std::lock_guard lock(script().mutex);
-  return std::exchange(script().sizeLimit, std::nullopt);
+  const auto limit = script().deviceLimits.extract(std::string(function));
+  return limit ? std::min(count, limit.mapped()) : count;
 }
 
 }  // namespace probe
@@ -114,15 +115,9 @@ void FrameworkProbe::returnNextRight(CFDictionaryRef definition) {
   addAnswer("AuthorizationRightGet", {.object = definition});
 }
 
-void FrameworkProbe::shrinkDeviceList(std::size_t count) {
-  const std::lock_guard lock(script().mutex);
-  script().listLimit = count;
-}
+void FrameworkProbe::shrinkDeviceList(std::size_t count) { limitDevices("AudioObjectGetPropertyData", count); }
 
-void FrameworkProbe::growDeviceList(std::size_t count) {
-  const std::lock_guard lock(script().mutex);
-  script().sizeLimit = count;
-}
+void FrameworkProbe::growDeviceList(std::size_t count) { limitDevices("AudioObjectGetPropertyDataSize", count); }
 
 std::int64_t FrameworkProbe::liveObjects() { return countLiving(); }
 

@@ -48,9 +48,8 @@ inline std::atomic<bool> listening{false};
 // Takes the next scripted answer for `function`.
 std::optional<ScriptedAnswer> takeAnswer(std::string_view function);
 void record(std::string call);
-// How many devices the next reading of the list, and the next question for its size, may find.
-std::optional<std::size_t> takeListLimit();
-std::optional<std::size_t> takeSizeLimit();
+// How many of `count` devices this call of `function` may find.
+std::size_t limitedDevices(std::string_view function, std::size_t count);
 
 }  // namespace probe
 

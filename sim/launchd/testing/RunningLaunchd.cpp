@@ -1,33 +1,19 @@
 #include "sim/launchd/testing/RunningLaunchd.h"
 
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 
 #include "sim/support/ChildProcess.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
+#include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
-namespace {
-
-UniqueDescriptor connectTo(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return {};
-  return socket;
-}
-
-}  // namespace
-
 RunningLaunchd::~RunningLaunchd() { stop(); }
 
 void RunningLaunchd::start() {

@@ -6,16 +6,17 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "sim/launchd/ControlClient.h"
+#include "sim/support/Files.h"
 
 namespace {
 
 using halvo::sim::ControlClient;
+using halvo::sim::replaceFile;
 
 constexpr int kFirstSocket = 3;
 constexpr int kQuitStatus = 7;
@@ -73,17 +74,11 @@ int serve() {
   }
 }
 
-void write(const std::string& file, const std::string& text) {
-  const std::string fresh = file + ".new";
-  std::ofstream(fresh) << text;
-  std::filesystem::rename(fresh, file);
-}
-
 // A child in the job's own process group outlives the job, unless launchd ends it.
 int leaveChild(const std::string& file) {
   const pid_t child = ::fork();
   if (child == 0) waitForEver();
-  write(file, std::to_string(child));
+  static_cast<void>(replaceFile(file, std::to_string(child)));
   return 0;
 }
 
@@ -91,7 +86,7 @@ int leaveChild(const std::string& file) {
 int bootOutMyself(const std::string& socket, const std::string& job, const std::string& file) {
   if (::fork() == 0) {
     ::setpgid(0, 0);
-    write(file, std::to_string(ControlClient(socket).bootout(job).status));
+    static_cast<void>(replaceFile(file, std::to_string(ControlClient(socket).bootout(job).status)));
     return 0;
   }
   waitForEver();
@@ -99,7 +94,7 @@ int bootOutMyself(const std::string& socket, const std::string& job, const std::
 
 int stubborn(const std::string& file) {
   ::signal(SIGTERM, SIG_IGN);
-  write(file, "deaf");
+  static_cast<void>(replaceFile(file, "deaf"));
   waitForEver();
 }
 

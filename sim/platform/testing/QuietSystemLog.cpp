@@ -5,7 +5,7 @@ namespace halvo::sim {
 namespace {
 
 [[maybe_unused]] const bool kQuiet = [] {
-  setSystemLogPath("/dev/null");
+  machinePaths().systemLog = "/dev/null";
   return true;
 }();
 

@@ -1,14 +1,14 @@
 // The product's root daemon as far as an installation needs it: it says which version started, and runs until it is
 // told to end.
-#include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <system_error>
 
-#include "sim/support/WholeFile.h"
-#include "sim/tools/programs/Termination.h"
+#include "sim/support/Files.h"
 
 namespace {
 
@@ -21,23 +21,22 @@ std::string ownVersion() {
   return bytes.substr(bytes.rfind('\n') + 1);
 }
 
-bool append(const std::string& file, const std::string& line) {
-  const int log = ::open(file.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-  if (log < 0) return false;
-  const bool whole = ::write(log, line.data(), line.size()) == static_cast<ssize_t>(line.size());
-  ::close(log);
-  return whole;
-}
-
 }  // namespace
 
 // The argument is the folder of the log, for a run outside of the simulated Mac.
 int main(int argc, char** argv) {
-  const halvo::sim::Termination termination;
+  // launchd's request to end is kept until the line is written.
+  sigset_t end{};
+  sigemptyset(&end);
+  sigaddset(&end, SIGTERM);
+  sigprocmask(SIG_BLOCK, &end, nullptr);
   const std::string folder = argc > 1 ? argv[1] : kLogFolder;
   std::error_code ignored;
   std::filesystem::create_directories(folder, ignored);
-  const std::string line = "broker " + ownVersion() + " started pid " + std::to_string(::getpid()) + "\n";
-  if (!append(folder + "/broker.log", line)) return 1;
-  termination.wait();
+  std::ofstream log(folder + "/broker.log", std::ios::app);
+  log << "broker " << ownVersion() << " started pid " << ::getpid() << std::endl;
+  if (!log) return 1;
+  int received = 0;
+  while (sigwait(&end, &received) != 0) {
+  }
 }

@@ -1,5 +1,7 @@
 // A program that launchd keeps running and that does nothing: the product's agent in each user's session, and the
 // system's audio daemon.
-#include "sim/tools/programs/Termination.h"
+#include <unistd.h>
 
-int main() { halvo::sim::Termination().wait(); }
+int main() {
+  for (;;) ::pause();
+}

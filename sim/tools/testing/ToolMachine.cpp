@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <sstream>
 
+#include "sim/support/Files.h"
 #include "sim/support/MachinePaths.h"
-#include "sim/support/WholeFile.h"
 #include "sim/tools/FlatPackage.h"
 #include "sim/tools/SystemTools.h"
 

@@ -3,14 +3,12 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <stdexcept>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
@@ -33,32 +31,17 @@ bool holdPlace() {
 
 [[maybe_unused]] const bool kHeldFromTheStart = holdPlace();
 
-sockaddr_un addressOf(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) throw std::runtime_error("too long for a socket: " + path);
-  std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-  return address;
-}
-
-UniqueDescriptor listenAt(const std::string& path) {
-  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const sockaddr_un address = addressOf(path);
-  const bool listens = ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-                       ::listen(socket.get(), 256) == 0;
-  if (!listens) throw std::runtime_error("cannot listen at " + path);
-  return socket;
-}
-
 }  // namespace
 
-LaunchedService::LaunchedService(const std::string& name) : socket_(directory_.path() / name) {
-  const UniqueDescriptor listening = listenAt(socket_);
-  if (::dup3(listening.get(), kPassed, O_CLOEXEC) < 0) throw std::runtime_error("cannot pass a socket");
+LaunchedService::LaunchedService(const std::string& name)
+    : socket_(directory_.path() / name), listening_(ListeningSocket::open(socket_)) {
+  if (!listening_ || ::dup3(listening_->descriptor(), kPassed, O_CLOEXEC) < 0) {
+    throw std::runtime_error("cannot pass a socket");
+  }
   ::setenv("LISTEN_FDS", "1", 1);
   ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
   ::setenv("LISTEN_FDNAMES", name.c_str(), 1);
-  setMachServiceDirectory(directory_.path());
+  machinePaths().machServices = directory_.path();
 }
 
 LaunchedService::~LaunchedService() {
@@ -69,11 +52,8 @@ LaunchedService::~LaunchedService() {
 }
 
 UniqueDescriptor connectRaw(const std::string& path) {
-  UniqueDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const sockaddr_un address = addressOf(path);
-  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    throw std::runtime_error("cannot connect to " + path);
-  }
+  UniqueDescriptor socket = connectTo(path);
+  if (!socket.valid()) throw std::runtime_error("cannot connect to " + path);
   const timeval longest{.tv_sec = 30, .tv_usec = 0};
   ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &longest, sizeof longest);
   return socket;

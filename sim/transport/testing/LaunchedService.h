@@ -2,10 +2,12 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 #include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "sim/support/UnixSocket.h"
 
 namespace halvo::sim {
 
@@ -24,6 +26,7 @@ class LaunchedService {
  private:
   TemporaryDirectory directory_;
   std::filesystem::path socket_;
+  std::optional<ListeningSocket> listening_;
 };
 
 // Bytes as a client puts them on the wire that does not use the library.

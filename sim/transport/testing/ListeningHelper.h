@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "sim/transport/WireFormat.h"
@@ -15,7 +16,7 @@ namespace halvo::sim {
 
 class ListeningHelper {
  public:
-  ListeningHelper();
+  ListeningHelper() { startAgain(); }
 
   [[nodiscard]] std::string socket() const { return service_.socket(); }
   [[nodiscard]] ScriptedHandler& handler() { return *handler_; }
@@ -24,13 +25,26 @@ class ListeningHelper {
   void refuseEverybody() { admits_->store(false); }
   // Cuts all connections; the socket stays.
   void stop() { listener_.reset(); }
-  void startAgain();
+  void startAgain() {
+    listener_ = ServiceListener::forMachService("com.halvo.helper");
+    listener_->setDelegate(std::make_shared<AdmittingDelegate>(
+        [handler = handler_, admits = admits_] { return admits->load() ? handler : nullptr; }));
+    listener_->resume();
+  }
 
   // A connection of the kind that third-party programs make: it greets, and waits for the answer.
-  [[nodiscard]] OwnedBus thirdPartyClient() const;
+  [[nodiscard]] OwnedBus thirdPartyClient() const {
+    sd_bus* raw = nullptr;
+    sd_bus_new(&raw);
+    OwnedBus bus(raw);
+    sd_bus_set_bus_client(raw, 1);
+    sd_bus_set_address(raw, ("unix:path=" + socket()).c_str());
+    if (sd_bus_start(raw) < 0) throw std::runtime_error("cannot connect to " + socket());
+    return bus;
+  }
 
  private:
-  LaunchedService service_;
+  LaunchedService service_{"com.halvo.helper"};
   std::shared_ptr<ScriptedHandler> handler_ = std::make_shared<ScriptedHandler>();
   std::shared_ptr<std::atomic<bool>> admits_ = std::make_shared<std::atomic<bool>>(true);
   std::unique_ptr<ServiceListener> listener_;

@@ -153,52 +153,6 @@ typedef NSUInteger NSPropertyListFormat;
                               error:(NSError**)error;
 @end
 
-@class NSXPCConnection, NSXPCInterface, NSXPCListener, NSXPCListenerEndpoint;
-
-typedef NSUInteger NSXPCConnectionOptions;
-enum : NSXPCConnectionOptions { NSXPCConnectionPrivileged = 1 << 12 };
-
-enum : NSInteger {
-  NSXPCConnectionInterrupted = 4097,
-  NSXPCConnectionInvalid = 4099,
-  NSXPCConnectionCodeSigningRequirementFailure HALVO_INTRODUCED(13.0) = 4102,
-};
-
-@interface NSXPCConnection : NSObject
-- (id)remoteObjectProxyWithErrorHandler:(void (^)(NSError* error))handler;
-- (instancetype)initWithMachServiceName:(NSString*)name options:(NSXPCConnectionOptions)options;
-- (instancetype)initWithListenerEndpoint:(NSXPCListenerEndpoint*)endpoint;
-@property(nullable, retain) NSXPCInterface* exportedInterface;
-@property(nullable, retain) id exportedObject;
-@property(nullable, retain) NSXPCInterface* remoteObjectInterface;
-@property(nullable, copy) void (^interruptionHandler)(void);
-@property(nullable, copy) void (^invalidationHandler)(void);
-@property(readonly) pid_t processIdentifier;
-- (void)resume;
-- (void)invalidate;
-@end
-
-@protocol NSXPCListenerDelegate <NSObject>
-@optional
-- (BOOL)listener:(NSXPCListener*)listener shouldAcceptNewConnection:(NSXPCConnection*)newConnection;
-@end
-
-@interface NSXPCListenerEndpoint : NSObject
-@end
-
-@interface NSXPCListener : NSObject
-+ (NSXPCListener*)anonymousListener;
-@property(readonly, retain) NSXPCListenerEndpoint* endpoint;
-- (instancetype)initWithMachServiceName:(NSString*)name NS_DESIGNATED_INITIALIZER;
-@property(nullable, weak) id<NSXPCListenerDelegate> delegate;
-- (void)resume;
-- (void)invalidate;
-@end
-
-@interface NSXPCInterface : NSObject
-+ (NSXPCInterface*)interfaceWithProtocol:(Protocol*)protocol;
-@end
-
 extern "C" {
 const char* NSGetSizeAndAlignment(const char* type, NSUInteger* _Nullable size, NSUInteger* _Nullable alignment);
 NSString* NSStringFromClass(Class aClass);
@@ -206,3 +160,5 @@ SEL NSSelectorFromString(NSString* name);
 }
 
 NS_ASSUME_NONNULL_END
+
+#include <Foundation/NSXPCConnection.h>

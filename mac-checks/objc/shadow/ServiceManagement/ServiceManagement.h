@@ -2,32 +2,23 @@
 // Refuses what the system refuses, records what it was asked, and fails as scripted.
 #pragma once
 
-#import <Foundation/Foundation.h>
+#include <string>
+#include <vector>
 
-typedef NS_ENUM(NSInteger, SMAppServiceStatus) {
-  SMAppServiceStatusNotRegistered = 0,
-  SMAppServiceStatusEnabled = 1,
-  SMAppServiceStatusRequiresApproval = 2,
-  SMAppServiceStatusNotFound = 3,
+#define HALVO_INTRODUCED(version)
+#import "mac-checks/mach-o/include/ServiceManagement/ServiceManagement.h"
+
+namespace halvo::sim {
+
+// What tests script and look at; assigning {} begins anew.
+struct ServiceManagerScript {
+  // Of the daemon in the bundle: approving, or an answer that no documentation names, changes it from outside.
+  SMAppServiceStatus status = SMAppServiceStatusNotRegistered;
+  bool asksAnAdministrator = false;  // registering waits for one
+  NSError* error = nil;              // of the next calls, if any
+  bool failsWithoutError = false;    // as if there were one, but without the object
+  std::vector<std::string> calls;    // "register com.halvo.helper.plist" and the like
 };
+inline ServiceManagerScript serviceManager;
 
-@interface SMAppService : NSObject
-
-@property(readonly) SMAppServiceStatus status;
-+ (instancetype)daemonServiceWithPlistName:(NSString*)plistName;
-- (BOOL)registerAndReturnError:(NSError**)error;
-- (BOOL)unregisterAndReturnError:(NSError**)error;
-+ (void)openSystemSettingsLoginItems;
-
-// For tests: the status of the daemon in the bundle, which approving or an answer that no documentation names changes
-// from outside; whether registering waits for an administrator.
-@property(class) SMAppServiceStatus statusOfTheHelper;
-@property(class) BOOL asksAnAdministrator;
-// The error of the next calls, nil for none; whether a failure comes without an error object.
-@property(class) NSError* scriptedError;
-@property(class) BOOL failsWithoutError;
-// What was asked since the last reset, as "register com.halvo.helper.plist" and the like.
-@property(class, readonly) NSArray<NSString*>* calls;
-+ (void)reset;
-
-@end
+}  // namespace halvo::sim

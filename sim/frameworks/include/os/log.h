@@ -6,13 +6,7 @@
 
 typedef struct os_log_s* os_log_t;
 
-typedef enum : uint8_t {
-  OS_LOG_TYPE_DEFAULT = 0x00,
-  OS_LOG_TYPE_INFO = 0x01,
-  OS_LOG_TYPE_DEBUG = 0x02,
-  OS_LOG_TYPE_ERROR = 0x10,
-  OS_LOG_TYPE_FAULT = 0x11,
-} os_log_type_t;
+typedef enum : uint8_t { OS_LOG_TYPE_DEFAULT = 0x00 } os_log_type_t;
 
 #define OS_LOG_DEFAULT (&_os_log_default)
 

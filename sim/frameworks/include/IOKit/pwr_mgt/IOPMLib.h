@@ -2,13 +2,20 @@
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <IOKit/IOReturn.h>
+
+typedef int IOReturn;
+
+enum : IOReturn {
+  kIOReturnSuccess = 0,
+  kIOReturnBadArgument = -536870206,
+  kIOReturnNotFound = -536870160,
+};
 
 typedef uint32_t IOPMAssertionID;
 typedef uint32_t IOPMAssertionLevel;
 
 enum : IOPMAssertionID { kIOPMNullAssertionID = 0 };
-enum : IOPMAssertionLevel { kIOPMAssertionLevelOff = 0, kIOPMAssertionLevelOn = 255 };
+enum : IOPMAssertionLevel { kIOPMAssertionLevelOn = 255 };
 
 // No sleep because nobody uses the system; lid, menu and battery still send it to sleep.
 #define kIOPMAssertPreventUserIdleSystemSleep CFSTR("PreventUserIdleSystemSleep")

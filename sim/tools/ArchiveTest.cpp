@@ -1,4 +1,3 @@
-#include "sim/tools/Unpack.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "sim/demo/Lines.h"
+#include "sim/demo/StepPrinter.h"
 
 #include <gmock/gmock.h>
 

@@ -1,8 +1,9 @@
-// The socket behind one Mach service, or behind launchd's own control interface.
+// Sockets with a name in the file system: behind a Mach service, or behind launchd's own control interface.
 #pragma once
 
 #include <sys/socket.h>
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 
@@ -31,5 +32,10 @@ class ListeningSocket {
   UniqueDescriptor descriptor_;
   std::filesystem::path name_;
 };
+
+// A connection to the socket of that name; not valid, with errno set, when there is none to be had. Connecting waits
+// while the other side has as many clients as it takes, and so does sending; without `patience` for ever.
+UniqueDescriptor connectTo(const std::filesystem::path& name, int type = SOCK_STREAM,
+                           std::chrono::seconds patience = {});
 
 }  // namespace halvo::sim

@@ -1,12 +1,15 @@
-#include "sim/transport/PeerToken.h"
+#include "sim/transport/ServiceSocket.h"
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <systemd/sd-daemon.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <memory>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 namespace halvo::sim {
 namespace {
@@ -26,6 +29,19 @@ bool stillRuns(int socket) {
 }
 
 }  // namespace
+
+std::optional<int> launchSocketFor(const std::string& machServiceName) {
+  char** names = nullptr;
+  const int passed = sd_listen_fds_with_names(0, &names);
+  std::optional<int> found;
+  for (int i = 0; i < passed; ++i) {
+    const std::unique_ptr<char, decltype(&std::free)> name(names[i], &std::free);
+    const int descriptor = SD_LISTEN_FDS_START + i;
+    if (machServiceName == name.get() && sd_is_socket(descriptor, AF_UNIX, SOCK_STREAM, 1) > 0) found = descriptor;
+  }
+  std::free(names);
+  return found;
+}
 
 PeerIdentity peerIdentityOf(int socket) {
   ucred peer{};

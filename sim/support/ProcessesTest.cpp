@@ -1,4 +1,4 @@
-#include "sim/support/ProcessIdentity.h"
+#include "sim/support/Processes.h"
 
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -8,14 +8,14 @@
 namespace halvo::sim {
 namespace {
 
-TEST(ProcessIdentityTest, TheSameProcessKeepsItsVersion) {
+TEST(ProcessesTest, TheSameProcessKeepsItsVersion) {
   const auto first = processVersion(::getpid());
 
   ASSERT_TRUE(first.has_value());
   EXPECT_EQ(processVersion(::getpid()), first);
 }
 
-TEST(ProcessIdentityTest, AProgramNameCannotShiftTheFields) {
+TEST(ProcessesTest, AProgramNameCannotShiftTheFields) {
   const auto before = processVersion(::getpid());
   ASSERT_EQ(::prctl(PR_SET_NAME, ") R 1 2 (3"), 0);
 
@@ -24,11 +24,11 @@ TEST(ProcessIdentityTest, AProgramNameCannotShiftTheFields) {
   EXPECT_EQ(after, before);
 }
 
-TEST(ProcessIdentityTest, AProcessThatStartedAtAnotherTimeHasAnotherVersion) {
+TEST(ProcessesTest, AProcessThatStartedAtAnotherTimeHasAnotherVersion) {
   EXPECT_NE(processVersion(::getpid()), processVersion(1));
 }
 
-TEST(ProcessIdentityTest, AProcessThatHasGoneHasNone) {
+TEST(ProcessesTest, AProcessThatHasGoneHasNone) {
   const pid_t child = ::fork();
   if (child == 0) ::_exit(0);
   ASSERT_EQ(::waitpid(child, nullptr, 0), child);
@@ -36,7 +36,7 @@ TEST(ProcessIdentityTest, AProcessThatHasGoneHasNone) {
   EXPECT_EQ(processVersion(child), std::nullopt);
 }
 
-TEST(ProcessIdentityTest, NumbersThatNoProcessHasHaveNone) {
+TEST(ProcessesTest, NumbersThatNoProcessHasHaveNone) {
   EXPECT_EQ(processVersion(0), std::nullopt);
   EXPECT_EQ(processVersion(-1), std::nullopt);
 }
