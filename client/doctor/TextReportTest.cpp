@@ -6,19 +6,15 @@
 #include "HalvoHelper/system/ProductPaths.h"
 #include "HalvoHelperXPC/Version.h"
 #include "client/doctor/testing/HealthyMac.h"
-#include "platform/JSONObject.h"
 
 namespace halvo {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 constexpr const char* kDate = "2026-02-11 09:30:12 +0000";
 
 std::string screen(const Examination& seen) { return textReport(seen, judge(seen), kDate); }
-
-std::string json(const Examination& seen) { return jsonReport(seen, judge(seen), kDate, 1); }
 
 TEST(TextReportTest, AHealthyMacFitsAScreen) {
   EXPECT_EQ(screen(healthyMac()),
@@ -160,104 +156,6 @@ TEST(TextReportTest, WhatMayNotBeReadIsNamedWithTheWayOut) {
   EXPECT_THAT(screen(seen), HasSubstr("\nYou may not read /var/db/halvo/install-rollback, /var/log/halvo-install.log.\n"
                                       "\"sudo halvo-app doctor\" does.\n"
                                       "\nNothing is found to be wrong.\n"));
-}
-
-TEST(JSONReportTest, AHealthyMacIsOneObjectOnOneLine) {
-  EXPECT_EQ(jsonReport(healthyMac(), {}, kDate, 0),
-            R"({"schema":1,"date":"2026-02-11 09:30:12 +0000","status":0,"program_version":")" +
-                std::string(kHalvoVersion) +
-                R"(","program_protocol":6,)"
-                R"("service":{"state":"answers","explanation":"","helper_version":6,"build_abi":1,)"
-                R"("graphical_users":[501]},"right":{"before":"sound","after":"sound"},"tools":[],)"
-                R"("staging":{"sight":"absent","age_seconds":null},"parts":[)"
-                R"({"path":"/Applications/Halvo.app","sight":"present","kind":"folder","version":"1.2.0","owner":0,)"
-                R"("group":0,"mode":"755"},)"
-                R"({"path":"/Library/Audio/Plug-Ins/HAL/Halvo.driver","sight":"present","kind":"folder",)"
-                R"("version":"1.2.0","owner":0,"group":0,"mode":"755"},)"
-                R"({"path":"/Library/PrivilegedHelperTools/halvo-broker","sight":"present","kind":"file",)"
-                R"("version":null,"owner":0,"group":0,"mode":"755"},)"
-                R"({"path":"/Library/LaunchDaemons/com.halvo.broker.plist","sight":"present","kind":"file",)"
-                R"("version":null,"owner":0,"group":0,"mode":"644"},)"
-                R"({"path":"/Library/LaunchAgents/com.halvo.daemon.plist","sight":"present","kind":"file",)"
-                R"("version":null,"owner":0,"group":0,"mode":"644"},)"
-                R"({"path":"/var/db/receipts/com.halvo.pkg.plist","sight":"present","kind":"file",)"
-                R"("version":"1.2.0","owner":0,"group":0,"mode":"644"}],)"
-                R"("snapshots":{"sight":"present","newest":[{"name":"1771000000","kind":"folder",)"
-                R"("driver_version":"1.1.0","bytes":211000,"bytes_are_all":true,"age_seconds":172800,)"
-                R"("complete":true,"missing":[]}],"others":0},)"
-                R"("logs":[{"path":"/var/log/halvo-install.log","sight":"present","last_refusal":null},)"
-                R"({"path":"/var/log/halvo-uninstall.log","sight":"present","last_refusal":null}],)"
-                R"("unreadable":[],"findings":[]})"
-                "\n");
-}
-
-class MemberOfTheJSONReport : public testing::TestWithParam<LineRow> {};
-
-TEST_P(MemberOfTheJSONReport, SaysWhatWasSeen) {
-  Examination seen = healthyMac();
-  GetParam().change(seen);
-
-  EXPECT_THAT(json(seen), HasSubstr(GetParam().line));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Words, MemberOfTheJSONReport,
-    testing::Values(
-        LineRow{"Unreachable", [](Examination& seen) { seen.service.state = ServiceState::unreachable; },
-                R"("service":{"state":"unreachable")"},
-        LineRow{"Silent", [](Examination& seen) { seen.service.state = ServiceState::silent; },
-                R"("service":{"state":"silent")"},
-        LineRow{"Strange", [](Examination& seen) { seen.service.state = ServiceState::strange; },
-                R"("service":{"state":"strange")"},
-        LineRow{"RightMendedByTheHelper", [](Examination& seen) { seen.rightBefore = RightState::unsound; },
-                R"("right":{"before":"unsound","after":"sound"})"},
-        LineRow{"NoRight", [](Examination& seen) { seen.rightAfter = RightState::missing; },
-                R"("right":{"before":"sound","after":"missing"})"},
-        LineRow{"UnreadablePart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
-                R"(halvo-broker","sight":"unreadable","kind":null,"version":null,"owner":null)"},
-        LineRow{"MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::absent; },
-                R"(halvo-broker","sight":"absent","kind":null,"version":null,"owner":null)"},
-        LineRow{"LinkForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::link; },
-                R"(halvo-broker","sight":"present","kind":"link")"},
-        LineRow{"FifoForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::other; },
-                R"(halvo-broker","sight":"present","kind":"other")"},
-        LineRow{"UnknownNumbers",
-                [](Examination& seen) {
-                  seen.service.helperVersion.reset();
-                  seen.service.buildABI.reset();
-                  seen.service.graphicalUsers.reset();
-                },
-                R"("helper_version":null,"build_abi":null,"graphical_users":null})"},
-        LineRow{"UnknownTools", [](Examination& seen) { seen.tools.reset(); }, R"("tools":null)"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST(JSONReportTest, AFindingHasCodeTextAndHint) {
-  Examination seen = healthyMac();
-  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder, .age = Seconds(7)};
-
-  EXPECT_THAT(json(seen), HasSubstr(R"("staging":{"sight":"present","age_seconds":7})"));
-  EXPECT_THAT(json(seen),
-              HasSubstr(R"("findings":[{"code":"staging-left",)"
-                        R"("text":"/var/db/halvo/install-staging is left of an install.","hint":"Unless )"));
-}
-
-TEST(JSONReportTest, HostileTextsStayTexts) {
-  Examination seen = healthyMac();
-  seen.snapshots.newest[0].name = "\",\"findings\":[],\"x\":\"\xFF\n";
-  seen.logs[0].refusal = Refusal{.date = "d", .age = {}, .message = "\"}"};
-  seen.service.graphicalUsers.reset();
-
-  EXPECT_TRUE(halvoReadJSONObject(json(seen)).has_value());
-  EXPECT_THAT(json(seen), HasSubstr(R"("name":"\",\"findings\":[],\"x\":\")"));
-  EXPECT_THAT(json(seen), HasSubstr(R"("last_refusal":{"date":"d","message":"\"}","overcome":false})"));
-  EXPECT_THAT(json(seen), Not(HasSubstr("\xFF")));
-}
-
-TEST(JSONReportTest, AToolHasNumberNameAndAge) {
-  Examination seen = healthyMac();
-  seen.tools->push_back({.process = 77, .name = "dscl", .age = Seconds(5)});
-
-  EXPECT_THAT(json(seen), HasSubstr(R"("tools":[{"process":77,"name":"dscl","age_seconds":5}])"));
 }
 
 }  // namespace
