@@ -1,6 +1,5 @@
 // What installs and removals left behind or are stuck in.
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -49,38 +48,39 @@ Findings judgeTools(const Examination& seen) {
   return all;
 }
 
-// The reason code in "REFUSED untrusted package (wrong_team): ...".
-std::string reasonIn(std::string_view message) {
-  const std::size_t open = message.find('(');
-  const std::size_t close = message.find(')');
-  if (open == std::string_view::npos || close == std::string_view::npos || close < open) return {};
-  const std::string_view reason = message.substr(open + 1, close - open - 1);
-  const bool isCode = std::ranges::all_of(reason, [](char c) { return (c >= 'a' && c <= 'z') || c == '_'; });
-  return isCode ? std::string(reason) : std::string();
+std::string packageRefusal(const std::string& reason) {
+  return refusalText("untrusted_package", R"({"reason":")" + reason + "\"}", {});
+}
+
+// For what stands in the line behind the words "REFUSED untrusted package", as " (wrong_team): ...".
+std::string untrustedHint(std::string_view rest) {
+  constexpr std::string_view kBegin = " (";
+  constexpr std::string_view kOfCodes = "abcdefghijklmnopqrstuvwxyz_";
+  if (rest.starts_with(kBegin)) {
+    rest.remove_prefix(kBegin.size());
+    const std::string_view reason = rest.substr(0, rest.find(')'));
+    const bool isCode = !reason.empty() && reason.find_first_not_of(kOfCodes) == std::string_view::npos;
+    if (isCode) return packageRefusal(std::string(reason));
+  }
+  return "The package was refused and nothing was changed. Use a package from the maker.";
 }
 
 std::string hintFor(std::string_view message) {
   constexpr std::string_view kUntrusted = "REFUSED untrusted package";
-  if (message.starts_with(kUntrusted)) {
-    const std::string reason = reasonIn(message);
-    if (reason.empty()) return "The package was refused and nothing was changed. Use a package from the maker.";
-    return refusalText("untrusted_package", R"({"code":"untrusted_package","reason":")" + reason + "\"}", {});
-  }
+  if (message.starts_with(kUntrusted)) return untrustedHint(message.substr(kUntrusted.size()));
   if (message.starts_with("REFUSED: could not create staging dir")) {
     return "The helper cannot write to /var/db/halvo: the disk is full, or something else stands in its place. Put "
-           "that "
-           "right and install again.";
+           "that right and install again.";
   }
   if (message.starts_with("REFUSED")) {
-    return refusalText("untrusted_package", R"({"code":"untrusted_package","reason":"staging_failed"})", {});
+    return packageRefusal("staging_failed");
   }
   if (message.starts_with("refusing downgrade")) {
     return "A newer driver is installed than the manifest names. Use a newer package, or remove the product first.";
   }
   if (message.starts_with("installer failed")) {
     return "What had been saved was copied back. /var/log/install.log says why the installer failed; install again "
-           "once "
-           "that is put right.";
+           "once that is put right.";
   }
   return "Look what holds the parts that the line names, and remove the product again.";
 }

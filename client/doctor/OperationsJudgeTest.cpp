@@ -21,6 +21,8 @@ void refuse(LogView& log, const char* message, int daysAgo) {
       Refusal{.date = "2026-02-11 09:30:12 +0000", .age = std::chrono::hours(24 * daysAgo), .message = message};
 }
 
+auto hasCode(const char* code) { return testing::Field(&Finding::code, std::string_view(code)); }
+
 class OperationFinding : public testing::TestWithParam<DamageRow> {};
 
 TEST_P(OperationFinding, IsTheOnlyOne) { EXPECT_THAT(findingsAfter(GetParam()), ElementsAre(GetParam().finding)); }
@@ -51,6 +53,12 @@ INSTANTIATE_TEST_SUITE_P(
             "LinkForALog",
             [](Examination& seen) { seen.logs[0].item.kind = ItemKind::link; },
             {"log-kind", "/var/log/halvo-install.log is a link, not a file.",
+             "The helper's lines go astray, or where somebody else wants them. Look whose it is and remove it: the "
+             "helper makes the log again."}},
+        DamageRow{
+            "FifoForALog",
+            [](Examination& seen) { seen.logs[1].item.kind = ItemKind::other; },
+            {"log-kind", "/var/log/halvo-uninstall.log is neither file, folder nor link, not a file.",
              "The helper's lines go astray, or where somebody else wants them. Look whose it is and remove it: the "
              "helper makes the log again."}}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -118,7 +126,17 @@ INSTANTIATE_TEST_SUITE_P(
                   {}},
         DamageRow{"QuickTool", [](Examination& seen) { runFor(seen, "dscl", 59); }, {}},
         DamageRow{"OldRefusal",
-                  [](Examination& seen) { refuse(seen.logs[0], "REFUSED untrusted package (unsigned): ", 8); },
+                  [](Examination& seen) {
+                    refuse(seen.logs[0], "REFUSED untrusted package (unsigned): ", 7);
+                    *seen.logs[0].refusal->age += Seconds(1);
+                  },
+                  {}},
+        DamageRow{"NoLog", [](Examination& seen) { seen.logs[0] = {.path = seen.logs[0].path, .refusal = {}}; }, {}},
+        DamageRow{"UnreadableLog",
+                  [](Examination& seen) {
+                    seen.logs[0].sight = Sight::unreadable;
+                    seen.logs[0].item = {.sight = Sight::unreadable};
+                  },
                   {}},
         DamageRow{"RefusalThatWasOvercome",
                   [](Examination& seen) {
@@ -138,13 +156,71 @@ TEST(OperationsJudgeTest, StagingIsAFindingWhereNobodyKnowsWhatRuns) {
   EXPECT_THAT(judge(seen), SizeIs(1));
 }
 
-// Clients have a say in what stands in the brackets.
-TEST(OperationsJudgeTest, AReasonThatIsNoCodeIsNotRepeatedInTheHint) {
+TEST(OperationsJudgeTest, EachSlowToolIsAFinding) {
   Examination seen = healthyMac();
-  refuse(seen.logs[0], "REFUSED untrusted package (\"},{): X", 0);
+  runFor(seen, "dscl", 59);
+  runFor(seen, "dscl", 60);
+  runFor(seen, "installer", 700);
 
-  EXPECT_EQ(judge(seen).front().hint, "The package was refused and nothing was changed. Use a package from the maker.");
+  EXPECT_THAT(judge(seen), ElementsAre(hasCode("tool-slow"), hasCode("tool-slow")));
 }
+
+TEST(OperationsJudgeTest, EachLogIsJudged) {
+  Examination seen = healthyMac();
+  refuse(seen.logs[0], "REFUSED", 0);
+  refuse(seen.logs[1], "uninstall incomplete; leftover: /x", 0);
+
+  EXPECT_THAT(judge(seen), ElementsAre(hasCode("install-refused"), hasCode("removal-incomplete")));
+}
+
+TEST(OperationsJudgeTest, ARefusalOfUnknownAgeIsAFinding) {
+  Examination seen = healthyMac();
+  refuse(seen.logs[0], "REFUSED", 0);
+  seen.logs[0].refusal->age.reset();
+
+  EXPECT_THAT(judge(seen), ElementsAre(hasCode("install-refused")));
+}
+
+struct HintRow {
+  const char* name;
+  const char* message;
+  const char* hint;
+};
+
+class HintOfAnUntrustedPackage : public testing::TestWithParam<HintRow> {};
+
+TEST_P(HintOfAnUntrustedPackage, Is) {
+  Examination seen = healthyMac();
+  refuse(seen.logs[0], GetParam().message, 0);
+
+  EXPECT_EQ(judge(seen).front().hint, GetParam().hint);
+}
+
+constexpr const char* kWithoutReason = "The package was refused and nothing was changed. Use a package from the maker.";
+
+INSTANTIATE_TEST_SUITE_P(
+    KnownReason, HintOfAnUntrustedPackage,
+    testing::Values(HintRow{"NotSigned", "REFUSED untrusted package (unsigned): X (y)",
+                            "The package was refused and nothing was changed. The package is not signed. Use a package "
+                            "from the maker."},
+                    HintRow{"NewerThanThisProgram",
+                            "REFUSED untrusted package (the_quick_brown_fox_jumps_over_a_lazy_dog): X",
+                            "The package was refused and nothing was changed. The reason is "
+                            "the_quick_brown_fox_jumps_over_a_lazy_dog."}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+// Clients have a say in what stands in the brackets.
+INSTANTIATE_TEST_SUITE_P(
+    NoCode, HintOfAnUntrustedPackage,
+    testing::Values(HintRow{"EndOfAnObject", "REFUSED untrusted package (\"},{): X", kWithoutReason},
+                    HintRow{"Capital", "REFUSED untrusted package (Unsigned): X", kWithoutReason},
+                    HintRow{"SignBeforeTheLetters", "REFUSED untrusted package (`nsigned): X", kWithoutReason},
+                    HintRow{"SignBehindTheLetters", "REFUSED untrusted package (unsigned{): X", kWithoutReason},
+                    HintRow{"Blank", "REFUSED untrusted package (unsigned ): X", kWithoutReason},
+                    HintRow{"Nothing", "REFUSED untrusted package (): X", kWithoutReason},
+                    HintRow{"NoBrackets", "REFUSED untrusted package: unsigned", kWithoutReason},
+                    HintRow{"BracketsElsewhere", "REFUSED untrusted package: X (unsigned): Y", kWithoutReason}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace halvo
