@@ -36,9 +36,10 @@ Findings judgeService(const Examination& seen) {
   const Service& service = seen.service;
   if (service.state != ServiceState::answers) return {notAnswering(service)};
   Findings found;
-  if (!halvoHelperXPCVersionMatches(kHalvoHelperXPCVersion, service.helperVersion.value_or(0))) {
+  const std::int64_t version = service.helperVersion.value_or(0);
+  if (!halvoHelperXPCVersionMatches(kHalvoHelperXPCVersion, version)) {
     found.push_back({"helper-version",
-                     "The helper speaks version " + std::to_string(service.helperVersion.value_or(0)) +
+                     "The helper speaks version " + std::to_string(version) +
                          " of the protocol, this program version " + std::to_string(kHalvoHelperXPCVersion) + ".",
                      "Application and helper are of different versions. Put the newest application into /Applications "
                      "and open it, which registers its own helper."});

@@ -26,6 +26,12 @@ INSTANTIATE_TEST_SUITE_P(
                    "It is not registered or not allowed to start, or does not take this program for the application. "
                    "Open the Halvo application, which registers it, and allow it in System Settings, Login Items. Its "
                    "lines in the system log tell whom it refused."}},
+        DamageRow{"UnreachableWithoutExplanation",
+                  [](Examination& seen) { seen.service = {.state = ServiceState::unreachable, .explanation = {}}; },
+                  {"service-unreachable", "The helper cannot be reached.",
+                   "It is not registered or not allowed to start, or does not take this program for the application. "
+                   "Open the Halvo application, which registers it, and allow it in System Settings, Login Items. Its "
+                   "lines in the system log tell whom it refused."}},
         DamageRow{"Silent",
                   [](Examination& seen) { seen.service = {.state = ServiceState::silent, .explanation = {}}; },
                   {"service-silent", "The helper did not reply in time.",
@@ -40,6 +46,16 @@ INSTANTIATE_TEST_SUITE_P(
         DamageRow{"OlderHelper",
                   [](Examination& seen) { seen.service.helperVersion = 5; },
                   {"helper-version", "The helper speaks version 5 of the protocol, this program version 6.",
+                   "Application and helper are of different versions. Put the newest application into /Applications "
+                   "and open it, which registers its own helper."}},
+        DamageRow{"NewerHelper",
+                  [](Examination& seen) { seen.service.helperVersion = 7; },
+                  {"helper-version", "The helper speaks version 7 of the protocol, this program version 6.",
+                   "Application and helper are of different versions. Put the newest application into /Applications "
+                   "and open it, which registers its own helper."}},
+        DamageRow{"HelperWithoutVersion",
+                  [](Examination& seen) { seen.service.helperVersion.reset(); },
+                  {"helper-version", "The helper speaks version 0 of the protocol, this program version 6.",
                    "Application and helper are of different versions. Put the newest application into /Applications "
                    "and open it, which registers its own helper."}},
         DamageRow{"UnknownUsers",
@@ -72,6 +88,14 @@ TEST(JudgeTest, ARightThatTheHelperHasJustMadeIsNoFinding) {
   seen.rightBefore = RightState::missing;
 
   EXPECT_THAT(judge(seen), IsEmpty());
+}
+
+TEST(JudgeTest, ARightThatStaysUnsoundIsOneFinding) {
+  Examination seen = healthyMac();
+  seen.rightBefore = RightState::unsound;
+  seen.rightAfter = RightState::unsound;
+
+  EXPECT_THAT(judge(seen), ElementsAre(testing::Field(&Finding::code, std::string_view("right-unsound"))));
 }
 
 }  // namespace
