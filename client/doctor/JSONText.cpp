@@ -19,10 +19,10 @@ void appendControl(std::string& quoted, char c) {
 }
 
 void appendEscaped(std::string& quoted, std::string_view wellFormed) {
-  constexpr char kFirstPrintable = 0x20;
+  constexpr unsigned char kFirstPrintable = 0x20;
   for (const char c : wellFormed) {
     if (c == '"' || c == '\\') quoted += '\\';
-    const bool isControl = c >= 0 && c < kFirstPrintable;
+    const bool isControl = static_cast<unsigned char>(c) < kFirstPrintable;
     isControl ? appendControl(quoted, c) : quoted.push_back(c);
   }
 }

@@ -11,7 +11,26 @@ TEST(ShortenedTest, WhatFitsStays) { EXPECT_EQ(shortened("1.2.0", 5), "1.2.0"); 
 
 TEST(ShortenedTest, WhatDoesNotFitIsCutAndSaysSo) { EXPECT_EQ(shortened("1.2.0.7", 5), "1.2.0..."); }
 
-TEST(ShortenedTest, ACharacterIsNotCutInTwo) { EXPECT_EQ(shortened("a\u00E4\u00E4", 4), "a\u00E4..."); }
+struct CutRow {
+  const char* name;
+  const char* text;
+  std::size_t most;
+};
+
+class CutCharacter : public testing::TestWithParam<CutRow> {};
+
+TEST_P(CutCharacter, IsLeftOutAsAWhole) { EXPECT_EQ(shortened(GetParam().text, GetParam().most), "1.\u00E4..."); }
+
+INSTANTIATE_TEST_SUITE_P(Table, CutCharacter,
+                         testing::Values(CutRow{"LetterBehind", "1.\u00E4z", 4}, CutRow{"Umlaut", "1.\u00E4\u00E4", 5},
+                                         CutRow{"FirstOfTwoBytes", "1.\u00E4\u00C0", 5},
+                                         CutRow{"OddOne", "1.\u00E4\u00C1", 5},
+                                         CutRow{"LastOfTwoBytes", "1.\u00E4\u07FF", 5},
+                                         CutRow{"EuroAfterOneByte", "1.\u00E4\u20AC", 5},
+                                         CutRow{"EuroAfterTwoBytes", "1.\u00E4\u20AC", 6},
+                                         CutRow{"FaceAfterOneByte", "1.\u00E4\U0001F600", 5},
+                                         CutRow{"FaceAfterThreeBytes", "1.\u00E4\U0001F600", 7}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST(ShortenedTest, BytesThatContinueNothingAreCutAsWell) { EXPECT_EQ(shortened("\x80\x80\x80", 2), "..."); }
 
@@ -45,9 +64,11 @@ TEST_P(SizeText, IsInTheUnitThatSuits) { EXPECT_EQ(sizeText(GetParam().bytes), G
 
 INSTANTIATE_TEST_SUITE_P(Table, SizeText,
                          testing::Values(SizeRow{"Nothing", 0, "0 B"}, SizeRow{"Bytes", 999, "999 B"},
-                                         SizeRow{"Thousand", 1000, "1 KB"},
+                                         SizeRow{"Thousand", 1000, "1 KB"}, SizeRow{"TwoThousandLessOne", 1999, "1 KB"},
                                          SizeRow{"MillionLessOne", 999'999, "999 KB"},
-                                         SizeRow{"Million", 1'000'000, "1 MB"}),
+                                         SizeRow{"Million", 1'000'000, "1 MB"},
+                                         SizeRow{"TwoMillionsLessOne", 1'999'999, "1 MB"},
+                                         SizeRow{"Milliard", 1'000'000'000, "1000 MB"}),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(OwnerTextTest, NamesThoseThatAreTheSameOnEveryMac) {
@@ -61,15 +82,37 @@ TEST(ModeTextTest, IsOctalWithTheSpecialBitsWhereThereAreAny) {
   EXPECT_EQ(modeText(0755), "755");
   EXPECT_EQ(modeText(0), "000");
   EXPECT_EQ(modeText(04755), "4755");
+  EXPECT_EQ(modeText(01000), "1000");
+  EXPECT_EQ(modeText(0123), "123");
+  EXPECT_EQ(modeText(07654), "7654");
 }
 
 TEST(WrappedTest, AShortTextIsOneLine) { EXPECT_EQ(wrapped("Install again.", "! ", "  "), "! Install again.\n"); }
 
+TEST(WrappedTest, NoTextIsTheMarkAlone) { EXPECT_EQ(wrapped("", "!", "  "), "!\n"); }
+
+TEST(WrappedTest, BlanksWithinALineStay) { EXPECT_EQ(wrapped(" a  b", "", ""), " a  b\n"); }
+
 TEST(WrappedTest, LinesHaveEightyCharactersAtMost) {
-  EXPECT_EQ(wrapped("1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 12345 12", "", ""),
-            "1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890\n12345 12\n");
+  EXPECT_EQ(wrapped("1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234 12", "", ""),
+            "1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890\n1234 12\n");
   EXPECT_EQ(wrapped("1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 123 12", "", ""),
             "1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 123\n12\n");
+}
+
+TEST(WrappedTest, MarkAndIndentAreOfTheEighty) {
+  const std::string word(74, 'x');
+
+  EXPECT_EQ(wrapped(word + " abc " + word + " abc " + word + " abcd", "! ", "  "),
+            "! " + word + " abc\n  " + word + " abc\n  " + word + "\n  abcd\n");
+}
+
+TEST(WrappedTest, CharactersCountAndNotBytes) {
+  EXPECT_EQ(wrapped("\u00E4\u00C1\u20AC4567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 "
+                    "\u00E4\u00C1\u20AC 12",
+                    "", ""),
+            "\u00E4\u00C1\u20AC4567890 1234567890 1234567890 1234567890 1234567890 1234567890 1234567890 "
+            "\u00E4\u00C1\u20AC\n12\n");
 }
 
 TEST(WrappedTest, AWordThatIsTooLongHasALineOfItsOwn) {
