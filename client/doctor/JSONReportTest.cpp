@@ -13,6 +13,8 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
+using Users = std::vector<std::int64_t>;
+
 constexpr const char* kDate = "2026-02-11 09:30:12 +0000";
 
 std::string json(const Examination& seen) { return jsonReport(seen, judge(seen), kDate, 1); }
@@ -70,14 +72,37 @@ INSTANTIATE_TEST_SUITE_P(
                   R"("service":{"state":"silent")"},
         MemberRow{"Strange", [](Examination& seen) { seen.service.state = ServiceState::strange; },
                   R"("service":{"state":"strange")"},
+        MemberRow{"Explanation",
+                  [](Examination& seen) { seen.service = {.state = ServiceState::strange, .explanation = "hello"}; },
+                  R"("service":{"state":"strange","explanation":"hello","helper_version":null)"},
+        MemberRow{"SeveralUsers",
+                  [](Examination& seen) {
+                    seen.service.graphicalUsers = Users{501, 502};
+                  },
+                  R"("graphical_users":[501,502])"},
+        MemberRow{"NoUsers", [](Examination& seen) { seen.service.graphicalUsers->clear(); },
+                  R"("graphical_users":[])"},
         MemberRow{"RightMendedByTheHelper", [](Examination& seen) { seen.rightBefore = RightState::unsound; },
                   R"("right":{"before":"unsound","after":"sound"})"},
         MemberRow{"NoRight", [](Examination& seen) { seen.rightAfter = RightState::missing; },
                   R"("right":{"before":"sound","after":"missing"})"},
-        MemberRow{"UnreadablePart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
-                  R"(halvo-broker","sight":"unreadable","kind":null,"version":null,"owner":null)"},
-        MemberRow{"MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::absent; },
-                  R"(halvo-broker","sight":"absent","kind":null,"version":null,"owner":null)"},
+        MemberRow{"UnsoundRight", [](Examination& seen) { seen.rightAfter = RightState::unsound; },
+                  R"("right":{"before":"sound","after":"unsound"})"},
+        MemberRow{"OwnerAndMode",
+                  [](Examination& seen) {
+                    partAt(seen, kBrokerPath).item = {
+                        .sight = Sight::present, .kind = ItemKind::file, .owner = 501, .group = 20, .mode = 04700};
+                  },
+                  R"("kind":"file","version":null,"owner":501,"group":20,"mode":"4700"})"},
+        MemberRow{"UnreadableVersion",
+                  [](Examination& seen) { partAt(seen, kDriverBundlePath).versionSight = Sight::unreadable; },
+                  R"(Halvo.driver","sight":"present","kind":"folder","version":null,"owner":0)"},
+        MemberRow{
+            "UnreadablePart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
+            R"(halvo-broker","sight":"unreadable","kind":null,"version":null,"owner":null,"group":null,"mode":null})"},
+        MemberRow{
+            "MissingPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::absent; },
+            R"(halvo-broker","sight":"absent","kind":null,"version":null,"owner":null,"group":null,"mode":null})"},
         MemberRow{"LinkForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::link; },
                   R"(halvo-broker","sight":"present","kind":"link")"},
         MemberRow{"FifoForAPart", [](Examination& seen) { partAt(seen, kBrokerPath).item.kind = ItemKind::other; },
@@ -89,6 +114,44 @@ INSTANTIATE_TEST_SUITE_P(
                     seen.service.graphicalUsers.reset();
                   },
                   R"("helper_version":null,"build_abi":null,"graphical_users":null})"},
+        MemberRow{"UnreadableStaging", [](Examination& seen) { seen.staging.sight = Sight::unreadable; },
+                  R"("staging":{"sight":"unreadable","age_seconds":null})"},
+        MemberRow{"PartialSnapshot",
+                  [](Examination& seen) {
+                    seen.snapshots.newest[0].missing = {"Halvo.driver", "halvo-broker"};
+                  },
+                  R"("complete":false,"missing":["Halvo.driver","halvo-broker"]}],"others":0})"},
+        MemberRow{"LinkForASnapshot", [](Examination& seen) { seen.snapshots.newest[0].item.kind = ItemKind::link; },
+                  R"("age_seconds":172800,"complete":false,"missing":[])"},
+        MemberRow{"DamagedSnapshot", [](Examination& seen) { seen.snapshots.newest[0].driverSight = Sight::absent; },
+                  R"("driver_version":null,"bytes":211000)"},
+        MemberRow{"EndlessSnapshot", [](Examination& seen) { seen.snapshots.newest[0].bytesAreAll = false; },
+                  R"("bytes":211000,"bytes_are_all":false)"},
+        MemberRow{"SnapshotOfTheFuture", [](Examination& seen) { seen.snapshots.newest[0].item.age = Seconds(-3); },
+                  R"("age_seconds":-3,"complete":true)"},
+        MemberRow{"SeveralSnapshots",
+                  [](Examination& seen) {
+                    seen.snapshots.newest.push_back(seen.snapshots.newest[0]);
+                    seen.snapshots.newest[1].name = "1770000000";
+                    seen.snapshots.others = 3;
+                  },
+                  R"("missing":[]},{"name":"1770000000","kind":"folder","driver_version":"1.1.0","bytes":211000,)"
+                  R"("bytes_are_all":true,"age_seconds":172800,"complete":true,"missing":[]}],"others":3})"},
+        MemberRow{"NoSnapshots", [](Examination& seen) { seen.snapshots = {}; },
+                  R"("snapshots":{"sight":"absent","newest":[],"others":0})"},
+        MemberRow{"NoLog", [](Examination& seen) { seen.logs[0].sight = Sight::absent; },
+                  R"({"path":"/var/log/halvo-install.log","sight":"absent","last_refusal":null})"},
+        MemberRow{"OvercomeRefusal",
+                  [](Examination& seen) {
+                    seen.logs[0].refusal = Refusal{.date = kDate, .age = {}, .message = "REFUSED", .overcome = true};
+                  },
+                  R"("last_refusal":{"date":"2026-02-11 09:30:12 +0000","message":"REFUSED","overcome":true})"},
+        MemberRow{"UnreadablePlaces",
+                  [](Examination& seen) {
+                    seen.snapshots.sight = Sight::unreadable;
+                    seen.logs[0].sight = Sight::unreadable;
+                  },
+                  R"("unreadable":["/var/db/halvo/install-rollback","/var/log/halvo-install.log"])"},
         MemberRow{"UnknownTools", [](Examination& seen) { seen.tools.reset(); }, R"("tools":null)"}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -100,6 +163,16 @@ TEST(JSONReportTest, AFindingHasCodeTextAndHint) {
   EXPECT_THAT(json(seen),
               HasSubstr(R"("findings":[{"code":"staging-left",)"
                         R"("text":"/var/db/halvo/install-staging is left of an install.","hint":"Unless )"));
+}
+
+TEST(JSONReportTest, SeveralFindingsAreInTheirOrder) {
+  EXPECT_THAT(jsonReport(healthyMac(), {{"b", "first", "x"}, {"a", "second", "y"}}, kDate, 1),
+              HasSubstr(R"("findings":[{"code":"b","text":"first","hint":"x"},)"
+                        R"({"code":"a","text":"second","hint":"y"}]})"));
+}
+
+TEST(JSONReportTest, TheStatusIsThatOfTheProcess) {
+  EXPECT_THAT(jsonReport(healthyMac(), {}, kDate, 4), HasSubstr(R"("status":4,)"));
 }
 
 TEST(JSONReportTest, HostileTextsStayTexts) {

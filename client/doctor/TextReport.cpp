@@ -84,7 +84,7 @@ std::string toolsLine(const std::optional<std::vector<Tool>>& tools) {
   if (tools->empty()) return "none of the helper's runs";
   std::string list;
   for (std::size_t i = 0; i < std::min(kShown, tools->size()); ++i) {
-    list += (i == 0 ? "" : ", ") + safe((*tools)[i].name, 16) + " for " + ageText((*tools)[i].age);
+    list += (i == 0 ? "" : ", ") + (*tools)[i].name + " for " + ageText((*tools)[i].age);
   }
   return tools->size() > kShown ? list + ", ..." : list;
 }

@@ -12,6 +12,8 @@ namespace {
 
 using testing::HasSubstr;
 
+using Users = std::vector<std::int64_t>;
+
 constexpr const char* kDate = "2026-02-11 09:30:12 +0000";
 
 std::string screen(const Examination& seen) { return textReport(seen, judge(seen), kDate); }
@@ -45,6 +47,16 @@ TEST(TextReportTest, AHealthyMacFitsAScreen) {
                 "Nothing is found to be wrong.\n");
 }
 
+Tool runningFor(int seconds) { return {.process = 1, .name = "dscl", .age = Seconds(seconds)}; }
+
+TEST(TextReportTest, AnAnswerWithoutBuildABISaysSo) {
+  Examination seen = healthyMac();
+  seen.service.helperVersion.reset();
+  seen.service.buildABI.reset();
+
+  EXPECT_THAT(screen(seen), HasSubstr("\nService    answers: protocol 0, build ABI unknown; halvo-app "));
+}
+
 struct LineRow {
   const char* name;
   void (*change)(Examination& seen);
@@ -71,6 +83,19 @@ INSTANTIATE_TEST_SUITE_P(
                 "Service    replies what this program does not know"},
         LineRow{"NoUsers", [](Examination& seen) { seen.service.graphicalUsers->clear(); },
                 "Users      none has a graphical session"},
+        LineRow{"SeveralUsers",
+                [](Examination& seen) {
+                  seen.service.graphicalUsers = Users{501, 502, 503};
+                },
+                "Users      501, 502, 503 with a graphical session"},
+        LineRow{
+            "UsersThatFit",
+            [](Examination& seen) { seen.service.graphicalUsers = Users{501, 502, 503, 504, 505, 506, 507, 50800}; },
+            "Users      501, 502, 503, 504, 505, 506, 507, 50800 with a graphical session"},
+        LineRow{
+            "TooManyUsers",
+            [](Examination& seen) { seen.service.graphicalUsers = Users{501, 502, 503, 504, 505, 506, 507, 508000}; },
+            "Users      501, 502, 503, 504, 505, 506, 507, 50800... with a graphical session"},
         LineRow{"UnknownUsers", [](Examination& seen) { seen.service.graphicalUsers.reset(); }, "Users      unknown"},
         LineRow{"Unsound", [](Examination& seen) { seen.rightAfter = RightState::unsound; },
                 "Right      com.halvo.helper.manage-system: not as the helper writes it"},
@@ -82,6 +107,16 @@ INSTANTIATE_TEST_SUITE_P(
                   seen.tools->push_back({.process = 2, .name = "dscl", .age = Seconds(6)});
                 },
                 "Tools      installer for 5 s, dscl for 6 s"},
+        LineRow{"ThreeTools",
+                [](Examination& seen) {
+                  seen.tools = std::vector<Tool>{runningFor(5), runningFor(6), runningFor(7)};
+                },
+                "Tools      dscl for 5 s, dscl for 6 s, dscl for 7 s"},
+        LineRow{"FourTools",
+                [](Examination& seen) {
+                  seen.tools = std::vector<Tool>{runningFor(5), runningFor(6), runningFor(7), runningFor(8)};
+                },
+                "Tools      dscl for 5 s, dscl for 6 s, dscl for 7 s, ..."},
         LineRow{"UnknownTools", [](Examination& seen) { seen.tools.reset(); }, "Tools      unknown"},
         LineRow{"Staging", [](Examination& seen) { seen.staging = {.sight = Sight::present, .age = Seconds(180)}; },
                 "Staging    there since 3 min"},
@@ -98,6 +133,20 @@ INSTANTIATE_TEST_SUITE_P(
                 "/Library/PrivilegedHelperTools/halvo-broker      a link"},
         LineRow{"UnreadablePart", [](Examination& seen) { partAt(seen, kBrokerPath).item.sight = Sight::unreadable; },
                 "/Library/PrivilegedHelperTools/halvo-broker      unreadable"},
+        LineRow{"UnreadableVersion",
+                [](Examination& seen) { partAt(seen, kDriverBundlePath).versionSight = Sight::unreadable; },
+                "/Library/Audio/Plug-Ins/HAL/Halvo.driver         unreadable   root:wheel   755"},
+        LineRow{"OwnerAndMode",
+                [](Examination& seen) {
+                  partAt(seen, kBrokerPath).item = {
+                      .sight = Sight::present, .kind = ItemKind::file, .owner = 501, .group = 20, .mode = 04700};
+                },
+                "/Library/PrivilegedHelperTools/halvo-broker      -            501:staff    4700"},
+        LineRow{"VersionThatFits", [](Examination& seen) { partAt(seen, kDriverBundlePath).version = "1.2.345678"; },
+                "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1.2.345678   root:wheel   755"},
+        LineRow{"VersionThatIsTooLong",
+                [](Examination& seen) { partAt(seen, kDriverBundlePath).version = "1.2.3456789"; },
+                "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1.2.345678... root:wheel   755"},
         LineRow{"HostileVersion",
                 [](Examination& seen) { partAt(seen, kDriverBundlePath).version = "1\n\x1B[2Jxxxxxxx"; },
                 "/Library/Audio/Plug-Ins/HAL/Halvo.driver         1\\012\\033[... root:wheel   755"},
@@ -109,10 +158,35 @@ INSTANTIATE_TEST_SUITE_P(
                 "1771000000              -          211 KB   2 days    none: a first install"},
         LineRow{"PartialSnapshot", [](Examination& seen) { seen.snapshots.newest[0].missing = {"a"}; },
                 "1771000000              1.1.0      211 KB   2 days    3 of 4 parts"},
+        LineRow{"LinkForASnapshot", [](Examination& seen) { seen.snapshots.newest[0].item.kind = ItemKind::link; },
+                "1771000000              1.1.0      211 KB   2 days    no snapshot"},
+        LineRow{"UnreadableDriverOfASnapshot",
+                [](Examination& seen) { seen.snapshots.newest[0].driverSight = Sight::unreadable; },
+                "1771000000              unreadable 211 KB   2 days    complete"},
+        LineRow{"NameThatFits", [](Examination& seen) { seen.snapshots.newest[0].name = "12345678901234567890"; },
+                "12345678901234567890    1.1.0      211 KB   2 days    complete"},
+        LineRow{"NameThatIsTooLong", [](Examination& seen) { seen.snapshots.newest[0].name = "123456789012345678901"; },
+                "12345678901234567890... 1.1.0      211 KB   2 days    complete"},
+        LineRow{"HostileName", [](Examination& seen) { seen.snapshots.newest[0].name = "\x1B[2J"; },
+                "\\033[2J                 1.1.0      211 KB   2 days    complete"},
+        LineRow{"SecondSnapshot",
+                [](Examination& seen) {
+                  seen.snapshots.newest.push_back(seen.snapshots.newest[0]);
+                  seen.snapshots.newest[1].name = "1770000000";
+                },
+                "1771000000              1.1.0      211 KB   2 days    complete\n"
+                "1770000000              1.1.0      211 KB   2 days    complete"},
         LineRow{"NoSnapshots", [](Examination& seen) { seen.snapshots.newest.clear(); }, "none"},
         LineRow{"UnreadableSnapshots",
                 [](Examination& seen) { seen.snapshots = {.sight = Sight::unreadable, .newest = {}}; }, "unreadable"},
         LineRow{"OtherSnapshots", [](Examination& seen) { seen.snapshots.others = 3; }, "and 3 more"},
+        LineRow{"OneOtherSnapshot", [](Examination& seen) { seen.snapshots.others = 1; }, "and 1 more"},
+        LineRow{"SizeAsWideAsItsColumn",
+                [](Examination& seen) {
+                  seen.snapshots.newest[0].bytes = 2000;
+                  seen.snapshots.newest[0].bytesAreAll = false;
+                },
+                "1771000000              1.1.0      over 2 KB 2 days    complete"},
         LineRow{"EndlessSnapshot", [](Examination& seen) { seen.snapshots.newest[0].bytesAreAll = false; },
                 "1771000000              1.1.0      over 211 KB 2 days    complete"},
         LineRow{"NoLog", [](Examination& seen) { seen.logs[0].sight = Sight::absent; },
@@ -125,38 +199,20 @@ INSTANTIATE_TEST_SUITE_P(
                       Refusal{.date = kDate, .age = {}, .message = "REFUSED: \x1B[2J", .overcome = true};
                 },
                 "/var/log/halvo-install.log        2026-02-11 09:30:12 +0000, and success since\n"
-                "  REFUSED: \\033[2J"}),
+                "  REFUSED: \\033[2J"},
+        LineRow{"MessageThatFits",
+                [](Examination& seen) {
+                  seen.logs[1].refusal = Refusal{.date = kDate, .age = {}, .message = std::string(74, 'x')};
+                },
+                "/var/log/halvo-uninstall.log      2026-02-11 09:30:12 +0000\n"
+                "  xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"},
+        LineRow{"MessageThatIsTooLong",
+                [](Examination& seen) {
+                  seen.logs[1].refusal = Refusal{.date = kDate, .age = {}, .message = std::string(75, 'x')};
+                },
+                "/var/log/halvo-uninstall.log      2026-02-11 09:30:12 +0000\n"
+                "  xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx..."}),
     [](const auto& row) { return std::string(row.param.name); });
-
-TEST(TextReportTest, AFindingAndItsHintAreWrapped) {
-  Examination seen = healthyMac();
-  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder};
-
-  EXPECT_THAT(screen(seen),
-              HasSubstr("\n1 finding:\n"
-                        "! /var/db/halvo/install-staging is left of an install.\n"
-                        "    Unless an install runs at this moment, one was broken off. The next install\n"
-                        "    clears it away and may be refused once for it (staging_failed): install, and\n"
-                        "    once more if need be.\n"));
-}
-
-TEST(TextReportTest, SeveralFindingsAreCounted) {
-  Examination seen = healthyMac();
-  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder};
-  seen.service.graphicalUsers.reset();
-
-  EXPECT_THAT(screen(seen), HasSubstr("\n2 findings:\n! The helper did not tell"));
-}
-
-TEST(TextReportTest, WhatMayNotBeReadIsNamedWithTheWayOut) {
-  Examination seen = healthyMac();
-  seen.snapshots = {.sight = Sight::unreadable, .newest = {}};
-  seen.logs[0].sight = Sight::unreadable;
-
-  EXPECT_THAT(screen(seen), HasSubstr("\nYou may not read /var/db/halvo/install-rollback, /var/log/halvo-install.log.\n"
-                                      "\"sudo halvo-app doctor\" does.\n"
-                                      "\nNothing is found to be wrong.\n"));
-}
 
 }  // namespace
 }  // namespace halvo
