@@ -55,6 +55,18 @@ INSTANTIATE_TEST_SUITE_P(
                   [](Examination& seen) { partAt(seen, kBrokerPath).item.mode = 0777; },
                   {"part-mode", "/Library/PrivilegedHelperTools/halvo-broker has mode 777, not 755.",
                    "Others than root can change what runs with the system's rights. Install the package again."}},
+        DamageRow{"ForTheGroupToChange",
+                  [](Examination& seen) { partAt(seen, kBrokerPath).item.mode = 0775; },
+                  {"part-mode", "/Library/PrivilegedHelperTools/halvo-broker has mode 775, not 755.",
+                   "Others than root can change what runs with the system's rights. Install the package again."}},
+        DamageRow{"ForAllButTheGroupToChange",
+                  [](Examination& seen) { partAt(seen, kBrokerPath).item.mode = 0706; },
+                  {"part-mode", "/Library/PrivilegedHelperTools/halvo-broker has mode 706, not 755.",
+                   "Others than root can change what runs with the system's rights. Install the package again."}},
+        DamageRow{"ForOthersToRunOnly",
+                  [](Examination& seen) { partAt(seen, kBrokerPath).item.mode = 0711; },
+                  {"part-mode", "/Library/PrivilegedHelperTools/halvo-broker has mode 711, not 755.",
+                   "Who needs it may not be able to use it. Install the package again."}},
         DamageRow{"TooNarrow",
                   [](Examination& seen) { partAt(seen, kDaemonPlistPath).item.mode = 0600; },
                   {"part-mode", "/Library/LaunchAgents/com.halvo.daemon.plist has mode 600, not 644.",
@@ -67,6 +79,26 @@ INSTANTIATE_TEST_SUITE_P(
         DamageRow{"WithoutVersion",
                   [](Examination& seen) { partAt(seen, kDriverBundlePath).versionSight = Sight::absent; },
                   {"part-version", "/Library/Audio/Plug-Ins/HAL/Halvo.driver has no version that can be read.",
+                   "Its property list is missing or damaged, so that the versions of packages cannot be compared with "
+                   "it. Install the package again."}},
+        DamageRow{"ApplicationThatIsALink",
+                  [](Examination& seen) { partAt(seen, kApplicationPath).item.kind = ItemKind::link; },
+                  {"part-kind", "/Applications/Halvo.app is a link, not a folder.",
+                   "Nobody but the product should put something there, and this may lead elsewhere. Look whose it is "
+                   "and remove it. Put a fresh Halvo.app into /Applications."}},
+        DamageRow{"FolderInPlaceOfAFile",
+                  [](Examination& seen) { partAt(seen, kBrokerPlistPath).item.kind = ItemKind::folder; },
+                  {"part-kind", "/Library/LaunchDaemons/com.halvo.broker.plist is a folder, not a file.",
+                   "Nobody but the product should put something there, and this may lead elsewhere. Look whose it is "
+                   "and remove it. Install the package again."}},
+        DamageRow{"ApplicationWithoutVersion",
+                  [](Examination& seen) { partAt(seen, kApplicationPath).versionSight = Sight::absent; },
+                  {"part-version", "/Applications/Halvo.app has no version that can be read.",
+                   "Its property list is missing or damaged, so that the versions of packages cannot be compared with "
+                   "it. Put a fresh Halvo.app into /Applications."}},
+        DamageRow{"RecordWithoutVersion",
+                  [](Examination& seen) { partAt(seen, kPackageReceiptPath).versionSight = Sight::absent; },
+                  {"part-version", "/var/db/receipts/com.halvo.pkg.plist has no version that can be read.",
                    "Its property list is missing or damaged, so that the versions of packages cannot be compared with "
                    "it. Install the package again."}},
         DamageRow{"WithoutRecord",
@@ -90,6 +122,12 @@ INSTANTIATE_TEST_SUITE_P(
                   {}},
         DamageRow{
             "Unreadable", [](Examination& seen) { partAt(seen, kBrokerPath).item = {.sight = Sight::unreadable}; }, {}},
+        DamageRow{"UnreadableRecord",
+                  [](Examination& seen) { partAt(seen, kPackageReceiptPath).item = {.sight = Sight::unreadable}; },
+                  {}},
+        DamageRow{"UnreadableApplication",
+                  [](Examination& seen) { partAt(seen, kApplicationPath).item = {.sight = Sight::unreadable}; },
+                  {}},
         DamageRow{"UnreadableVersion",
                   [](Examination& seen) { partAt(seen, kDriverBundlePath).versionSight = Sight::unreadable; },
                   {}}),
@@ -104,6 +142,33 @@ TEST(PartsJudgeTest, WithoutAnyPartOneFindingSpeaksForAll) {
               ElementsAre(Finding{"nothing-installed", "None of the product's system parts is installed.",
                                   "Without them there is no audio device. Install the package: \"halvo-app install "
                                   "PACKAGE --manifest FILE\"."}));
+}
+
+TEST(PartsJudgeTest, OfASinglePartTheOthersAreMissing) {
+  Examination seen = healthyMac();
+  partAt(seen, kDriverBundlePath).item = {};
+  partAt(seen, kBrokerPath).item = {};
+  partAt(seen, kBrokerPlistPath).item = {};
+  partAt(seen, kDaemonPlistPath).item = {.sight = Sight::unreadable};
+
+  EXPECT_THAT(judge(seen), ElementsAre(hasCode("part-missing"), hasCode("part-missing"), hasCode("part-missing")));
+}
+
+TEST(PartsJudgeTest, OwnerAndModeAreTwoFindings) {
+  Examination seen = healthyMac();
+  partAt(seen, kBrokerPath).item.owner = 501;
+  partAt(seen, kBrokerPath).item.mode = 0777;
+
+  EXPECT_THAT(judge(seen), ElementsAre(hasCode("part-owner"), hasCode("part-mode")));
+}
+
+// Owner, mode and version of a link say nothing about what it leads to.
+TEST(PartsJudgeTest, WhatIsOfTheWrongKindIsJudgedNoFurther) {
+  Examination seen = healthyMac();
+  partAt(seen, kDriverBundlePath).item = {.sight = Sight::present, .kind = ItemKind::link, .owner = 501, .mode = 0777};
+  partAt(seen, kDriverBundlePath).versionSight = Sight::absent;
+
+  EXPECT_THAT(judge(seen), ElementsAre(hasCode("part-kind")));
 }
 
 TEST(PartsJudgeTest, ARecordOfNothingIsAFinding) {
