@@ -119,6 +119,7 @@ TEST(WrappedTest, AWordThatIsTooLongHasALineOfItsOwn) {
   const std::string word(90, 'x');
 
   EXPECT_EQ(wrapped("see " + word + " first", "!", " "), "!see\n " + word + "\n first\n");
+  EXPECT_EQ(wrapped(word + " first", "!", " "), "!" + word + "\n first\n");
 }
 
 }  // namespace

@@ -46,12 +46,9 @@ TEST(TextReportFindingsTest, AFindingIsMadeVisible) {
               HasSubstr("\n1 finding:\n! text\\012\\033\n    hint\\012\\033\n"));
 }
 
-TEST(TextReportFindingsTest, SeveralFindingsAreCounted) {
-  Examination seen = healthyMac();
-  seen.staging = {.sight = Sight::present, .kind = ItemKind::folder};
-  seen.service.graphicalUsers.reset();
-
-  EXPECT_THAT(screen(seen), HasSubstr("\n2 findings:\n! The helper did not tell"));
+TEST(TextReportFindingsTest, SeveralFindingsAreCountedAndInTheirOrder) {
+  EXPECT_THAT(textReport(healthyMac(), {{"b", "First.", "Do this."}, {"a", "Second.", "Do that."}}, kDate),
+              testing::EndsWith("\n2 findings:\n! First.\n    Do this.\n! Second.\n    Do that.\n"));
 }
 
 struct NameRow {
