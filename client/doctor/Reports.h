@@ -9,7 +9,8 @@
 
 namespace halvo {
 
-// Lines of at most 80 characters; every text that comes from elsewhere is made visible.
+// Lines of at most 80 characters while numbers are of a usual size; every text that comes from elsewhere is made
+// visible.
 [[nodiscard]] std::string textReport(const Examination& seen, const Findings& findings, std::string_view date);
 
 // One JSON object on one line, as docs/doctor.md describes it; `status` is that of the process.
