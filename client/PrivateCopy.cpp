@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <filesystem>
@@ -11,6 +10,7 @@
 #include <system_error>
 #include <utility>
 
+#include "HalvoHelper/system/UniqueDescriptor.h"
 #include "client/InputFile.h"
 #include "client/InterruptHandling.h"
 #include "client/VisibleText.h"
@@ -25,8 +25,11 @@ constexpr std::size_t kPiece = std::size_t{1024} * 1024;
 int writeWhole(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno != EINTR) return errno;
-    if (count > 0) bytes.remove_prefix(static_cast<std::size_t>(count));
+    if (count >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      return errno;
+    }
   }
   return 0;
 }
@@ -47,7 +50,7 @@ int copyWhole(InputFile& from, int to) {
 }  // namespace
 
 PrivateCopy::PrivateCopy(const std::string& package, const std::string& temporaryFolder)
-    : folder_(temporaryFolder + "/halvo-app.XXXXXX") {
+    : folder_((std::filesystem::path(temporaryFolder) / "halvo-app.XXXXXX").string()) {
   // Before the folder exists: mkdtemp puts its name here first, so that no moment is left in which a signal ends the
   // process and the folder stays.
   removeOnInterrupt(nullptr, folder_.c_str());
@@ -61,8 +64,9 @@ PrivateCopy::PrivateCopy(const std::string& package, const std::string& temporar
 }
 
 PrivateCopy::~PrivateCopy() {
-  if (!file_.empty()) ::unlink(file_.c_str());
-  if (!folder_.empty()) ::rmdir(folder_.c_str());
+  // What was not made has no path, and that removes nothing.
+  ::unlink(file_.c_str());
+  ::rmdir(folder_.c_str());
   removeOnInterrupt(nullptr, nullptr);
 }
 
@@ -74,15 +78,14 @@ bool PrivateCopy::fillFrom(const std::string& package) {
     return false;
   }
   constexpr mode_t kOwnerOnly = 0600;
-  const int to = ::open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly);
-  if (to < 0) {
+  UniqueDescriptor to(::open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kOwnerOnly));
+  if (!to.valid()) {
     error_ = errno;
     return false;
   }
-  error_ = copyWhole(from, to);
+  error_ = copyWhole(from, to.get());
   // A file system may report a full disk only now.
-  const bool closed = ::close(to) == 0;
-  if (error_ == 0 && !closed) error_ = errno;
+  if (!to.close() && error_ == 0) error_ = errno;
   return error_ == 0;
 }
 
@@ -97,11 +100,10 @@ std::variant<std::unique_ptr<const PrivateCopy>, NoPrivateCopy> PrivateCopy::of(
 }
 
 std::string userTemporaryFolder() {
-  std::array<char, 1024> path{};
-  const std::size_t length = ::confstr(_CS_DARWIN_USER_TEMP_DIR, path.data(), path.size());
-  if (length == 0 || length > path.size()) return "/tmp";
-  std::string folder(path.data());
-  while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
+  std::string folder(::confstr(_CS_DARWIN_USER_TEMP_DIR, nullptr, 0), '\0');
+  if (folder.empty()) return "/tmp";
+  ::confstr(_CS_DARWIN_USER_TEMP_DIR, folder.data(), folder.size());
+  folder.pop_back();  // the NUL
   return folder;
 }
 

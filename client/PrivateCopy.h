@@ -38,7 +38,7 @@ class PrivateCopy {
   int error_ = 0;
 };
 
-// The user's own, which nobody else but root enters (_CS_DARWIN_USER_TEMP_DIR).
+// The user's own, which nobody else but root enters (_CS_DARWIN_USER_TEMP_DIR); /tmp where the system names none.
 [[nodiscard]] std::string userTemporaryFolder();
 
 }  // namespace halvo
