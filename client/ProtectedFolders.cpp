@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <filesystem>
 #include <system_error>
 
@@ -12,11 +13,9 @@ namespace {
 constexpr std::string_view kData = "/system/volumes/data/";
 constexpr std::array<std::string_view, 3> kKept = {"downloads", "desktop", "documents"};
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 std::string lower(std::string_view text) {
   std::string result(text);
-  std::ranges::transform(result, result.begin(), [](char c) { return lower(c); });
+  std::ranges::transform(result, result.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   return result;
 }
 
@@ -42,10 +41,10 @@ bool isKeptFromDaemons(std::string_view realPath) {
 
 bool liesWhereDaemonsMayNotRead(const std::string& path) {
   std::error_code error;
-  const auto absolute = std::filesystem::absolute(path, error).lexically_normal();
-  const auto folder = (error ? std::filesystem::path(path) : absolute).parent_path();
+  const auto folder = std::filesystem::absolute(path, error).parent_path();
+  // Before any ".." is taken out of the text: behind a link it leads elsewhere.
   const auto real = std::filesystem::canonical(folder, error);
-  return isKeptFromDaemons((error ? folder : real).string());
+  return isKeptFromDaemons((error ? folder.lexically_normal() : real).string());
 }
 
 }  // namespace halvo
