@@ -14,7 +14,7 @@ struct Row {
   std::string_view text;
 };
 
-constexpr std::array<Row, 8> kPackageReasons = {{
+constexpr auto kPackageReasons = std::to_array<Row>({
     {"unreadable", "The system could not read the package. Download it again."},
     {"unsigned", "The package is not signed. Use a package from the maker."},
     {"not_notarized", "Apple has not notarised the package. Use a released package."},
@@ -24,13 +24,11 @@ constexpr std::array<Row, 8> kPackageReasons = {{
     {"unknown_authority", "The package's certificates do not come from Apple. Use a package from the maker."},
     {"staging_failed",
      "The helper could not take the package in: it must be a regular file, no link, of at most 256 MiB, in a folder "
-     "that "
-     "the helper may read, and the disk must have room for a copy. Put it into another folder than Downloads, Desktop "
-     "or "
-     "Documents and try again."},
-}};
+     "that the helper may read, and the disk must have room for a copy. Put it into another folder than Downloads, "
+     "Desktop or Documents and try again."},
+});
 
-constexpr std::array<Row, 6> kCodes = {{
+constexpr auto kCodes = std::to_array<Row>({
     {"audio_active",
      "Audio is running and would be interrupted. Stop it, or try again with --accept-audio-interruption. Nothing was "
      "changed."},
@@ -41,7 +39,7 @@ constexpr std::array<Row, 6> kCodes = {{
     {"incomplete", "Something could not be removed. Try again, or remove by hand what the log names: "},
     {"downgrade", "The manifest names an older driver than the installed one. Nothing was changed. "},
     {"untrusted_package", "The package was refused and nothing was changed. "},
-}};
+});
 
 template <std::size_t N>
 std::string_view textFor(const std::array<Row, N>& rows, std::string_view key) {
@@ -99,8 +97,7 @@ std::string closerCause(std::string_view code, const std::string& reply, const S
 std::string refusalText(std::string_view code, const std::string& reply, const Seen& seen) {
   std::string closer = closerCause(code, reply, seen);
   if (!closer.empty()) return closer;
-  const std::string_view known = textFor(kCodes, code);
-  return known.empty() ? std::string() : std::string(known) + detailFor(code, reply);
+  return std::string(textFor(kCodes, code)) + detailFor(code, reply);
 }
 
 }  // namespace halvo
