@@ -30,7 +30,7 @@ class ScriptedSystem {
                 },
             .look =
                 [this](std::string_view name) {
-                  seen = std::string(name);
+                  calls.push_back("look " + std::string(name));
                   return status;
                 },
             .openSettings = [this] { calls.emplace_back("settings"); }};
@@ -41,7 +41,6 @@ class ScriptedSystem {
   DaemonStatus afterRemoving = DaemonStatus::notRegistered;
   std::optional<std::string> failure;
   std::vector<std::string> calls;
-  std::string seen;
 };
 
 class RegistrationTest : public testing::Test {
@@ -68,8 +67,7 @@ TEST_P(RegistrationStatus, IsToldWithWhatToDoNext) {
 
   EXPECT_EQ(report.word, GetParam().word);
   EXPECT_EQ(report.explanation, (Explanation{GetParam().exitStatus, GetParam().text}));
-  EXPECT_THAT(system.calls, testing::IsEmpty());
-  EXPECT_EQ(system.seen, "com.halvo.helper.plist");
+  EXPECT_THAT(system.calls, ElementsAre("look com.halvo.helper.plist"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -93,18 +91,28 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(RegistrationTest, TheSettingsAreShownOnRequestOnly) {
   static_cast<void>(carryOut(Registering::look));
-  EXPECT_THAT(system.calls, testing::IsEmpty());
+  EXPECT_THAT(system.calls, ElementsAre("look com.halvo.helper.plist"));
 
   static_cast<void>(carryOutRegistration({.what = Registering::look, .openSettings = true}, system.service()));
-  EXPECT_THAT(system.calls, ElementsAre("settings"));
+  EXPECT_THAT(system.calls, ElementsAre("look com.halvo.helper.plist", "settings", "look com.halvo.helper.plist"));
 }
 
 TEST_F(RegistrationTest, RegistersUnderTheNameOfThePropertyList) {
   const RegistrationReport report = carryOut(Registering::add);
 
-  EXPECT_THAT(system.calls, ElementsAre("register com.halvo.helper.plist"));
+  EXPECT_THAT(system.calls, ElementsAre("register com.halvo.helper.plist", "look com.halvo.helper.plist"));
   EXPECT_EQ(report.word, "enabled");
   EXPECT_EQ(report.explanation.status, ExitStatus::success);
+}
+
+TEST_F(RegistrationTest, WhatHasComeOfAnAcceptedRegistrationTheStatusTells) {
+  system.afterAdding = DaemonStatus::notRegistered;
+
+  const RegistrationReport report = carryOut(Registering::add);
+
+  EXPECT_EQ(report.word, "not-registered");
+  EXPECT_EQ(report.explanation, (Explanation{ExitStatus::unreachable,
+                                             "The helper is not registered. \"halvo-app register\" registers it."}));
 }
 
 TEST_F(RegistrationTest, RegisteredAlreadyIsAsGoodAsRegistered) {
@@ -144,16 +152,30 @@ TEST_F(RegistrationTest, TakesTheRegistrationBack) {
 
   const RegistrationReport report = carryOut(Registering::remove);
 
-  EXPECT_THAT(system.calls, ElementsAre("unregister com.halvo.helper.plist"));
+  EXPECT_THAT(system.calls, ElementsAre("look com.halvo.helper.plist", "unregister com.halvo.helper.plist",
+                                        "look com.halvo.helper.plist"));
   EXPECT_EQ(report.word, "not-registered");
+  EXPECT_EQ(report.explanation,
+            (Explanation{ExitStatus::success,
+                         "The helper is not registered any more. What the product installed stays; \"halvo-app "
+                         "uninstall\" removes it, and needs the helper for that: \"halvo-app register\" brings it "
+                         "back."}));
+}
+
+TEST_F(RegistrationTest, OneThatStillWaitsForApprovalIsTakenBackAsWell) {
+  system.status = DaemonStatus::requiresApproval;
+  system.afterRemoving = DaemonStatus::notFound;
+
+  const RegistrationReport report = carryOut(Registering::remove);
+
+  EXPECT_EQ(report.word, "not-found");
   EXPECT_EQ(report.explanation.status, ExitStatus::success);
-  EXPECT_THAT(report.explanation.text, StartsWith("The helper is not registered any more. "));
 }
 
 TEST_F(RegistrationTest, WhereNothingIsRegisteredThereIsNothingToTakeBack) {
   const RegistrationReport report = carryOut(Registering::remove);
 
-  EXPECT_THAT(system.calls, testing::IsEmpty());
+  EXPECT_THAT(system.calls, ElementsAre("look com.halvo.helper.plist"));
   EXPECT_EQ(report.word, "not-registered");
   EXPECT_EQ(report.explanation,
             (Explanation{ExitStatus::success, "The helper is not registered: there is nothing to take back."}));
@@ -167,8 +189,10 @@ TEST_F(RegistrationTest, ARegistrationThatStaysIsAFailure) {
   const RegistrationReport report = carryOut(Registering::remove);
 
   EXPECT_EQ(report.word, "enabled");
-  EXPECT_EQ(report.explanation.status, ExitStatus::refused);
-  EXPECT_THAT(report.explanation.text, StartsWith("The system did not take the registration back (Code=2). "));
+  EXPECT_EQ(report.explanation,
+            (Explanation{ExitStatus::refused,
+                         "The system did not take the registration back (Code=2). Use the halvo-app inside Halvo.app, "
+                         "in /Applications; if it is that one, install the application again."}));
 }
 
 }  // namespace
