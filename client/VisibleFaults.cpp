@@ -19,9 +19,8 @@ constexpr std::array<const char*, 3> kBundlePrograms = {"Contents/MacOS/halvo-he
                                                         "Contents/MacOS/halvo-daemon"};
 
 // The last part of a path, whatever slashes end it.
-std::string nameIn(std::string path) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  return std::filesystem::path(path).filename().string();
+std::string nameIn(const std::string& path) {
+  return std::filesystem::path(path.substr(0, path.find_last_not_of('/') + 1)).filename().string();
 }
 
 bool isMissing(const std::error_code& error) {
@@ -82,8 +81,9 @@ std::optional<std::string> faultOfBundle(const std::string& path) {
 
 bool namesVersion(std::string_view manifest) {
   const auto object = halvoReadJSONObject(manifest);
-  const auto found = object ? object->find("driver_version") : JSONObject::const_iterator();
-  return object && found != object->end() && std::holds_alternative<std::string>(found->second);
+  if (!object) return false;
+  const auto found = object->find("driver_version");
+  return found != object->end() && std::holds_alternative<std::string>(found->second);
 }
 
 }  // namespace halvo

@@ -26,7 +26,6 @@ void appendCode(unsigned char byte, std::string& visible) {
 
 std::string visibleText(std::string_view text) {
   std::string visible;
-  visible.reserve(text.size());
   while (!text.empty()) {
     const std::size_t length = controlCharacterLength(text);
     for (const char c : text.substr(0, length)) appendCode(static_cast<unsigned char>(c), visible);
