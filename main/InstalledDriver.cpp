@@ -28,10 +28,9 @@ UniqueDescriptor openFile(const std::string& path) {
   return isFile ? std::move(file) : UniqueDescriptor();
 }
 
-// The bound is kept while reading: the file may be growing.
-std::optional<std::string> contentsOf(const std::string& path) {
+// Nothing of a file that cannot be read to its end. The bound is kept while reading: the file may be growing.
+std::string contentsOf(const std::string& path) {
   const UniqueDescriptor file = openFile(path);
-  if (!file.valid()) return std::nullopt;
   std::array<char, 65'536> chunk{};
   std::string bytes;
   while (bytes.size() <= kMostBytes) {
@@ -40,18 +39,17 @@ std::optional<std::string> contentsOf(const std::string& path) {
     if (count > 0) {
       bytes.append(chunk.data(), static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
-      return std::nullopt;
+      return {};
     }
   }
-  return std::nullopt;
+  return {};
 }
 
 }  // namespace
 
 std::optional<std::string> halvoInstalledDriverVersion(const std::string& infoPlist) {
-  const auto bytes = contentsOf(infoPlist);
-  if (!bytes) return std::nullopt;
-  const auto plist = halvoReadPropertyList(std::as_bytes(std::span(*bytes)));
+  const std::string bytes = contentsOf(infoPlist);
+  const auto plist = halvoReadPropertyList(std::as_bytes(std::span(bytes)));
   if (!plist) return std::nullopt;
   const auto found = plist->find("CFBundleVersion");
   if (found == plist->end()) return std::nullopt;

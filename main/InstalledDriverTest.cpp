@@ -100,6 +100,12 @@ TEST(DriverVersionTest, IsFoundAtTheEndOfALongFile) {
   EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile("Info.plist", withFiller(200'000))), "1.4.2");
 }
 
+TEST(DriverVersionTest, IsFoundWhereASingleByteIsLeftForTheLastReading) {
+  const TemporaryDirectory directory;
+
+  EXPECT_EQ(halvoInstalledDriverVersion(directory.makeFile("Info.plist", listOfSize(65'537))), "1.4.2");
+}
+
 TEST(DriverVersionTest, IsReadFromSixteenMebibytes) {
   const TemporaryDirectory directory;
 
