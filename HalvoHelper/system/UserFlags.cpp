@@ -6,14 +6,14 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <optional>
 
 #include "HalvoHelper/system/UniqueDescriptor.h"
 
 namespace halvo {
 namespace {
 
-std::optional<std::uint32_t> flagsOf(int item) {
+// None where they cannot be read.
+std::uint32_t flagsOf(int item) {
   struct attrlist wanted {};
   wanted.bitmapcount = ATTR_BIT_MAP_COUNT;
   wanted.commonattr = ATTR_CMN_FLAGS;
@@ -21,7 +21,7 @@ std::optional<std::uint32_t> flagsOf(int item) {
     std::uint32_t length;
     std::uint32_t flags;
   } answer{};
-  if (::fgetattrlist(item, &wanted, &answer, sizeof answer, 0) != 0) return std::nullopt;
+  if (::fgetattrlist(item, &wanted, &answer, sizeof answer, 0) != 0) return 0;
   return answer.flags;
 }
 
@@ -30,9 +30,9 @@ std::optional<std::uint32_t> flagsOf(int item) {
 bool halvoClearUserFlags(int item) {
   constexpr std::uint32_t kUser = UF_IMMUTABLE | UF_APPEND;
   constexpr std::uint32_t kSystem = SF_IMMUTABLE | SF_APPEND;
-  const auto flags = flagsOf(item);
-  if (!flags || (*flags & kUser) == 0 || (*flags & kSystem) != 0) return false;
-  return ::fchflags(item, *flags & ~kUser) == 0;
+  const std::uint32_t flags = flagsOf(item);
+  if ((flags & kUser) == 0 || (flags & kSystem) != 0) return false;
+  return ::fchflags(item, flags & ~kUser) == 0;
 }
 
 bool halvoClearUserFlags(int directory, const std::string& name) {
@@ -43,9 +43,9 @@ bool halvoClearUserFlags(int directory, const std::string& name) {
   if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode) && !S_ISLNK(info.st_mode)) return false;
 
   // O_SYMLINK opens a link itself, where O_NOFOLLOW would refuse. O_NONBLOCK, since the name may meanwhile stand for a
-  // FIFO.
+  // FIFO. What could not be opened has no flags.
   const UniqueDescriptor item(::openat(directory, name.c_str(), O_RDONLY | O_SYMLINK | O_NONBLOCK | O_CLOEXEC));
-  return item.valid() && halvoClearUserFlags(item.get());
+  return halvoClearUserFlags(item.get());
 }
 
 }  // namespace halvo
