@@ -121,6 +121,20 @@ INSTANTIATE_TEST_SUITE_P(Table, UnwritableOutput,
                                          UnwritableRow{"Version", {"--version"}}),
                          [](const auto& row) { return std::string(row.param.name); });
 
+TEST_F(ProgramTest, AStatusThatCannotBePrintedIsStillExplained) {
+  FullDisk disk(0);
+  std::ostream full(&disk);
+  const Surroundings registered{
+      .out = full, .err = err, .registration = {.look = [](std::string_view) { return DaemonStatus::enabled; }}};
+  const auto connect = []() -> Conversation { throw std::logic_error("the helper is asked"); };
+
+  EXPECT_EQ(runProgram({"status"}, connect, registered), ExitStatus::unwritableOutput);
+
+  EXPECT_EQ(err.str(),
+            "halvo-app: The helper is registered, and the system starts it for the next request, such as \"halvo-app "
+            "ping\".\nhalvo-app: Standard output could not be written to the end.\n");
+}
+
 TEST_F(ProgramTest, ARefusalThatCannotBePrintedStaysARefusal) {
   helper->textReply = R"({"code":"audio_active"})";
   FullDisk disk(0);

@@ -47,7 +47,8 @@ TEST_P(ClosedStandardStreamsDeathTest, AreTakenAndLeadNowhere) {
 
 INSTANTIATE_TEST_SUITE_P(Table, ClosedStandardStreamsDeathTest,
                          testing::Values(ClosedRow{"Input", 0, 0}, ClosedRow{"Output", 1, 1}, ClosedRow{"Error", 2, 2},
-                                         ClosedRow{"InputAndOutput", 0, 1}, ClosedRow{"OutputAndError", 1, 2}),
+                                         ClosedRow{"InputAndOutput", 0, 1}, ClosedRow{"OutputAndError", 1, 2},
+                                         ClosedRow{"InputAndError", 0, 2}),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(StandardStreamsTest, OpenOnesStayAndNothingElseIsOpened) {

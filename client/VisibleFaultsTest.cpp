@@ -63,6 +63,13 @@ TEST(VisibleFaultsTest, AnApplicationThatCannotBeLookedAtIsLeftToTheHelper) {
   EXPECT_EQ(faultOfBundle(directory.makeLink("Halvo.app", directory.path("Halvo.app"))), std::nullopt);
 }
 
+TEST(VisibleFaultsTest, AnApplicationWhoseProgramsCannotBeLookedAtIsLeftToTheHelper) {
+  const TemporaryDirectory directory;
+  directory.makeLink("Halvo.app/Contents", directory.path("Halvo.app/Contents"));
+
+  EXPECT_EQ(faultOfBundle(directory.path("Halvo.app")), std::nullopt);
+}
+
 TEST(VisibleFaultsTest, ControlCharactersOfAnApplicationsPathAreShownAsCodes) {
   EXPECT_THAT(faultOfBundle("\x1B[2J/Halvo.app"), Optional(StartsWith("The path \\033[2J/Halvo.app ")));
 }

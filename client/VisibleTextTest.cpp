@@ -26,6 +26,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"LastOfTheSecondBlock", "\u009F", "\\302\\237"}, Row{"NoBreakSpace", "\u00A0", "\u00A0"},
                     Row{"SameSecondByte", "\u00DB", "\u00DB"}, Row{"LeadByteAtTheEnd", {"\xC2\x9B", 1}, "\xC2"},
                     Row{"LeadByteBeforeAnEscape", "\xC2\x1B[2J", "\xC2\\033[2J"},
+                    Row{"LeadByteTwice", "\xC2\u0080", "\xC2\\302\\200"}, Row{"SecondByteAlone", "\x9B", "\x9B"},
                     Row{"LeadByteBeforeADelete", "\xC2\x7F", "\xC2\\177"}),
     [](const auto& row) { return std::string(row.param.name); });
 
