@@ -31,6 +31,7 @@ UniqueDescriptor openFile(const std::string& path) {
 // Nothing of a file that cannot be read to its end. The bound is kept while reading: the file may be growing.
 std::string contentsOf(const std::string& path) {
   const UniqueDescriptor file = openFile(path);
+  if (!file.valid()) return {};
   std::array<char, 65'536> chunk{};
   std::string bytes;
   while (bytes.size() <= kMostBytes) {
