@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 #include <system_error>
 
@@ -13,9 +12,12 @@ namespace {
 constexpr std::string_view kData = "/system/volumes/data/";
 constexpr std::array<std::string_view, 3> kKept = {"downloads", "desktop", "documents"};
 
+// Whatever the locale.
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
 std::string lower(std::string_view text) {
   std::string result(text);
-  std::ranges::transform(result, result.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  std::ranges::transform(result, result.begin(), [](char c) { return lower(c); });
   return result;
 }
 
