@@ -29,7 +29,7 @@ ItemKind kindOf(mode_t mode) {
 
 struct Opened {
   UniqueDescriptor file;
-  int error = 0;  // why it is not open
+  int error;  // why it is not open
 };
 
 Opened openIn(int folder, const std::string& name, int flags) {
@@ -69,15 +69,15 @@ bool readInto(std::string& bytes, int file, off_t from, std::size_t most) {
 enum class End { head, tail };
 
 Contents contentsOf(const Opened& opened, End end, std::size_t most) {
-  // A link at the end of the path is refused with ELOOP, and is no file.
-  if (!opened.file.valid()) return {opened.error == ELOOP ? Sight::present : sightFor(opened.error), false, {}};
+  // A link at the end of the path is refused with ELOOP, and is there.
+  if (!opened.file.valid()) return {opened.error == ELOOP ? Sight::present : sightFor(opened.error), {}};
   struct stat info {};
-  if (::fstat(opened.file.get(), &info) != 0) return {Sight::unreadable, false, {}};
-  Contents contents{Sight::present, S_ISREG(info.st_mode), {}};
-  if (!contents.isFile) return contents;
+  if (::fstat(opened.file.get(), &info) != 0) return {Sight::unreadable, {}};
+  Contents contents{Sight::present, {}};
+  if (!S_ISREG(info.st_mode)) return contents;
   const off_t beyond = std::max<off_t>(0, info.st_size - static_cast<off_t>(most));
   const off_t from = end == End::head ? 0 : beyond;
-  if (!readInto(contents.bytes, opened.file.get(), from, most)) return {Sight::unreadable, true, {}};
+  if (!readInto(contents.bytes, opened.file.get(), from, most)) return {Sight::unreadable, {}};
   return contents;
 }
 
@@ -109,8 +109,8 @@ class Count {
     if (::fstatat(above, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) return endEarly();
     if (S_ISREG(info.st_mode)) count(info.st_size);
     if (!S_ISDIR(info.st_mode)) return;
+    if (depth == kDeepest) return endEarly();
     const Opened folder = openIn(above, name, O_DIRECTORY);
-    if (folder.error != 0 || depth == kDeepest) return endEarly();
     addAll(folder.file.get(), depth);
   }
 
@@ -120,6 +120,7 @@ class Count {
   static constexpr int kDeepest = 16;
   static constexpr std::size_t kMostEntries = 10'000;
 
+  // Where the folder itself is not open, nothing can be opened in it either.
   void addAll(int folder, int depth) {
     const Names inside = namesIn(openIn(folder, ".", O_DIRECTORY), kMostEntries);
     if (inside.sight != Sight::present) return endEarly();

@@ -13,10 +13,9 @@
 
 namespace halvo {
 
-// The bytes of a regular file; for anything else that is there the sight is `present`, and `isFile` false.
+// The bytes of a regular file; for anything else that is there the sight is `present`, and there are none.
 struct Contents {
   Sight sight = Sight::absent;
-  bool isFile = false;
   std::string bytes;
 };
 

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -33,15 +34,45 @@ TEST_F(DiskTest, WhatIsNotThereIsAbsent) {
   EXPECT_EQ(disk.names("/nothing", 10).sight, Sight::absent);
 }
 
+TEST_F(DiskTest, NothingIsBelowAFile) {
+  root.makeFile("file");
+
+  EXPECT_EQ(disk.look("/file/below").sight, Sight::absent);
+  EXPECT_EQ(disk.head("/file/below", "", 10).sight, Sight::absent);
+  EXPECT_EQ(disk.head("/file", "below", 10).sight, Sight::absent);
+  EXPECT_EQ(disk.names("/file", 10).sight, Sight::absent);
+}
+
+TEST_F(DiskTest, WhatTheSystemDoesNotLookUpIsUnreadable) {
+  const std::string longest = "/" + std::string(300, 'x');
+
+  EXPECT_EQ(disk.look(longest).sight, Sight::unreadable);
+  EXPECT_EQ(disk.head(longest, "", 10).sight, Sight::unreadable);
+  EXPECT_EQ(disk.head(longest, "Contents/Info.plist", 10).sight, Sight::unreadable);
+  EXPECT_EQ(disk.tail(longest, 10).sight, Sight::unreadable);
+  EXPECT_EQ(disk.names(longest, 10).sight, Sight::unreadable);
+}
+
 TEST_F(DiskTest, AFileHasModeAndSize) {
-  ASSERT_EQ(::chmod(root.makeFile("file", "12345").c_str(), 0640), 0);
+  ASSERT_EQ(::chmod(root.makeFile("file", "12345").c_str(), 04755), 0);
 
   const Item item = disk.look("/file");
 
   EXPECT_EQ(item.sight, Sight::present);
   EXPECT_EQ(item.kind, ItemKind::file);
-  EXPECT_EQ(item.mode, 0640U);
+  EXPECT_EQ(item.mode, 04755U);
   EXPECT_EQ(item.bytes, 5);
+}
+
+// Where the test may, the numbers of user and group differ.
+TEST_F(DiskTest, AnItemHasUserAndGroup) {
+  const std::string path = root.makeFile("file");
+  static_cast<void>(::chown(path.c_str(), 501, 20));
+  struct stat info {};
+  ASSERT_EQ(::lstat(path.c_str(), &info), 0);
+
+  EXPECT_EQ(disk.look("/file").owner, info.st_uid);
+  EXPECT_EQ(disk.look("/file").group, info.st_gid);
 }
 
 TEST_F(DiskTest, AnItemIsAsOldAsItsLastChange) {
@@ -64,8 +95,11 @@ TEST_F(DiskTest, KindsAreToldApartAndLinksNotFollowed) {
 TEST_F(DiskTest, HeadAndTailAreBounded) {
   root.makeFile("file", "0123456789");
 
-  EXPECT_EQ(disk.head("/file", "", 4).bytes, "0123");
-  EXPECT_EQ(disk.tail("/file", 4).bytes, "6789");
+  EXPECT_EQ(disk.head("/file", "", 1).bytes, "0");
+  EXPECT_EQ(disk.head("/file", "", 9).bytes, "012345678");
+  EXPECT_EQ(disk.head("/file", "", 40).bytes, "0123456789");
+  EXPECT_EQ(disk.tail("/file", 1).bytes, "9");
+  EXPECT_EQ(disk.tail("/file", 9).bytes, "123456789");
   EXPECT_EQ(disk.tail("/file", 40).bytes, "0123456789");
 }
 
@@ -75,16 +109,14 @@ TEST_F(DiskTest, AFileInAFolderIsRead) {
   const Contents contents = disk.head("/Halvo.driver", "Contents/Info.plist", 10);
 
   EXPECT_EQ(contents.sight, Sight::present);
-  EXPECT_TRUE(contents.isFile);
   EXPECT_EQ(contents.bytes, "list");
 }
 
-TEST_F(DiskTest, ALinkIsNoFile) {
+TEST_F(DiskTest, ALinkIsThereAndNotRead) {
   root.makeFile("elsewhere", "secret");
   root.makeLink("link", "elsewhere");
 
   EXPECT_EQ(disk.head("/link", "", 10).sight, Sight::present);
-  EXPECT_FALSE(disk.head("/link", "", 10).isFile);
   EXPECT_EQ(disk.head("/link", "", 10).bytes, "");
 }
 
@@ -99,7 +131,7 @@ TEST_F(DiskTest, AFifoIsNotWaitedFor) {
   root.makeFifo("fifo");
 
   EXPECT_EQ(disk.head("/fifo", "", 10).sight, Sight::present);
-  EXPECT_FALSE(disk.head("/fifo", "", 10).isFile);
+  EXPECT_EQ(disk.head("/fifo", "", 10).bytes, "");
 }
 
 TEST_F(DiskTest, NamesAreBounded) {
@@ -131,7 +163,7 @@ TEST_F(DiskTest, TheSizeOfATreeThatIsTooDeepSaysSo) {
   root.makeFile("folder/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/file", "shallow enough");
   EXPECT_TRUE(disk.sizeOf("/folder").isAll);
 
-  root.makeFile("folder/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/file", "too deep");
+  root.makeFile("folder/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/file", "too deep");
   EXPECT_FALSE(disk.sizeOf("/folder").isAll);
   EXPECT_EQ(disk.sizeOf("/folder").bytes, 14);
 }
@@ -141,7 +173,13 @@ TEST_F(DiskTest, TheSizeOfATreeThatIsTooLargeSaysSo) {
 
   EXPECT_FALSE(disk.sizeOf("/folder").isAll);
   EXPECT_EQ(disk.sizeOf("/folder").bytes, 9'999);
+
+  std::filesystem::remove(root.path("folder/0"));
+  EXPECT_TRUE(disk.sizeOf("/folder").isAll);
+  EXPECT_EQ(disk.sizeOf("/folder").bytes, 9'999);
 }
+
+TEST_F(DiskTest, TheSizeOfWhatCannotBeLookedAtIsNotAll) { EXPECT_FALSE(disk.sizeOf("/nothing").isAll); }
 
 }  // namespace
 }  // namespace halvo

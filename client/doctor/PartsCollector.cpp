@@ -1,7 +1,9 @@
 #include "client/doctor/PartsCollector.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <span>
 #include <utility>
 #include <variant>
@@ -32,7 +34,7 @@ constexpr std::array<PartRule, 6> kRules = {{
 
 Part collectPart(const Disk& disk, const PartRule& rule) {
   Part part{.rule = rule, .item = disk.look(rule.path), .version = {}};
-  if (part.item.sight != Sight::present || part.item.kind != rule.kind || rule.versionFile == nullptr) return part;
+  if (part.item.kind != rule.kind || rule.versionFile == nullptr) return part;
   auto [sight, text] = readVersion(disk, rule.path, rule.versionFile, rule.versionKey);
   part.versionSight = sight;
   part.version = std::move(text);
@@ -44,7 +46,6 @@ Part collectPart(const Disk& disk, const PartRule& rule) {
 VersionText readVersion(const Disk& disk, const std::string& path, std::string_view below, std::string_view key) {
   const Contents contents = disk.head(path, below, kLongestPropertyList);
   if (contents.sight == Sight::unreadable) return {Sight::unreadable, {}};
-  if (!contents.isFile) return {};
   const auto list = halvoReadPropertyList(std::as_bytes(std::span(contents.bytes)));
   if (!list) return {};
   const auto found = list->find(key);
@@ -59,8 +60,8 @@ VersionText readDriverVersion(const Disk& disk, const std::string& bundle) {
 
 std::vector<Part> collectParts(const Disk& disk) {
   std::vector<Part> parts;
-  parts.reserve(kRules.size());
-  for (const PartRule& rule : kRules) parts.push_back(collectPart(disk, rule));
+  std::ranges::transform(kRules, std::back_inserter(parts),
+                         [&](const PartRule& rule) { return collectPart(disk, rule); });
   return parts;
 }
 
