@@ -51,13 +51,12 @@ struct Line {
   std::string_view message;
 };
 
-// Nothing for a line that does not begin with a date, such as the rest of one that holds a line feed.
-std::optional<Line> taken(std::string_view text) {
+// Empty for a line that does not begin with a date, such as the rest of one that holds a line feed.
+Line taken(std::string_view text) {
   const std::string_view date = text.substr(0, kDatePattern.size() + kZone.size());
-  if (!isDate(date)) return std::nullopt;
   const std::string_view rest = text.substr(date.size());
-  if (!rest.starts_with(kBehindDate)) return std::nullopt;
-  return Line{date, rest.substr(kBehindDate.size())};
+  if (!isDate(date) || !rest.starts_with(kBehindDate)) return {};
+  return {date, rest.substr(kBehindDate.size())};
 }
 
 bool isRefusal(std::string_view message) {
@@ -73,7 +72,7 @@ Refusal refusalIn(const Line& line, system_clock::time_point now) {
 LogView collectLog(const Disk& disk, const char* path, system_clock::time_point now) {
   LogView view{.path = path, .item = disk.look(path), .refusal = {}};
   view.sight = view.item.sight;
-  if (view.sight != Sight::present || view.item.kind != ItemKind::file) return view;
+  if (view.item.kind != ItemKind::file) return view;
   const Contents end = disk.tail(path, kRead);
   view.sight = end.sight;
   view.refusal = lastRefusal(end.bytes, now);
@@ -85,10 +84,9 @@ LogView collectLog(const Disk& disk, const char* path, system_clock::time_point 
 std::optional<Refusal> lastRefusal(std::string_view log, system_clock::time_point now) {
   std::optional<Refusal> last;
   for (const std::string_view text : halvoSplit(log, [](char32_t c) { return c == '\n'; })) {
-    const auto line = taken(text);
-    if (!line) continue;
-    if (isRefusal(line->message)) last = refusalIn(*line, now);
-    if (last && line->message.starts_with(kSuccess)) last->overcome = true;
+    const Line line = taken(text);
+    if (isRefusal(line.message)) last = refusalIn(line, now);
+    if (last && line.message.starts_with(kSuccess)) last->overcome = true;
   }
   return last;
 }

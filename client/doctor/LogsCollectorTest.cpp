@@ -60,7 +60,15 @@ INSTANTIATE_TEST_SUITE_P(Table, LineThatIsNone,
                          testing::Values(LineRow{"WithoutDate", "REFUSED untrusted package (unsigned): X\n"},
                                          LineRow{"RestOfACutLine", "+0000: REFUSED untrusted package (unsigned): X\n"},
                                          LineRow{"OtherZone", "2026-02-11 09:30:12 +0100: REFUSED: X\n"},
+                                         LineRow{"LetterInPlaceOfADigit", "2026-02-1x 09:30:12 +0000: REFUSED: X\n"},
+                                         LineRow{"ColonInPlaceOfADigit", "2026-02-1: 09:30:12 +0000: REFUSED: X\n"},
+                                         LineRow{"BlankInPlaceOfADigit", "2026-02- 1 09:30:12 +0000: REFUSED: X\n"},
+                                         LineRow{"SlashInPlaceOfADigit", "2026-02-1/ 09:30:12 +0000: REFUSED: X\n"},
+                                         LineRow{"OtherSeparators", "2026/02/11 09:30:12 +0000: REFUSED: X\n"},
+                                         LineRow{"NoDate", "9999999999999999999 +0000: REFUSED: X\n"},
+                                         LineRow{"OnlyADate", "2026-02-11 09:30:12 +0000\n"},
                                          LineRow{"NoColon", "2026-02-11 09:30:12 +0000 REFUSED: X\n"},
+                                         LineRow{"SemicolonForTheColon", "2026-02-11 09:30:12 +0000; REFUSED: X\n"},
                                          LineRow{"InTheMiddle", "2026-02-11 09:30:12 +0000: not REFUSED: X\n"}),
                          [](const auto& row) { return std::string(row.param.name); });
 
@@ -118,13 +126,17 @@ TEST_F(LogsOnDisk, BothAreLookedAt) {
   EXPECT_STREQ(logs[0].path, "/var/log/halvo-install.log");
   EXPECT_EQ(logs[0].sight, Sight::absent);
   EXPECT_STREQ(logs[1].path, "/var/log/halvo-uninstall.log");
+  EXPECT_EQ(logs[1].sight, Sight::present);
   EXPECT_TRUE(logs[1].refusal.has_value());
 }
 
-TEST_F(LogsOnDisk, OfALongOneTheEndIsRead) {
-  root.makeFile("var/log/halvo-install.log",
-                "2026-02-11 09:30:12 +0000: REFUSED: long ago\n" + std::string(66'000, '\n'));
+TEST_F(LogsOnDisk, OfALongOneTheLast64KiBAreRead) {
+  const std::string line = "2026-02-11 09:30:12 +0000: REFUSED: long ago\n";
 
+  root.makeFile("var/log/halvo-install.log", "\n" + line + std::string(65'536 - 45, '\n'));
+  EXPECT_TRUE(collectLogs(disk, kNow)[0].refusal.has_value());
+
+  root.makeFile("var/log/halvo-install.log", "\n" + line + std::string(65'536 - 44, '\n'));
   EXPECT_FALSE(collectLogs(disk, kNow)[0].refusal.has_value());
 }
 
@@ -134,6 +146,7 @@ TEST_F(LogsOnDisk, ALinkIsNotRead) {
 
   const LogView log = collectLogs(disk, kNow)[0];
 
+  EXPECT_EQ(log.sight, Sight::present);
   EXPECT_EQ(log.item.kind, ItemKind::link);
   EXPECT_FALSE(log.refusal.has_value());
 }

@@ -6,7 +6,7 @@
 
 namespace halvo {
 
-// The five newest snapshots; the others are counted.
+// The five newest of at most ten thousand snapshots; the others are counted.
 [[nodiscard]] Snapshots collectSnapshots(const Disk& disk);
 
 }  // namespace halvo

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
-#include "client/doctor/PartsCollector.h"
 #include "client/doctor/SnapshotsCollector.h"
 #include "client/doctor/testing/HealthyMac.h"
 
@@ -24,6 +23,10 @@ class SnapshotsTest : public testing::Test {
     root.makeFile(kRoot + name + "/halvo-broker", "broker");
     root.makeFile(kRoot + name + "/com.halvo.broker.plist", "plist");
     root.makeFile(kRoot + name + "/com.halvo.daemon.plist", "plist");
+  }
+
+  void makeNames(int count) const {
+    for (int i = 0; i < count; ++i) root.makeFile(kRoot + std::to_string(i));
   }
 
   Snapshots collected() const { return collectSnapshots(disk); }
@@ -93,6 +96,22 @@ TEST_F(SnapshotsTest, WhatIsNoFolderIsAFinding) {
                               "The helper makes folders there and nothing else. Look whose it is, and remove it."}));
 }
 
+TEST_F(SnapshotsTest, WhatIsNoFolderHoldsNothing) {
+  root.makeFile(std::string(kRoot) + "1771000000", "123456");
+
+  const Snapshot snapshot = collected().newest.at(0);
+
+  EXPECT_EQ(snapshot.item.kind, ItemKind::file);
+  EXPECT_EQ(snapshot.bytes, 0);
+  EXPECT_THAT(snapshot.missing, IsEmpty());
+}
+
+TEST_F(SnapshotsTest, OneThatIsTooDeepToCountSaysSo) {
+  root.makeFile(std::string(kRoot) + "1771000000/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/file");
+
+  EXPECT_FALSE(collected().newest.at(0).bytesAreAll);
+}
+
 TEST_F(SnapshotsTest, TheFiveNewestAreShownByNumber) {
   root.makeDirectory(std::string(kRoot) + "999");
   root.makeDirectory(std::string(kRoot) + "1000");
@@ -111,42 +130,20 @@ TEST_F(SnapshotsTest, TheFiveNewestAreShownByNumber) {
   EXPECT_EQ(snapshots.others, 2U);
 }
 
-class PartsOnDisk : public SnapshotsTest {
- protected:
-  Part driver() const {
-    Examination seen;
-    seen.parts = collectParts(disk);
-    return partAt(seen, "/Library/Audio/Plug-Ins/HAL/Halvo.driver");
-  }
-};
+TEST_F(SnapshotsTest, NamesThatAreNoNumbersStandBehindThoseThatAre) {
+  root.makeDirectory(std::string(kRoot) + "a");
+  root.makeDirectory(std::string(kRoot) + "b");
+  root.makeDirectory(std::string(kRoot) + "1");
 
-TEST_F(PartsOnDisk, TheDriversVersionIsThatWhichTheHelperCompares) {
-  root.makeFile("Library/Audio/Plug-Ins/HAL/Halvo.driver/Contents/Info.plist", kInfo);
-
-  EXPECT_EQ(driver().item.kind, ItemKind::folder);
-  EXPECT_EQ(driver().version, "1.1.0");
+  EXPECT_THAT(collected().newest,
+              ElementsAre(testing::Field(&Snapshot::name, "1"), testing::Field(&Snapshot::name, "b"),
+                          testing::Field(&Snapshot::name, "a")));
 }
 
-TEST_F(PartsOnDisk, AVersionOfAnyLengthIsCut) {
-  root.makeFile("Library/Audio/Plug-Ins/HAL/Halvo.driver/Contents/Info.plist",
-                "<plist version=\"1.0\"><dict><key>CFBundleVersion</key><string>" + std::string(5000, '1') +
-                    "</string></dict></plist>");
+TEST_F(SnapshotsTest, OfEndlesslyManyTenThousandAreCounted) {
+  makeNames(10'001);
 
-  EXPECT_EQ(driver().version, "1111111111111111111111111111111111111111...");
-}
-
-TEST_F(PartsOnDisk, AFifoForAPropertyListIsNotWaitedFor) {
-  root.makeFifo("Library/Audio/Plug-Ins/HAL/Halvo.driver/Contents/Info.plist");
-
-  EXPECT_EQ(driver().versionSight, Sight::absent);
-}
-
-TEST_F(PartsOnDisk, ALinkInPlaceOfTheDriverIsNotFollowed) {
-  root.makeFile("elsewhere/Contents/Info.plist", kInfo);
-  root.makeLink("Library/Audio/Plug-Ins/HAL/Halvo.driver", root.path("elsewhere"));
-
-  EXPECT_EQ(driver().item.kind, ItemKind::link);
-  EXPECT_EQ(driver().version, "");
+  EXPECT_EQ(collected().others, 9'995U);
 }
 
 }  // namespace
