@@ -5,7 +5,6 @@
 #include <variant>
 
 #include "HalvoHelper/text/Text.h"
-#include "HalvoHelperXPC/ReplyParsers.h"
 #include "client/doctor/ShortText.h"
 #include "platform/JSONObject.h"
 
@@ -26,13 +25,10 @@ Service fromPing(const Outcome& outcome) {
   if (const auto* failure = std::get_if<ServiceFailure>(&outcome)) {
     return {.state = ServiceState::unreachable, .explanation = shortened(failure->description, kLongestReplyShown)};
   }
-  if (std::holds_alternative<TimedOut>(outcome)) return {.state = ServiceState::silent, .explanation = {}};
   const auto* reply = std::get_if<std::string>(&outcome);
-  const auto version = reply == nullptr ? std::nullopt : halvoParseHelperVersion(*reply);
-  if (!version) {
-    return {.state = ServiceState::strange,
-            .explanation = reply == nullptr ? std::string() : shortened(*reply, kLongestReplyShown)};
-  }
+  if (reply == nullptr) return {.state = ServiceState::silent, .explanation = {}};
+  const auto version = numberIn(*reply, "helper_version");
+  if (!version) return {.state = ServiceState::strange, .explanation = shortened(*reply, kLongestReplyShown)};
   return {.state = ServiceState::answers,
           .explanation = {},
           .helperVersion = version,

@@ -38,6 +38,7 @@ INSTANTIATE_TEST_SUITE_P(Table, ReplyWithoutUsers,
                          testing::Values(ReplyRow{"Empty", ""}, ReplyRow{"Open", R"({"uids":[501)"},
                                          ReplyRow{"Word", R"({"uids":[root]})"},
                                          ReplyRow{"Other", R"({"users":[501]})"},
+                                         ReplyRow{"OtherOfTheSameLength", R"({"gids":[501]})"},
                                          ReplyRow{"TooLarge", R"({"uids":[99999999999999999999]})"}),
                          [](const auto& row) { return std::string(row.param.name); });
 
@@ -74,10 +75,20 @@ TEST_F(ServiceCollectorTest, AHelperThatCannotBeReachedIsAskedNothingElse) {
   EXPECT_THAT(helper->requests, ElementsAre("ping", "ping"));
 }
 
-TEST_F(ServiceCollectorTest, AHelperThatDoesNotReplyIsSilent) {
+TEST_F(ServiceCollectorTest, OfALongFailureAHundredBytesAreShown) {
+  helper->pingFailure = ServiceFailure{ServiceFailure::Kind::unreachable, std::string(5000, 'x')};
+
+  EXPECT_EQ(collected().explanation, std::string(100, 'x') + "...");
+}
+
+TEST_F(ServiceCollectorTest, AHelperThatDoesNotReplyIsSilentAndAskedNothingElse) {
   helper->pingsAreAnswered = false;
 
-  EXPECT_EQ(collected().state, ServiceState::silent);
+  const Service service = collected();
+
+  EXPECT_EQ(service.state, ServiceState::silent);
+  EXPECT_EQ(service.explanation, "");
+  EXPECT_THAT(helper->requests, ElementsAre("ping"));
 }
 
 TEST_F(ServiceCollectorTest, AReplyWithoutVersionIsStrangeAndShownInPart) {
@@ -88,6 +99,40 @@ TEST_F(ServiceCollectorTest, AReplyWithoutVersionIsStrangeAndShownInPart) {
   EXPECT_EQ(service.state, ServiceState::strange);
   EXPECT_EQ(service.explanation, std::string(100, 'x') + "...");
 }
+
+class ReplyWithoutVersion : public ServiceCollectorTest, public testing::WithParamInterface<ReplyRow> {};
+
+TEST_P(ReplyWithoutVersion, IsStrange) {
+  helper->pingReply = GetParam().reply;
+
+  const Service service = collected();
+
+  EXPECT_EQ(service.state, ServiceState::strange);
+  EXPECT_EQ(service.explanation, GetParam().reply);
+  EXPECT_THAT(helper->requests, ElementsAre("ping"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ReplyWithoutVersion,
+                         testing::Values(ReplyRow{"NoJSON", "6"}, ReplyRow{"Without", R"({"ok":true,"build_abi":1})"},
+                                         ReplyRow{"Text", R"({"ok":true,"helper_version":"6"})"}),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+class ReplyWithoutBuild : public ServiceCollectorTest, public testing::WithParamInterface<ReplyRow> {};
+
+TEST_P(ReplyWithoutBuild, LeavesItUnknown) {
+  helper->pingReply = GetParam().reply;
+
+  const Service service = collected();
+
+  EXPECT_EQ(service.state, ServiceState::answers);
+  EXPECT_EQ(service.helperVersion, 6);
+  EXPECT_EQ(service.buildABI, std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ReplyWithoutBuild,
+                         testing::Values(ReplyRow{"Without", R"({"ok":true,"helper_version":6})"},
+                                         ReplyRow{"Text", R"({"helper_version":6,"build_abi":"1"})"}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ServiceCollectorTest, UsersMayStayUnknown) {
   helper->answersAtOnce = false;

@@ -52,6 +52,15 @@ INSTANTIATE_TEST_SUITE_P(
                     ToolRow{"WithoutParent", {.process = 11, .parent = 99, .user = 0, .name = "installer"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(ToolsCollectorTest, AllToolsAreFoundInTheOrderOfTheProcesses) {
+  const auto tools = toolsOfTheHelper({kHelper,
+                                       {.process = 12, .parent = 10, .user = 0, .name = "pkgutil"},
+                                       kShell,
+                                       {.process = 11, .parent = 10, .user = 0, .name = "installer"}});
+
+  EXPECT_THAT(tools, ElementsAre(testing::Field(&Tool::process, 12), testing::Field(&Tool::process, 11)));
+}
+
 TEST(ToolsCollectorTest, AToolKeepsItsNumberAndAge) {
   const auto tools = toolsOfTheHelper(
       {kHelper, {.process = 11, .parent = 10, .user = 0, .name = "installer", .age = std::chrono::seconds(42)}});
