@@ -1,6 +1,7 @@
 # Compares what a linked program imports with the reviewed list, both ways: an entry that nothing uses any more is a
 # permission that nobody would notice being used again.
 # Arguments: NM, IMPORTS (the list), PROGRAM (a Mach-O file), ARCH (its processor).
+cmake_minimum_required(VERSION 3.25)
 file(STRINGS "${IMPORTS}" lines REGEX "^[^#@]")
 set(reviewed "")
 foreach(line ${lines})
