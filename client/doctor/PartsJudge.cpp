@@ -26,6 +26,14 @@ std::string remedyFor(const Part& part) {
   return isAt(part, kApplicationPath) ? "Put a fresh Halvo.app into /Applications." : kInstallAgain;
 }
 
+std::string meaningOfMode(const Part& part) {
+  if ((part.item.mode & kWritableByGroupOrOthers) != 0) {
+    return "Others than root can change what runs with the system's rights. ";
+  }
+  const bool allowsMore = (part.item.mode & ~part.rule.mode) != 0;
+  return allowsMore ? "It allows more than it has to. " : "Who needs it may not be able to use it. ";
+}
+
 Findings judgeOwnerAndMode(const Part& part) {
   const Item& item = part.item;
   const std::string path = part.rule.path;
@@ -42,11 +50,8 @@ Findings judgeOwnerAndMode(const Part& part) {
                          kInstallAgain});
   }
   if (item.mode != part.rule.mode) {
-    const bool tooWide = (item.mode & kWritableByGroupOrOthers) != 0;
     found.push_back({"part-mode", path + " has mode " + modeText(item.mode) + ", not " + modeText(part.rule.mode) + ".",
-                     std::string(tooWide ? "Others than root can change what runs with the system's rights. "
-                                         : "Who needs it may not be able to use it. ") +
-                         kInstallAgain});
+                     meaningOfMode(part) + kInstallAgain});
   }
   return found;
 }
