@@ -1,12 +1,12 @@
 #include "platform/ProcessList.h"
 
-#include <errno.h>
 #include <sys/sysctl.h>
-#include <time.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
+#include <ctime>
 #include <span>
 
 namespace halvo {
@@ -33,14 +33,14 @@ std::optional<std::vector<kinfo_proc>> processTable() {
   return std::nullopt;
 }
 
-ProcessEntry toEntry(const kinfo_proc& row, time_t now) {
+ProcessEntry toEntry(const kinfo_proc& row, std::time_t now) {
   const std::span<const char> name(row.kp_proc.p_comm);
   return {.process = row.kp_proc.p_pid,
           .parent = row.kp_eproc.e_ppid,
           .user = row.kp_eproc.e_ucred.cr_uid,
           .name = std::string(name.begin(), std::ranges::find(name, '\0')),
           // A clock that was set back must not make it negative.
-          .age = std::chrono::seconds(std::max<time_t>(0, now - row.kp_proc.p_starttime.tv_sec))};
+          .age = std::chrono::seconds(std::max<std::time_t>(0, now - row.kp_proc.p_starttime.tv_sec))};
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ ProcessEntry toEntry(const kinfo_proc& row, time_t now) {
 std::optional<std::vector<ProcessEntry>> halvoRunningProcesses() {
   const auto rows = processTable();
   if (!rows) return std::nullopt;
-  const time_t now = ::time(nullptr);
+  const std::time_t now = std::time(nullptr);
   std::vector<ProcessEntry> entries;
   entries.reserve(rows->size());
   for (const kinfo_proc& row : *rows) entries.push_back(toEntry(row, now));
