@@ -43,11 +43,12 @@ constexpr int kOperand = 1;
 
 std::vector<option> tableForGetopt() {
   std::vector<option> table;
+  table.reserve(kOptions.size() + 1);
   for (const OptionRow& row : kOptions) {
     table.push_back({row.name.data() + 2, row.value.empty() ? no_argument : required_argument, nullptr,
                      kFirstNumber + static_cast<int>(table.size())});
   }
-  table.emplace_back();
+  table.push_back({nullptr, 0, nullptr, 0});
   return table;
 }
 
@@ -76,20 +77,20 @@ bool TypedWords::has(Option option) const {
 }
 
 TypedWords takeApart(const std::vector<std::string>& arguments) {
-  std::vector<std::string> words(1);  // the name of the program, which nobody reads
+  std::vector<std::string> words = {"halvo-app"};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) argv.push_back(word.data());
   const int argc = static_cast<int>(argv.size());
   argv.push_back(nullptr);  // Some C libraries find out by it that a value is missing.
 
   const std::vector<option> table = tableForGetopt();
   TypedWords typed;
-  // The minus asks for every word in its order, whatever the environment says of options behind the first operand; the
-  // colon keeps the C library from speaking to the user itself.
-  const auto next = [&] { return getopt_long(argc, argv.data(), "-:h", table.data(), nullptr); };
-  optind = 0;  // begins anew
-  for (int found = next(); found != -1; found = next()) {
+  // Zero begins anew. The minus asks for every word in its order, whatever the environment says of options behind the
+  // first operand; the colon keeps the C library from speaking to the user itself.
+  optind = 0;
+  for (int found = 0; (found = getopt_long(argc, argv.data(), "-:h", table.data(), nullptr)) != -1;) {
     if (found == kOperand) {
       typed.operands.emplace_back(optarg);
     } else if (found == '?' || found == ':') {
