@@ -1,13 +1,11 @@
 #include "client/LocalView.h"
 
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
-#include <unistd.h>
 
 #include <cstdlib>
 
 #include "HalvoHelper/testing/TemporaryDirectory.h"
+#include "client/testing/MemoryDisk.h"
 
 namespace halvo {
 namespace {
@@ -70,9 +68,7 @@ class EmptyDisk : public LocalViewTest, public testing::WithParamInterface<SizeR
   // Ends the process, whose mounts nobody else sees: 1 where the disk counts as full, 0 where not, 2 without a disk.
   [[noreturn]] void lookAtDisk() const {
     const std::string place = root.makeDirectory("var/db");
-    const int apart = ::geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWUSER | CLONE_NEWNS;
-    const bool isThere = ::unshare(apart) == 0 && ::mount("", "/", "", MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                         ::mount("none", place.c_str(), "tmpfs", 0, GetParam().options) == 0;
+    const bool isThere = mountMemoryDisk(place, GetParam().options);
     std::_Exit(isThere ? static_cast<int>(view.diskIsFull()) : 2);
   }
 };
